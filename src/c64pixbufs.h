@@ -1,0 +1,16 @@
+// c64pixbufs: the two C64 character sets as 256 ready-cut 8x8 glyph images each.
+#pragma once
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+extern int set_uppercase;
+extern GdkPixbuf *uppercase_fonts;
+extern GdkPixbuf *lowercase_fonts;
+extern GdkPixbuf *uppercase_font_array[256];
+extern GdkPixbuf *lowercase_font_array[256];
+
+void c64pixbufs_module_init(void);
+void c64pixbuf_set_case(int uppercase);
+GdkPixbuf *c64pixbufs_get_char_at_index(int code);
+GdkPixbuf *c64pixbufs_get_uppercase_char_at_index(int code);
+GdkPixbuf *c64pixbufs_get_lowercase_char_at_index(int code);

@@ -1,0 +1,72 @@
+// callbacks: not written yet.
+#include "callbacks.h"
+
+int picture_loaded = {};
+GdkPixbuf *pixbuf_picture = {};
+int border_color_index = {};
+cairo_surface_t *surface_border_color = {};
+char *utf8_path_and_filename_picture = {};
+char *utf8_path_and_filename_project = {};
+int interface_extended = {};
+GtkWidget *drawingarea_upper_border = {};
+GtkWidget *drawingarea_lower_border = {};
+GtkWidget *drawingarea_left_border = {};
+GtkWidget *drawingarea_right_border = {};
+GtkWidget *drawingarea_picture = {};
+GtkWidget *drawingarea_border_color = {};
+void cleanup_before_quitting(void) { }
+void on_menuitem_quit_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+gboolean on_window_main_delete_event(GtkWidget *widget, GdkEvent *event, gpointer user_data) { return {}; }
+void set_zoom_level(void) { }
+void redraw_all_areas(void) { }
+int open_picture(const char *path, int border_flag) { return {}; }
+int save_project_to_file(const char *path) { return {}; }
+void choose_name_and_save_project_to_file(void) { }
+void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_save_project_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_save_project_as_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_open_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_reload_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_export_to_png_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_export_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_interface_extended_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_interface_compact_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_palette_peptos_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_palette_high_contrast_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_palette_pixcen_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_palette_ccs64_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_zoom_1x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_zoom_2x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_zoom_3x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_zoom_4x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_reencode_graphics_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_select_left_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_select_right_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data) { }
+void on_toolbutton_add_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
+void on_toolbutton_remove_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
+void on_toolbutton_add_bar_right_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
+void on_toolbutton_remove_bar_right_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
+void on_toolbutton_delete_all_bars_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
+void on_treeview_rasters_left_cursor_changed(GtkTreeView *treeview, gpointer user_data) { }
+void on_treeview_rasters_right_cursor_changed(GtkTreeView *treeview, gpointer user_data) { }
+gboolean on_drawingarea_left_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_left_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_left_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_left_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_left_border_motion_notify_event(GtkWidget *widget, GdkEventMotion *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_right_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_right_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_right_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_right_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *widget, GdkEventMotion *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_upper_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_upper_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_picture_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_picture_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_lower_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_lower_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_border_color_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
+gboolean on_drawingarea_border_color_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }

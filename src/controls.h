@@ -1,0 +1,14 @@
+// controls: user feedback (title, status bar, message boxes, question, About box) and
+// applying the loaded options to the menus.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#define QUILLBAR_NAME_VERSION "Quillbar 1.4.2"
+
+void controls_update_main_window_title(const char *name);
+void controls_update_main_statusbar(const char *text);
+void controls_show_message_dialog(const char *message, int type);
+int controls_get_user_confirmation(const char *question);
+void controls_adjust_from_options(void);
+void controls_attach_icon_to_window(GtkWidget *window);

@@ -1,0 +1,9 @@
+// interface: construction of the main window and the dialogs.
+#pragma once
+
+#include <gtk/gtk.h>
+
+GtkWidget *create_window_main(void);
+GtkWidget *create_filechooserdialog_open(void);
+GtkWidget *create_filechooserdialog_save(void);
+GtkWidget *create_dialog_yes_no_confirmation(void);

@@ -1,0 +1,21 @@
+// palette: the four fixed C64 palettes and the colour lookups.
+#pragma once
+
+#include <array>
+
+using PaletteBytes = std::array<std::array<unsigned char, 3>, 16>;
+using PaletteDoubles = std::array<std::array<double, 3>, 16>;
+
+extern const PaletteBytes palette_rgb;
+extern const PaletteBytes palette_hc_rgb;
+extern const PaletteBytes palette_pixcen_rgb;
+extern const PaletteBytes palette_ccs64_rgb;
+extern const PaletteDoubles palette_rgb_double;
+extern const PaletteDoubles palette_hc_rgb_double;
+extern const PaletteDoubles palette_pixcen_rgb_double;
+extern const PaletteDoubles palette_ccs64_rgb_double;
+
+void palette_get_rgb_at_index(int index, unsigned char rgb[3]);
+void palette_get_rgb_double_at_index(int index, double rgb[3]);
+void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]);
+unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]);

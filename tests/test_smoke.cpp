@@ -1,0 +1,4 @@
+#include "testutil.h"
+#include "main.h"
+
+TEST(Smoke, StartsUp) { EXPECT_NE(start_app(), nullptr); }

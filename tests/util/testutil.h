@@ -1,0 +1,59 @@
+// Helpers shared by the test programs: temporary folders, the application started as
+// main() starts it, event pumping, pixel read-back and answering modal dialogs.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// A fresh folder under the system's temporary directory, removed with its contents.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir &) = delete;
+  TempDir &operator=(const TempDir &) = delete;
+  const std::string &path() const { return path_; }
+  std::string file(const std::string &name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+// Writes bytes or text to a file; fails the test on error.
+void write_file(const std::string &path, const std::vector<unsigned char> &bytes);
+void write_text(const std::string &path, const std::string &text);
+std::string read_text(const std::string &path);
+
+// The folder that the test program gives the user's configuration (XDG_CONFIG_HOME);
+// it is fresh for every test program.
+const std::string &test_config_home();
+
+// Runs main()'s start-up sequence once per test program and returns the main window.
+GtkWidget *start_app();
+
+// Handles pending events until none are left (and at least `ms` milliseconds passed).
+void pump_events(int ms = 0);
+
+// Reads back what a widget shows on screen (after handling its pending redraws) as an
+// RGB image owned by the caller.
+GdkPixbuf *grab_widget(GtkWidget *widget);
+
+// The RGB value at (x, y) of an image, as 0xRRGGBB.
+unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
+
+// Arranges for the next modal dialog that shows up to receive `response` (or, with
+// `close` true, a delete event as from the window manager). Calls `inspect` with the
+// dialog first when given.
+void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr, bool close = false);
+
+// Path of a file in the shared read-only data folder, or "" when that folder is absent.
+std::string shared_data(const std::string &name);
+
+#define SKIP_WITHOUT_SHARED(path)                                   \
+  do {                                                              \
+    if ((path).empty()) GTEST_SKIP() << "shared data not available"; \
+  } while (0)
