@@ -43,7 +43,6 @@ void on_menuitem_reencode_graphics_activate(GtkMenuItem *menuitem, gpointer user
 void on_menuitem_select_left_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
 void on_menuitem_select_right_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data) { }
 void on_toolbutton_add_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
 void on_toolbutton_remove_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
 void on_toolbutton_add_bar_right_clicked(GtkToolButton *toolbutton, gpointer user_data) { }

@@ -67,6 +67,7 @@ void on_menuitem_reencode_graphics_activate(GtkMenuItem *menuitem, gpointer user
 void on_menuitem_select_left_border_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_select_right_border_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *menuitem, gpointer user_data);
+// The About box handler lives in controls.cpp with the rest of the user feedback.
 void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data);
 
 // Tool buttons.

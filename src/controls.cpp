@@ -7,3 +7,5 @@ void controls_show_message_dialog(const char *message, int type) { }
 int controls_get_user_confirmation(const char *question) { return {}; }
 void controls_adjust_from_options(void) { }
 void controls_attach_icon_to_window(GtkWidget *window) { }
+#include "callbacks.h"
+void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data) { }
