@@ -6,33 +6,12 @@
 
 #include "callbacks.h"
 #include "options.h"
+#include "line_selection.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "testutil.h"
 
 namespace {
-
-struct Selection {
-  int start, end, active;
-  bool operator==(const Selection &) const = default;
-};
-
-Selection selection(int side) {
-  return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}
-                   : Selection{selection_start_right, selection_end_right, selection_active_right};
-}
-
-void set_selection(int side, Selection s) {
-  (side == 1 ? selection_start_left : selection_start_right) = s.start;
-  (side == 1 ? selection_end_left : selection_end_right) = s.end;
-  (side == 1 ? selection_active_left : selection_active_right) = s.active;
-}
-
-void reset() {
-  rasterarray_delete_all_bars();
-  set_selection(0, {51, 51, 0});
-  set_selection(1, {51, 51, 0});
-}
 
 unsigned palette_colour(int index) {
   double rgb[3] = {0, 0, 0};
@@ -86,7 +65,7 @@ const Probe probes[] = {
 TEST(LineArrays, DrawsBarsStripAndMark) {
   for (int zoom : {1, 3}) {
     options_expansion = zoom;
-    reset();
+    reset_arrays();
     for (int *colors : {colors_left, colors_right}) colors[51] = 14, colors[100] = 5, colors[250] = 2;
     set_selection(0, {100, 90, 1});
     cairo_surface_t *surfaces[2][2];  // [side][with_selection]
@@ -106,7 +85,7 @@ TEST(LineArrays, DrawsBarsStripAndMark) {
 }
 
 TEST(LineArrays, ExportTableAndEntries) {
-  reset();
+  reset_arrays();
   unsigned char out[200];
   rasterarray_get_bars_left(out, 6);
   for (unsigned char b : out) ASSERT_EQ(b, 6);
@@ -184,7 +163,7 @@ class BorderAreas : public ::testing::Test {
     picture_loaded = 1;
     interface_extended = 0;
     options_expansion = 1;
-    reset();
+    reset_arrays();
   }
   void TearDown() override { options_expansion = 1; }
 };
@@ -226,7 +205,7 @@ TEST_F(BorderAreas, MouseSelection) {
   for (const ClickCase &c : click_cases) {
     for (int side : {1, 0}) {
       SCOPED_TRACE(std::string(c.what) + (side == 1 ? " (left)" : " (right)"));
-      reset();
+      reset_arrays();
       for (int line = 40; line <= 79; ++line) rasterarray_set_color_at_index(side, line, line < 70 ? 3 : 5);
       set_selection(side, c.before);
       options_expansion = c.zoom;

@@ -1,35 +1,18 @@
 // The line editing keys of Compact mode, run on both borders.
 #include <gdk/gdkkeysyms.h>
 
+#include "line_selection.h"
 #include "rasterarray.h"
 #include "testutil.h"
 
 namespace {
 
-struct Selection {
-  int start, end, active;
-  bool operator==(const Selection &) const = default;
-};
-
-Selection selection(int side) {
-  return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}
-                   : Selection{selection_start_right, selection_end_right, selection_active_right};
-}
-
-void set_selection(int side, Selection s) {
-  (side == 1 ? selection_start_left : selection_start_right) = s.start;
-  (side == 1 ? selection_end_left : selection_end_right) = s.end;
-  (side == 1 ? selection_active_left : selection_active_right) = s.active;
-}
-
 int *colors(int side) { return side == 1 ? colors_left : colors_right; }
 
 void reset(int prefill) {
-  rasterarray_delete_all_bars();
-  for (int side : {0, 1}) {
-    set_selection(side, {51, 51, 0});
+  reset_arrays();
+  for (int side : {0, 1})
     for (int line = 51; line <= 250; ++line) colors(side)[line] = prefill;
-  }
 }
 
 constexpr unsigned SHIFT = 1, CONTROL = 4, ALT = 8;
