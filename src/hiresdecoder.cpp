@@ -5,6 +5,7 @@
 #include "hiresdecoder.h"
 
 #include <array>
+#include <cstdarg>
 #include <cstring>
 
 #include "c64pixbufs.h"
