@@ -357,8 +357,7 @@ struct ChooserSpec {
 };
 
 GtkWidget *new_file_chooser(const ChooserSpec &spec) {
-  GtkWidget *dialog = gtk_file_chooser_dialog_new(_(spec.title), nullptr, spec.action,
-                                                  static_cast<const char *>(nullptr));
+  GtkWidget *dialog = gtk_file_chooser_dialog_new(_(spec.title), nullptr, spec.action, nullptr, nullptr);
   gtk_container_set_border_width(GTK_CONTAINER(dialog), 5);
   gtk_window_set_position(GTK_WINDOW(dialog), GTK_WIN_POS_CENTER);
   gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
