@@ -349,29 +349,29 @@ GtkWidget *create_window_main(void) {
 
 namespace {
 
-struct ChooserSpec {
+struct ChooserRow {
   const char *name, *title;
   GtkFileChooserAction action;
   const char *vbox_name, *action_area_name;
   const char *cancel_name, *ok_name, *ok_stock;
 };
 
-GtkWidget *new_file_chooser(const ChooserSpec &spec) {
-  GtkWidget *dialog = gtk_file_chooser_dialog_new(_(spec.title), nullptr, spec.action, nullptr, nullptr);
+GtkWidget *new_file_chooser(const ChooserRow &row) {
+  GtkWidget *dialog = gtk_file_chooser_dialog_new(_(row.title), nullptr, row.action, nullptr, nullptr);
   gtk_container_set_border_width(GTK_CONTAINER(dialog), 5);
   gtk_window_set_position(GTK_WINDOW(dialog), GTK_WIN_POS_CENTER);
   gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
   gtk_window_set_type_hint(GTK_WINDOW(dialog), GDK_WINDOW_TYPE_HINT_DIALOG);
-  GLADE_HOOKUP_OBJECT_NO_REF(dialog, dialog, spec.name);
+  GLADE_HOOKUP_OBJECT_NO_REF(dialog, dialog, row.name);
 
-  named(dialog, GTK_DIALOG(dialog)->vbox, spec.vbox_name);
-  GtkWidget *action_area = named(dialog, GTK_DIALOG(dialog)->action_area, spec.action_area_name);
+  named(dialog, GTK_DIALOG(dialog)->vbox, row.vbox_name);
+  GtkWidget *action_area = named(dialog, GTK_DIALOG(dialog)->action_area, row.action_area_name);
   gtk_button_box_set_layout(GTK_BUTTON_BOX(action_area), GTK_BUTTONBOX_END);
 
-  GtkWidget *cancel = named(dialog, gtk_button_new_from_stock("gtk-cancel"), spec.cancel_name);
+  GtkWidget *cancel = named(dialog, gtk_button_new_from_stock("gtk-cancel"), row.cancel_name);
   gtk_dialog_add_action_widget(GTK_DIALOG(dialog), cancel, GTK_RESPONSE_CANCEL);
   GTK_WIDGET_SET_FLAGS(cancel, GTK_CAN_DEFAULT);
-  GtkWidget *ok = named(dialog, gtk_button_new_from_stock(spec.ok_stock), spec.ok_name);
+  GtkWidget *ok = named(dialog, gtk_button_new_from_stock(row.ok_stock), row.ok_name);
   gtk_dialog_add_action_widget(GTK_DIALOG(dialog), ok, GTK_RESPONSE_OK);
   GTK_WIDGET_SET_FLAGS(ok, GTK_CAN_DEFAULT);
   gtk_widget_grab_default(ok);
