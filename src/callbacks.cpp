@@ -374,8 +374,8 @@ int open_picture(const char *path, int border_flag) {
   return 0;
 }
 
-// Opening and saving pictures and projects, and the exports, are not part of the editor yet:
-// their menu items are wired but do nothing.
+// Opening and saving pictures and projects through the menus is not part of the editor
+// yet: these items are wired but do nothing.
 int save_project_to_file(const char *) { return 0; }
 
 void choose_name_and_save_project_to_file(void) {}
@@ -390,9 +390,23 @@ void on_menuitem_open_picture_activate(GtkMenuItem *, gpointer) {}
 
 void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {}
 
+// ---------------------------------------------------------------------------------------
+// Exports: a PNG screenshot of the screen, and a self-running C64 program.
+// Not part of the editor yet: the items are wired but do nothing.
+
+int export_hires_to_executable(const char *) { return 0; }
+
+int export_mc_to_executable(const char *) { return 0; }
+
+int export_petscii_to_executable(const char *) { return 0; }
+
 void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {}
 
 void on_menuitem_export_activate(GtkMenuItem *, gpointer) {}
+
+// ---------------------------------------------------------------------------------------
+// Tools menu: extending the picture's outer columns into bars.
+// Not part of the editor yet: the item is wired but does nothing.
 
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {}
 

@@ -45,6 +45,11 @@ int open_picture(const char *path, int border_flag);
 int save_project_to_file(const char *path);
 void choose_name_and_save_project_to_file(void);
 
+// Executable export: builds the PRG of the picture's kind and writes it to `filename`.
+int export_hires_to_executable(const char *filename);
+int export_mc_to_executable(const char *filename);
+int export_petscii_to_executable(const char *filename);
+
 // Menu items.
 void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_save_project_activate(GtkMenuItem *menuitem, gpointer user_data);
