@@ -6,16 +6,22 @@
 // options to options, the feedback to controls, decoding and rendering to hiresdecoder.
 #include "callbacks.h"
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <tuple>
+#include <vector>
 
 #include "controls.h"
+#include "fileopen.h"
 #include "main.h"
 #include "options.h"
 #include "palette.h"
+#include "prg_templates.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "reencode.h"
 #include "support.h"
 
 int picture_loaded = 0;
@@ -392,17 +398,222 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {}
 
 // ---------------------------------------------------------------------------------------
 // Exports: a PNG screenshot of the screen, and a self-running C64 program.
-// Not part of the editor yet: the items are wired but do nothing.
+//
+// The PNG is composed off screen at zoom 1 and shows PAL lines 16..287 with 32 pixels of
+// side border on each side of the picture. The PRG is the load address, the player
+// template of the picture's kind (prg_templates.h), the two per-line colour tables of
+// lines 51..250, the border colour and the graphics where the template expects them; the
+// cruncher then compresses it in place.
 
-int export_hires_to_executable(const char *) { return 0; }
+namespace {
 
-int export_mc_to_executable(const char *) { return 0; }
+// Where a kind of PRG keeps its parts: file offsets, or 0 for a block the kind lacks.
+struct PrgKind {
+  const PrgTemplate *code;
+  int length;
+  int bitmap, screen, color, background;
+  bool has_charset;      // PETSCII: the lower-case set is chosen by patching the template
+  bool may_reencode;     // multicolour: the graphics may come re-encoded
+};
 
-int export_petscii_to_executable(const char *) { return 0; }
+constexpr PrgKind prg_hires{&code_raster_hires, 15145, 6145, 14145, 0, 0, false, false};
+constexpr PrgKind prg_mc{&code_raster_mc, 16146, 6145, 14145, 15145, 16145, false, true};
+constexpr PrgKind prg_petscii{&code_raster_petscii, 4050, 0, 2049, 3049, 4049, true, false};
 
-void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {}
+constexpr int prg_left_table = 770;   // $0B01: lines 51..250 of the left border
+constexpr int prg_right_table = 1026; // $0C01: and of the right border
+constexpr int prg_border = 1281;      // $0D00
+constexpr int prg_charset_operand = 393;  // the LDA #$15 that sets $D018
+constexpr unsigned char prg_lower_case = 0x17;
 
-void on_menuitem_export_activate(GtkMenuItem *, gpointer) {}
+int export_to_executable(const PrgKind &kind, const char *filename) {
+  std::vector<unsigned char> prg(kind.length, 0);
+  prg[0] = 0x01;  // load address $0801
+  prg[1] = 0x08;
+  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + 2);
+  if (kind.has_charset && picture_data.charset != 0) prg[prg_charset_operand] = prg_lower_case;
+  prg[prg_border] = static_cast<unsigned char>(border_color_index);
+  if (interface_extended == 1) {
+    rastermodel_get_bars_left(&prg[prg_left_table], border_color_index);
+    rastermodel_get_bars_right(&prg[prg_right_table], border_color_index);
+  } else {
+    rasterarray_get_bars_left(&prg[prg_left_table], border_color_index);
+    rasterarray_get_bars_right(&prg[prg_right_table], border_color_index);
+  }
+
+  const PictureData *graphics = &picture_data;
+  PictureData reencoded{};
+  if (kind.may_reencode && options_reencode_graphics != 0) {
+    reencode_process_picture_mc(&picture_data, &reencoded);
+    graphics = &reencoded;
+  }
+  auto put = [&](int offset, const unsigned char *data, std::size_t size) {
+    if (offset) std::copy(data, data + size, prg.begin() + offset);
+  };
+  put(kind.bitmap, graphics->bitmap, sizeof graphics->bitmap);
+  put(kind.screen, graphics->screen, sizeof graphics->screen);
+  put(kind.color, graphics->color, sizeof graphics->color);
+  if (kind.background) prg[kind.background] = graphics->background & 15;
+
+  GError *error = nullptr;
+  if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
+                           &error)) {
+    report_error(error->message);
+    g_error_free(error);
+    return 0;
+  }
+  return 1;
+}
+
+// The name offered in an export chooser: the project's file name, or else the picture's,
+// with its extension (from the last ".") replaced by `extension`.
+char *suggested_export_name(const char *extension) {
+  const char *path = utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
+  if (!path) return nullptr;
+  char *base = g_path_get_basename(path);
+  if (char *dot = strrchr(base, '.')) *dot = '\0';
+  char *name = g_strconcat(base, extension, nullptr);
+  g_free(base);
+  return name;
+}
+
+// The chosen name, with `extension` appended unless it already ends in it, in lower or
+// upper case.
+char *export_name_with_extension(const char *chosen, const char *extension) {
+  char *upper = g_ascii_strup(extension, -1);
+  const bool has = g_str_has_suffix(chosen, extension) || g_str_has_suffix(chosen, upper);
+  g_free(upper);
+  return has ? g_strdup(chosen) : g_strconcat(chosen, extension, nullptr);
+}
+
+// Runs the export chooser with the suggested name; the file name to write, or null when
+// the user cancelled.
+char *choose_export_name(int (*chooser)(const char *, char **), const char *extension) {
+  char *suggestion = suggested_export_name(extension);
+  char *chosen = nullptr;
+  char *name = nullptr;
+  if (chooser(suggestion, &chosen) == 1 && chosen) name = export_name_with_extension(chosen, extension);
+  g_free(chosen);
+  g_free(suggestion);
+  return name;
+}
+
+struct SurfaceDeleter {
+  void operator()(cairo_surface_t *surface) const { cairo_surface_destroy(surface); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+
+// An opaque image filled with the border colour.
+Surface border_coloured_image(int width, int height) {
+  Surface image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+  CairoContext cr(cairo_create(image.get()));
+  set_source_color_index(cr.get(), border_color_index);
+  cairo_paint(cr.get());
+  return image;
+}
+
+void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
+  CairoContext cr(cairo_create(target));
+  cairo_set_source_surface(cr.get(), source, x, y);
+  cairo_paint(cr.get());
+}
+
+}  // namespace
+
+int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
+
+int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+
+int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+
+int export_run_cruncher(const char *filename) {
+  GdkWindow *window = window_main ? window_main->window : nullptr;
+  GdkCursor *watch = gdk_cursor_new(GDK_WATCH);
+  if (window) {
+    gdk_window_set_cursor(window, watch);
+    gdk_flush();
+  }
+  char *command = g_strdup_printf("%s/exomizer sfx 2061 \"%s\" -o \"%s\" -n", app_folder, filename, filename);
+  GError *error = nullptr;
+  int status = -1;
+  const gboolean ran = g_spawn_command_line_sync(command, nullptr, nullptr, &status, &error);
+  g_free(command);
+  if (window) gdk_window_set_cursor(window, nullptr);
+  gdk_cursor_unref(watch);
+  if (!ran) {
+    report_error(error->message);
+    g_error_free(error);
+    return 0;
+  }
+  if (status != 0) return 0;
+  report_info("Successfully exported to executable PRG");
+  return 1;
+}
+
+void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  char *filename = choose_export_name(fileopen_save_executable_file, ".prg");
+  if (!filename) return;
+  int (*build)(const char *) = nullptr;
+  if (picture_data.format == 1)
+    build = export_petscii_to_executable;
+  else if (picture_data.format >= 2 && picture_data.format <= 5)
+    build = export_hires_to_executable;
+  else if (picture_data.format >= 6 && picture_data.format <= 10)
+    build = export_mc_to_executable;
+  if (build && build(filename) == 1) export_run_cruncher(filename);
+  g_free(filename);
+}
+
+cairo_surface_t *export_png_compose(void) {
+  // The bar renderers draw at the zoom in force.
+  const int saved_zoom = options_expansion;
+  options_expansion = 1;
+
+  Surface sides[2];
+  for (int side : {1, 0}) {
+    sides[side] = border_coloured_image(vert_border_width, vert_border_height);
+    CairoContext cr(cairo_create(sides[side].get()));
+    if (interface_extended == 1)
+      (side == 1 ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr.get(), 0);
+    else
+      (side == 1 ? rasterarray_render_lines_left : rasterarray_render_lines_right)(cr.get(), 0);
+  }
+
+  // Row y of the full screen shows PAL line y + 3; the picture covers lines 51..250.
+  const int screen_width = vert_border_width + picture_width + vert_border_width;
+  Surface screen = border_coloured_image(screen_width, vert_border_height);
+  if (pixbuf_picture) {
+    CairoContext cr(cairo_create(screen.get()));
+    gdk_cairo_set_source_pixbuf(cr.get(), pixbuf_picture, vert_border_width, horiz_border_height);
+    cairo_paint(cr.get());
+  }
+  paint_at(screen.get(), sides[1].get(), 0, 0);
+  paint_at(screen.get(), sides[0].get(), vert_border_width + picture_width, 0);
+
+  // The visible part: 32 pixels of side border and PAL lines 16..287.
+  cairo_surface_t *output = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 384, 272);
+  paint_at(output, screen.get(), -16, -13);
+
+  options_expansion = saved_zoom;
+  return output;
+}
+
+int export_png_to_file(const char *filename) {
+  cairo_surface_t *image = export_png_compose();
+  const bool written = cairo_surface_write_to_png(image, filename) == CAIRO_STATUS_SUCCESS;
+  cairo_surface_destroy(image);
+  report_info(written ? "Project exported to PNG" : "Failed to export project to PNG");
+  return written ? 1 : 0;
+}
+
+void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  char *filename = choose_export_name(fileopen_save_png_file, ".png");
+  if (!filename) return;
+  export_png_to_file(filename);
+  g_free(filename);
+}
 
 // ---------------------------------------------------------------------------------------
 // Tools menu: extending the picture's outer columns into bars.

@@ -49,6 +49,13 @@ void choose_name_and_save_project_to_file(void);
 int export_hires_to_executable(const char *filename);
 int export_mc_to_executable(const char *filename);
 int export_petscii_to_executable(const char *filename);
+// Runs the cruncher on the written PRG, replacing it; 1 when it ended with status 0.
+int export_run_cruncher(const char *filename);
+
+// PNG export: the 384 x 272 screenshot of the screen with its bars (the caller destroys
+// it), and writing it to `filename` with a status message; 1 when written.
+cairo_surface_t *export_png_compose(void);
+int export_png_to_file(const char *filename);
 
 // Menu items.
 void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data);
