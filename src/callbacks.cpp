@@ -1,71 +1,492 @@
-// callbacks: not written yet.
+// callbacks: the signal handlers of the main window and the commands behind them.
+//
+// Owns the picture state (picture_loaded, pixbuf_picture, the paths), the border colour,
+// the active input mode, the six drawing areas and the colour picker's strip. Handlers stay
+// thin: the bars belong to rastermodel (Extended mode) and rasterarray (Compact mode), the
+// options to options, the feedback to controls, decoding and rendering to hiresdecoder.
 #include "callbacks.h"
 
-int picture_loaded = {};
-GdkPixbuf *pixbuf_picture = {};
-int border_color_index = {};
-cairo_surface_t *surface_border_color = {};
-char *utf8_path_and_filename_picture = {};
-char *utf8_path_and_filename_project = {};
-int interface_extended = {};
-GtkWidget *drawingarea_upper_border = {};
-GtkWidget *drawingarea_lower_border = {};
-GtkWidget *drawingarea_left_border = {};
-GtkWidget *drawingarea_right_border = {};
-GtkWidget *drawingarea_picture = {};
-GtkWidget *drawingarea_border_color = {};
-void cleanup_before_quitting(void) { }
-void on_menuitem_quit_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-gboolean on_window_main_delete_event(GtkWidget *widget, GdkEvent *event, gpointer user_data) { return {}; }
-void set_zoom_level(void) { }
-void redraw_all_areas(void) { }
-int open_picture(const char *path, int border_flag) { return {}; }
-int save_project_to_file(const char *path) { return {}; }
-void choose_name_and_save_project_to_file(void) { }
-void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_save_project_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_save_project_as_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_open_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_reload_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_export_to_png_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_export_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_interface_extended_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_interface_compact_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_palette_peptos_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_palette_high_contrast_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_palette_pixcen_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_palette_ccs64_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_zoom_1x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_zoom_2x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_zoom_3x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_zoom_4x_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_reencode_graphics_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_select_left_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_select_right_border_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *menuitem, gpointer user_data) { }
-void on_toolbutton_add_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
-void on_toolbutton_remove_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
-void on_toolbutton_add_bar_right_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
-void on_toolbutton_remove_bar_right_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
-void on_toolbutton_delete_all_bars_clicked(GtkToolButton *toolbutton, gpointer user_data) { }
-void on_treeview_rasters_left_cursor_changed(GtkTreeView *treeview, gpointer user_data) { }
-void on_treeview_rasters_right_cursor_changed(GtkTreeView *treeview, gpointer user_data) { }
-gboolean on_drawingarea_left_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_left_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_left_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_left_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_left_border_motion_notify_event(GtkWidget *widget, GdkEventMotion *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_right_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_right_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_right_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_right_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *widget, GdkEventMotion *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_upper_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_upper_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_picture_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_picture_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_lower_border_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_lower_border_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_border_color_configure_event(GtkWidget *widget, GdkEventConfigure *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer user_data) { return {}; }
-gboolean on_drawingarea_border_color_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer user_data) { return {}; }
+#include <array>
+#include <memory>
+#include <tuple>
+
+#include "controls.h"
+#include "main.h"
+#include "options.h"
+#include "palette.h"
+#include "rasterarray.h"
+#include "rastermodel.h"
+#include "support.h"
+
+int picture_loaded = 0;
+GdkPixbuf *pixbuf_picture = nullptr;
+int border_color_index = 0;
+cairo_surface_t *surface_border_color = nullptr;
+char *utf8_path_and_filename_picture = nullptr;
+char *utf8_path_and_filename_project = nullptr;
+int interface_extended = 1;
+
+GtkWidget *drawingarea_upper_border = nullptr;
+GtkWidget *drawingarea_lower_border = nullptr;
+GtkWidget *drawingarea_left_border = nullptr;
+GtkWidget *drawingarea_right_border = nullptr;
+GtkWidget *drawingarea_picture = nullptr;
+GtkWidget *drawingarea_border_color = nullptr;
+
+namespace {
+
+constexpr const char *kNeedPicture = "First open a picture or project";
+
+void report(const char *form, const char *text) {
+  char *message = g_strdup_printf(form, text);
+  controls_update_main_statusbar(message);
+  g_free(message);
+}
+
+void report_info(const char *text) { report(" Info: %s", text); }
+
+void report_error(const char *text) {
+  report(" Error: %s", text);
+  controls_show_message_dialog(text, GTK_MESSAGE_ERROR);
+}
+
+void redraw(GtkWidget *area) {
+  if (area) gtk_widget_queue_draw(area);
+}
+
+// Replaces an owned string with a copy of `value`.
+void replace_string(char *&owned, const char *value) {
+  char *copy = g_strdup(value);
+  g_free(owned);
+  owned = copy;
+}
+
+struct CairoDeleter {
+  void operator()(cairo_t *cr) const { cairo_destroy(cr); }
+};
+using CairoContext = std::unique_ptr<cairo_t, CairoDeleter>;
+
+CairoContext cairo_for(GtkWidget *widget) { return CairoContext(gdk_cairo_create(widget->window)); }
+
+void set_source_color_index(cairo_t *cr, int index) {
+  double rgb[3] = {0.0, 0.0, 0.0};
+  palette_get_rgb_double_at_index(index, rgb);
+  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
+}
+
+int zoom() { return options_expansion; }
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------
+// Shutdown
+
+void cleanup_before_quitting(void) {
+  if (surface_border_color) {
+    cairo_surface_destroy(surface_border_color);
+    surface_border_color = nullptr;
+  }
+  if (pixbuf_picture) {
+    g_object_unref(pixbuf_picture);
+    pixbuf_picture = nullptr;
+  }
+}
+
+void on_menuitem_quit_activate(GtkMenuItem *, gpointer) {
+  if (controls_get_user_confirmation("Are you sure you want to quit?") != 1) return;
+  options_save_to_file();
+  cleanup_before_quitting();
+  gtk_main_quit();
+}
+
+gboolean on_window_main_delete_event(GtkWidget *, GdkEvent *, gpointer) {
+  if (controls_get_user_confirmation("Are you sure you want to quit?") != 1) return TRUE;
+  options_save_to_file();
+  cleanup_before_quitting();
+  return FALSE;
+}
+
+// ---------------------------------------------------------------------------------------
+// Screen view
+
+void set_zoom_level(void) {
+  const int z = zoom();
+  const std::array<std::tuple<GtkWidget *, int, int>, 6> sizes = {{
+      {drawingarea_upper_border, horiz_border_width, horiz_border_height},
+      {drawingarea_lower_border, horiz_border_width, horiz_border_height},
+      {drawingarea_left_border, vert_border_width, vert_border_height},
+      {drawingarea_right_border, vert_border_width, vert_border_height},
+      {drawingarea_picture, picture_width, picture_height},
+      {drawingarea_border_color, palette_width, palette_height},
+  }};
+  for (const auto &[area, width, height] : sizes)
+    if (area) gtk_widget_set_size_request(area, width * z, height * z);
+}
+
+void redraw_all_areas(void) {
+  for (GtkWidget *area : {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border,
+                          drawingarea_lower_border, drawingarea_picture, drawingarea_border_color})
+    redraw(area);
+}
+
+static gboolean remember_area(GtkWidget *&global, GtkWidget *widget) {
+  if (!global) global = widget;
+  return TRUE;
+}
+
+gboolean on_drawingarea_upper_border_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  return remember_area(drawingarea_upper_border, widget);
+}
+
+gboolean on_drawingarea_lower_border_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  return remember_area(drawingarea_lower_border, widget);
+}
+
+gboolean on_drawingarea_left_border_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  return remember_area(drawingarea_left_border, widget);
+}
+
+gboolean on_drawingarea_right_border_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  return remember_area(drawingarea_right_border, widget);
+}
+
+gboolean on_drawingarea_picture_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  return remember_area(drawingarea_picture, widget);
+}
+
+static gboolean paint_border(GtkWidget *widget) {
+  CairoContext cr = cairo_for(widget);
+  set_source_color_index(cr.get(), border_color_index);
+  cairo_paint(cr.get());
+  return TRUE;
+}
+
+gboolean on_drawingarea_upper_border_expose_event(GtkWidget *widget, GdkEventExpose *, gpointer) {
+  return paint_border(widget);
+}
+
+gboolean on_drawingarea_lower_border_expose_event(GtkWidget *widget, GdkEventExpose *, gpointer) {
+  return paint_border(widget);
+}
+
+// A side border: the border colour, then the active mode's bars of that side.
+static gboolean paint_side_border(GtkWidget *widget, int side) {
+  CairoContext cr = cairo_for(widget);
+  set_source_color_index(cr.get(), border_color_index);
+  cairo_paint(cr.get());
+  const int with_selection = picture_loaded == 1;
+  if (interface_extended == 1)
+    (side == 1 ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr.get(), with_selection);
+  else
+    (side == 1 ? rasterarray_render_lines_left : rasterarray_render_lines_right)(cr.get(), with_selection);
+  return TRUE;
+}
+
+gboolean on_drawingarea_left_border_expose_event(GtkWidget *widget, GdkEventExpose *, gpointer) {
+  return paint_side_border(widget, 1);
+}
+
+gboolean on_drawingarea_right_border_expose_event(GtkWidget *widget, GdkEventExpose *, gpointer) {
+  return paint_side_border(widget, 0);
+}
+
+gboolean on_drawingarea_picture_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer) {
+  CairoContext cr = cairo_for(widget);
+  if (!pixbuf_picture) {
+    set_source_color_index(cr.get(), 6);
+    cairo_paint(cr.get());
+    return TRUE;
+  }
+  const int z = zoom();
+  GdkPixbuf *image = pixbuf_picture;
+  if (z > 1) {
+    image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, picture_width * z, picture_height * z);
+    if (!image) return TRUE;
+    gdk_pixbuf_scale(pixbuf_picture, image, 0, 0, picture_width * z, picture_height * z, 0.0, 0.0, z, z,
+                     GDK_INTERP_NEAREST);
+  }
+  gdk_cairo_set_source_pixbuf(cr.get(), image, 0, 0);
+  gdk_cairo_rectangle(cr.get(), &event->area);
+  cairo_fill(cr.get());
+  if (image != pixbuf_picture) g_object_unref(image);
+  return TRUE;
+}
+
+// The colour picker: a strip of the 16 colours, drawn off screen on every configure event
+// (so a palette change, which forces one, rebuilds it) and copied on expose.
+gboolean on_drawingarea_border_color_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
+  if (surface_border_color) cairo_surface_destroy(surface_border_color);
+  const int z = zoom();
+  surface_border_color =
+      gdk_window_create_similar_surface(widget->window, CAIRO_CONTENT_COLOR, palette_width * z, palette_height * z);
+  remember_area(drawingarea_border_color, widget);
+  cairo_t *cr = cairo_create(surface_border_color);
+  set_source_color_index(cr, 0);
+  cairo_paint(cr);
+  for (int i = 0; i < 16; i++) {
+    set_source_color_index(cr, i);
+    cairo_rectangle(cr, 16 * z * i, 1, 16 * z - 1, 16 * z - 2);
+    cairo_fill(cr);
+  }
+  cairo_destroy(cr);
+  return TRUE;
+}
+
+gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer) {
+  if (!surface_border_color) return FALSE;
+  CairoContext cr = cairo_for(widget);
+  cairo_set_source_surface(cr.get(), surface_border_color, 0, 0);
+  gdk_cairo_rectangle(cr.get(), &event->area);
+  cairo_fill(cr.get());
+  const int z = zoom();
+  cairo_set_antialias(cr.get(), CAIRO_ANTIALIAS_NONE);
+  cairo_set_line_width(cr.get(), 1.0);
+  cairo_set_source_rgb(cr.get(), 1.0, 1.0, 1.0);
+  cairo_rectangle(cr.get(), 16 * z * border_color_index + 1, 1, 16 * z - 1, 16 * z - 1);
+  cairo_stroke(cr.get());
+  return TRUE;
+}
+
+gboolean on_drawingarea_border_color_button_press_event(GtkWidget *, GdkEventButton *event, gpointer) {
+  if (event->type != GDK_BUTTON_PRESS || event->button != 1) return FALSE;
+  border_color_index = static_cast<int>(event->x / (16 * zoom())) % 16;
+  for (GtkWidget *area : {drawingarea_border_color, drawingarea_upper_border, drawingarea_left_border,
+                          drawingarea_right_border, drawingarea_lower_border})
+    redraw(area);
+  return TRUE;
+}
+
+// ---------------------------------------------------------------------------------------
+// Mouse and keys on the side borders, handed to the active input mode
+
+static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *event, int side) {
+  if (picture_loaded == 0) return TRUE;
+  if ((event->type != GDK_BUTTON_PRESS && event->type != GDK_2BUTTON_PRESS) || event->button != 1) return TRUE;
+  int y = static_cast<int>(event->y);
+  if (zoom() > 1) y /= zoom();
+  gtk_widget_grab_focus(widget);
+  const int row = y - horiz_border_height;
+  if (interface_extended != 1)
+    (side == 1 ? rasterarray_button_press_left : rasterarray_button_press_right)(
+        row, event->state, event->type == GDK_2BUTTON_PRESS ? 1 : 0);
+  else
+    (side == 1 ? rastermodel_button_press_left : rastermodel_button_press_right)(row);
+  gtk_widget_queue_draw(widget);
+  return TRUE;
+}
+
+static gboolean side_border_key_press(GtkWidget *widget, GdkEventKey *event, int side) {
+  if (picture_loaded == 0) return TRUE;
+  const unsigned int state = event->state & (GDK_SHIFT_MASK | GDK_CONTROL_MASK | GDK_MOD1_MASK);
+  const auto edit = interface_extended == 1 ? (side == 1 ? rastermodel_key_press_left : rastermodel_key_press_right)
+                                             : (side == 1 ? rasterarray_key_press_left : rasterarray_key_press_right);
+  const int result = edit(event->keyval, state);
+  if (result == 1) gtk_widget_queue_draw(widget);
+  return TRUE;
+}
+
+gboolean on_drawingarea_left_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer) {
+  return side_border_button_press(widget, event, 1);
+}
+
+gboolean on_drawingarea_right_border_button_press_event(GtkWidget *widget, GdkEventButton *event, gpointer) {
+  return side_border_button_press(widget, event, 0);
+}
+
+gboolean on_drawingarea_left_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer) {
+  return side_border_key_press(widget, event, 1);
+}
+
+gboolean on_drawingarea_right_border_key_press_event(GtkWidget *widget, GdkEventKey *event, gpointer) {
+  return side_border_key_press(widget, event, 0);
+}
+
+gboolean on_drawingarea_left_border_motion_notify_event(GtkWidget *, GdkEventMotion *, gpointer) { return FALSE; }
+
+gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *, GdkEventMotion *, gpointer) { return FALSE; }
+
+// ---------------------------------------------------------------------------------------
+// Extended mode's tool buttons and list views
+
+static bool need_picture() {
+  if (picture_loaded != 0) return true;
+  report_info(kNeedPicture);
+  return false;
+}
+
+void on_toolbutton_add_bar_left_clicked(GtkToolButton *, gpointer) {
+  if (!need_picture()) return;
+  rastermodel_add_bar_left();
+  redraw(drawingarea_left_border);
+}
+
+void on_toolbutton_remove_bar_left_clicked(GtkToolButton *, gpointer) {
+  if (!need_picture()) return;
+  rastermodel_remove_bar_left();
+  redraw(drawingarea_left_border);
+}
+
+void on_toolbutton_add_bar_right_clicked(GtkToolButton *, gpointer) {
+  if (!need_picture()) return;
+  rastermodel_add_bar_right();
+  redraw(drawingarea_right_border);
+}
+
+void on_toolbutton_remove_bar_right_clicked(GtkToolButton *, gpointer) {
+  if (!need_picture()) return;
+  rastermodel_remove_bar_right();
+  redraw(drawingarea_right_border);
+}
+
+void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {
+  if (!need_picture()) return;
+  if (controls_get_user_confirmation("<b>WARNING!!!</b>\n\nAre you sure you want to proceed?") != 1) return;
+  rastermodel_delete_all_bars();
+  redraw(drawingarea_left_border);
+  redraw(drawingarea_right_border);
+}
+
+void on_treeview_rasters_left_cursor_changed(GtkTreeView *, gpointer) { redraw(drawingarea_left_border); }
+
+void on_treeview_rasters_right_cursor_changed(GtkTreeView *, gpointer) { redraw(drawingarea_right_border); }
+
+// ---------------------------------------------------------------------------------------
+// Picture and project commands
+
+int open_picture(const char *path, int border_flag) {
+  if (pixbuf_picture) {
+    g_object_unref(pixbuf_picture);
+    pixbuf_picture = nullptr;
+  }
+  picture_data.format = 0;
+  picture_data.border = -1;
+  GError *error = nullptr;
+  if (hiresdecoder_decode_hires_screen_file(path, 0, &pixbuf_picture, &picture_data, &error) == 1) {
+    char *base = g_path_get_basename(path);
+    controls_update_main_window_title(base);
+    g_free(base);
+    replace_string(utf8_path_and_filename_picture, path);
+    if (border_flag == 1 && picture_data.border != -1) border_color_index = picture_data.border % 16;
+    return 1;
+  }
+  report_error(error ? error->message : "Unknown picture format");
+  if (error) g_error_free(error);
+  return 0;
+}
+
+// Opening and saving pictures and projects, and the exports, are not part of the editor yet:
+// their menu items are wired but do nothing.
+int save_project_to_file(const char *) { return 0; }
+
+void choose_name_and_save_project_to_file(void) {}
+
+void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_save_project_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_open_picture_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_export_activate(GtkMenuItem *, gpointer) {}
+
+void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {}
+
+// ---------------------------------------------------------------------------------------
+// Preferences and Border menus
+
+static bool item_active(GtkMenuItem *item) { return gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(item)); }
+
+static void show_controls(bool shown) {
+  if (GtkWidget *controls = lookup_widget(window_main, "hbox_controls")) {
+    if (shown)
+      gtk_widget_show(controls);
+    else
+      gtk_widget_hide(controls);
+  }
+}
+
+void on_menuitem_interface_extended_activate(GtkMenuItem *item, gpointer) {
+  if (!item_active(item)) return;
+  if (interface_extended != 1) {
+    rastermodel_fill_models_from_arrays();
+    show_controls(true);
+    interface_extended = 1;
+    redraw(drawingarea_left_border);
+    redraw(drawingarea_right_border);
+  }
+  options_input_mode = 1;
+  options_save_to_file();
+}
+
+void on_menuitem_interface_compact_activate(GtkMenuItem *item, gpointer) {
+  if (!item_active(item)) return;
+  if (interface_extended != 0) {
+    rastermodel_fill_arrays_from_models(border_color_index);
+    show_controls(false);
+    interface_extended = 0;
+    redraw(drawingarea_left_border);
+    redraw(drawingarea_right_border);
+  }
+  if (drawingarea_left_border) gtk_widget_grab_focus(drawingarea_left_border);
+  options_input_mode = 0;
+  options_save_to_file();
+}
+
+// Switches the palette: every area is resized away and back so that it is laid out and
+// painted again (the picker's strip is rebuilt on its configure event), and the picture
+// is rendered again in the new colours, keeping the border colour chosen by hand.
+static void select_palette(int palette) {
+  options_palette = palette;
+  const int z = options_expansion;
+  options_expansion = z < 2 ? z + 1 : z - 1;
+  set_zoom_level();
+  options_expansion = z;
+  set_zoom_level();
+  if (picture_loaded == 1) {
+    char *path = g_strdup(utf8_path_and_filename_picture);
+    open_picture(path, 0);
+    g_free(path);
+  }
+  options_save_to_file();
+}
+
+void on_menuitem_palette_peptos_activate(GtkMenuItem *, gpointer) { select_palette(0); }
+
+void on_menuitem_palette_high_contrast_activate(GtkMenuItem *, gpointer) { select_palette(1); }
+
+void on_menuitem_palette_pixcen_activate(GtkMenuItem *, gpointer) { select_palette(2); }
+
+void on_menuitem_palette_ccs64_activate(GtkMenuItem *, gpointer) { select_palette(3); }
+
+static void select_zoom(GtkMenuItem *item, int z) {
+  if (!item_active(item)) return;
+  options_expansion = z;
+  set_zoom_level();
+  options_save_to_file();
+}
+
+void on_menuitem_zoom_1x_activate(GtkMenuItem *item, gpointer) { select_zoom(item, 1); }
+
+void on_menuitem_zoom_2x_activate(GtkMenuItem *item, gpointer) { select_zoom(item, 2); }
+
+void on_menuitem_zoom_3x_activate(GtkMenuItem *item, gpointer) { select_zoom(item, 3); }
+
+void on_menuitem_zoom_4x_activate(GtkMenuItem *item, gpointer) { select_zoom(item, 4); }
+
+void on_menuitem_reencode_graphics_activate(GtkMenuItem *item, gpointer) {
+  options_reencode_graphics = item_active(item) ? 1 : 0;
+  options_save_to_file();
+}
+
+void on_menuitem_select_left_border_activate(GtkMenuItem *, gpointer) {
+  if (drawingarea_left_border) gtk_widget_grab_focus(drawingarea_left_border);
+}
+
+void on_menuitem_select_right_border_activate(GtkMenuItem *, gpointer) {
+  if (drawingarea_right_border) gtk_widget_grab_focus(drawingarea_right_border);
+}
