@@ -207,12 +207,10 @@ void rastermodel_module_init(void) {
   model_rasters_right = create_bar_store();
   for (auto [view, store] : {std::pair{treeview_rasters_left, model_rasters_left},
                              std::pair{treeview_rasters_right, model_rasters_right}}) {
-    if (view) {
-      rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
-      gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
-    }
-    // From here on the view holds the only reference.
-    g_object_unref(store);
+    if (!view) continue;  // without its view the list keeps the creator's reference
+    rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
+    gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
+    g_object_unref(store);  // from here on the view holds the only reference
   }
 }
 
