@@ -4,6 +4,8 @@
 // May touch: every module's init function, the options and the main window.
 #include "support.h"
 
+#include <cstring>
+
 #include "c64pixbufs.h"
 #include "callbacks.h"
 #include "controls.h"
