@@ -96,7 +96,7 @@ TEST_F(BarList, CellEditsThroughTheRenderersKeepTheRanges) {
   const std::vector<Case> cases{
       {0, "50", before},         {0, "251", before},      {0, "51", {51, 10, 3}},   {0, "250", {250, 10, 3}},
       {0, "120abc", {120, 10, 3}}, {0, "abc", before},    {0, "", before},          {1, "200", {100, 151, 3}},
-      {1, "201", before},        {1, "-1", before},       {1, "0", {100, 0, 3}},    {1, " 5", {100, 5, 3}},
+      {1, "151", {100, 151, 3}}, {1, "201", before}, {1, "-1", before},       {1, "0", {100, 0, 3}},    {1, " 5", {100, 5, 3}},
       {2, "16", before},         {2, "-1", before},       {2, "15", {100, 10, 15}}, {2, "x1", before},
   };
   GtkTreeView *view = GTK_TREE_VIEW(treeview_rasters_left);
