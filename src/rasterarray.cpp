@@ -1,33 +1,331 @@
-// rasterarray: not written yet.
+// rasterarray: Compact mode. Owns the two per-line colour arrays of the side borders and
+// the cursor / range selection of each side; answers mouse clicks and keys on them, draws
+// them into a border area's cairo context and hands out the per-line export table.
+// Reads the zoom (options_expansion) and the palette; touches no widget and no other
+// module's state.
 #include "rasterarray.h"
 
-int colors_left[RASTER_LINES]{};
-int colors_right[RASTER_LINES]{};
-int selection_start_left, selection_start_right = {};
-int selection_end_left, selection_end_right = {};
-int selection_active_left, selection_active_right = {};
-void rasterarray_button_press(int side, int row, unsigned int state, int double_click) { }
-void rasterarray_button_press_left(int row, unsigned int state, int double_click) { }
-void rasterarray_button_press_right(int row, unsigned int state, int double_click) { }
-void rasterarray_render_lines(int side, cairo_t *cr, int with_selection) { }
-void rasterarray_render_lines_left(cairo_t *cr, int with_selection) { }
-void rasterarray_render_lines_right(cairo_t *cr, int with_selection) { }
-void rasterarray_mark_selection(int side, cairo_t *cr) { }
-void rasterarray_get_bars(int side, unsigned char out[200], int fallback) { }
-void rasterarray_get_bars_left(unsigned char out[200], int fallback) { }
-void rasterarray_get_bars_right(unsigned char out[200], int fallback) { }
-void rasterarray_delete_all_bars(void) { }
-int rasterarray_get_color_at_index(int side, int index) { return {}; }
-void rasterarray_set_color_at_index(int side, int index, int colour) { }
-int rasterarray_key_press(int side, unsigned int keyval, unsigned int state) { return {}; }
-int rasterarray_key_press_left(unsigned int keyval, unsigned int state) { return {}; }
-int rasterarray_key_press_right(unsigned int keyval, unsigned int state) { return {}; }
-int move_up(int side, int extend, int step) { return {}; }
-int move_down(int side, int extend, int collapse, int step) { return {}; }
-int move_home(int side, int extend) { return {}; }
-int move_end(int side, int extend) { return {}; }
-int rasterarray_expand_selection(int side) { return {}; }
-void rasterarray_dump_models_to_key_file(GKeyFile *key_file) { }
-void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int *colors, const char *group) { }
-void rasterarray_fill_models_from_key_file(GKeyFile *key_file) { }
-void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour) { }
+#include <algorithm>
+#include <array>
+
+#include <gdk/gdkkeysyms.h>
+
+#include "options.h"
+#include "palette.h"
+
+int colors_left[RASTER_LINES] = {};
+int colors_right[RASTER_LINES] = {};
+
+int selection_start_left = 51, selection_start_right = 51;
+int selection_end_left = 51, selection_end_right = 51;
+int selection_active_left = 0, selection_active_right = 0;
+
+namespace {
+
+constexpr int first_line = 51;   // the picture's first raster line
+constexpr int last_line = 250;   // and its last
+constexpr int picture_lines = last_line - first_line + 1;
+constexpr int area_width = 48;   // a side border area at zoom 1
+constexpr int area_height = 296;
+constexpr int strip_width = 4;   // the black strip at the outer edge
+constexpr int first_shown_line = 3;  // raster line of the area's pixel row 0
+constexpr int colour_black = 0;
+constexpr int colour_white = 1;
+
+// Both arrays start out uncoloured.
+[[maybe_unused]] const bool arrays_cleared = [] {
+  std::fill(std::begin(colors_left), std::end(colors_left), -1);
+  std::fill(std::begin(colors_right), std::end(colors_right), -1);
+  return true;
+}();
+
+// One side's array and selection.
+struct Side {
+  int *colors;
+  int &start;
+  int &end;
+  int &active;
+  int top() const { return std::min(start, end); }
+  int bottom() const { return std::max(start, end); }
+};
+
+Side side_of(int side) {
+  if (side == 1) return {colors_left, selection_start_left, selection_end_left, selection_active_left};
+  return {colors_right, selection_start_right, selection_end_right, selection_active_right};
+}
+
+int zoom() { return options_expansion; }
+
+void set_source_colour(cairo_t *cr, int index) {
+  double rgb[3] = {0.0, 0.0, 0.0};
+  palette_get_rgb_double_at_index(index, rgb);
+  cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);
+  cairo_set_line_width(cr, 1.0);
+  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
+}
+
+void fill_rect(cairo_t *cr, int x, int y, int width, int height) {
+  cairo_rectangle(cr, x, y, width, height);
+  cairo_fill(cr);
+}
+
+// Writes value into the range, or into the cursor line; with step the cursor then
+// moves one line down (not past the last picture line).
+int paint(int side, int value, bool step) {
+  Side s = side_of(side);
+  if (s.active == 1) {
+    std::fill(s.colors + s.top(), s.colors + s.bottom() + 1, value);
+    return 1;
+  }
+  s.colors[s.start] = value;
+  if (step && s.start < last_line) s.start = s.end = s.start + 1;
+  return 1;
+}
+
+// The key table. A row matches when its key value and modifier rule fit; the first
+// matching row acts.
+enum class Mods { any, shift_only, control_only };
+enum class Act { paint, clear, repeat, home, end, up, down };
+
+struct KeyRow {
+  unsigned int keyval;
+  Mods mods;
+  Act act;
+  int arg = 0;       // colour for paint, step for up / down
+  int collapse = 0;  // for down
+};
+
+constexpr KeyRow paint_key(unsigned int keyval, int colour, Mods mods = Mods::any) {
+  return {keyval, mods, Act::paint, colour};
+}
+
+constexpr auto key_table = std::to_array<KeyRow>({
+    // Main keyboard: the digit row paints 0..7, the row below it 8..15.
+    paint_key(GDK_1, 0), paint_key(GDK_2, 1), paint_key(GDK_3, 2), paint_key(GDK_4, 3),
+    paint_key(GDK_5, 4), paint_key(GDK_6, 5), paint_key(GDK_7, 6), paint_key(GDK_8, 7),
+    paint_key(GDK_q, 8), paint_key(GDK_w, 9), paint_key(GDK_e, 10), paint_key(GDK_r, 11),
+    paint_key(GDK_t, 12), paint_key(GDK_y, 13), paint_key(GDK_u, 14), paint_key(GDK_i, 15),
+    // Keypad: 0..7, with Control 8..15; Shift turns 1, 2, 3 and 7 into movements.
+    paint_key(GDK_KP_0, 8, Mods::control_only), paint_key(GDK_KP_0, 0),
+    {GDK_KP_1, Mods::shift_only, Act::end},
+    paint_key(GDK_KP_1, 9, Mods::control_only), paint_key(GDK_KP_1, 1),
+    {GDK_KP_2, Mods::shift_only, Act::down, 1, 1},
+    paint_key(GDK_KP_2, 10, Mods::control_only), paint_key(GDK_KP_2, 2),
+    {GDK_KP_3, Mods::shift_only, Act::down, 8, 0},
+    paint_key(GDK_KP_3, 11, Mods::control_only), paint_key(GDK_KP_3, 3),
+    paint_key(GDK_KP_4, 12, Mods::control_only), paint_key(GDK_KP_4, 4),
+    paint_key(GDK_KP_5, 13, Mods::control_only), paint_key(GDK_KP_5, 5),
+    paint_key(GDK_KP_6, 14, Mods::control_only), paint_key(GDK_KP_6, 6),
+    {GDK_KP_7, Mods::shift_only, Act::home},
+    paint_key(GDK_KP_7, 15, Mods::control_only), paint_key(GDK_KP_7, 7),
+    {GDK_KP_Multiply, Mods::any, Act::repeat},
+    {GDK_Delete, Mods::any, Act::clear},
+    // Movements; Shift alone extends the range.
+    {GDK_Home, Mods::any, Act::home},
+    {GDK_End, Mods::any, Act::end},
+    {GDK_Up, Mods::any, Act::up, 1},
+    {GDK_Down, Mods::any, Act::down, 1, 1},
+    {GDK_Page_Up, Mods::any, Act::up, 8},
+    {GDK_Page_Down, Mods::any, Act::down, 8, 0},
+    {GDK_KP_Up, Mods::any, Act::up, 1},
+    {GDK_KP_Page_Up, Mods::any, Act::up, 8},
+});
+
+constexpr unsigned int shift_state = 1;
+constexpr unsigned int control_state = 4;
+
+bool mods_match(Mods mods, unsigned int state) {
+  switch (mods) {
+    case Mods::shift_only: return state == shift_state;
+    case Mods::control_only: return state == control_state;
+    case Mods::any: return true;
+  }
+  return false;
+}
+
+int run_action(int side, const KeyRow &row, int extend) {
+  switch (row.act) {
+    case Act::paint: return paint(side, row.arg, true);
+    case Act::clear: return paint(side, -1, false);
+    case Act::repeat: return rasterarray_expand_selection(side);
+    case Act::home: return move_home(side, extend);
+    case Act::end: return move_end(side, extend);
+    case Act::up: return move_up(side, extend, row.arg);
+    case Act::down: return move_down(side, extend, row.collapse, row.arg);
+  }
+  return 0;
+}
+
+}  // namespace
+
+// ---- Mouse selection ----
+
+void rasterarray_button_press(int side, int row, unsigned int state, int double_click) {
+  if (static_cast<unsigned int>(row) >= static_cast<unsigned int>(picture_lines)) return;
+  Side s = side_of(side);
+  const int line = row + first_line;
+  if (state == shift_state) {  // Shift alone: range from the anchor to here
+    s.end = line;
+    s.active = 1;
+    return;
+  }
+  s.start = s.end = line;
+  s.active = 0;
+  if (!double_click) return;
+  // A double click selects the run of equal entries around the line; uncoloured runs too.
+  const int run = s.colors[line];
+  while (s.start > first_line && s.colors[s.start - 1] == run) --s.start;
+  while (s.end < last_line && s.colors[s.end + 1] == run) ++s.end;
+  s.active = 1;
+}
+
+void rasterarray_button_press_left(int row, unsigned int state, int double_click) {
+  rasterarray_button_press(1, row, state, double_click);
+}
+void rasterarray_button_press_right(int row, unsigned int state, int double_click) {
+  rasterarray_button_press(0, row, state, double_click);
+}
+
+// ---- Drawing ----
+
+void rasterarray_render_lines(int side, cairo_t *cr, int with_selection) {
+  const int z = zoom();
+  const int *colors = side_of(side).colors;
+  const int bar_x = side == 1 ? strip_width * z : 0;
+  for (int line = first_line; line <= last_line; ++line) {
+    if (colors[line] < 0) continue;
+    set_source_colour(cr, colors[line] & 15);
+    fill_rect(cr, bar_x, (line - first_shown_line) * z, (area_width - strip_width) * z, z);
+  }
+  set_source_colour(cr, colour_black);
+  const int strip_x = side == 1 ? 0 : (area_width - strip_width) * z;
+  fill_rect(cr, strip_x, 0, strip_width * z, area_height * z);
+  if (with_selection == 1) rasterarray_mark_selection(side == 1 ? 1 : 0, cr);
+}
+
+void rasterarray_render_lines_left(cairo_t *cr, int with_selection) { rasterarray_render_lines(1, cr, with_selection); }
+void rasterarray_render_lines_right(cairo_t *cr, int with_selection) { rasterarray_render_lines(0, cr, with_selection); }
+
+void rasterarray_mark_selection(int side, cairo_t *cr) {
+  const int z = zoom();
+  Side s = side_of(side);
+  const int top = s.active == 1 ? s.top() : s.start;
+  const int count = s.active == 1 ? s.bottom() - s.top() + 1 : 1;
+  set_source_colour(cr, colour_white);
+  const int x = side == 1 ? 0 : (area_width - strip_width) * z;
+  fill_rect(cr, x, (top - first_shown_line) * z, strip_width * z, count * z);
+}
+
+// ---- Export table, clearing, single entries ----
+
+void rasterarray_get_bars(int side, unsigned char out[200], int fallback) {
+  const int *colors = side_of(side).colors;
+  for (int i = 0; i < picture_lines; ++i) {
+    const int entry = colors[first_line + i];
+    out[i] = static_cast<unsigned char>(entry >= 0 ? entry : fallback);
+  }
+}
+
+void rasterarray_get_bars_left(unsigned char out[200], int fallback) { rasterarray_get_bars(1, out, fallback); }
+void rasterarray_get_bars_right(unsigned char out[200], int fallback) { rasterarray_get_bars(0, out, fallback); }
+
+void rasterarray_delete_all_bars(void) {
+  std::fill(std::begin(colors_left), std::end(colors_left), -1);
+  std::fill(std::begin(colors_right), std::end(colors_right), -1);
+}
+
+static int wrap_line(int index) { return ((index % RASTER_LINES) + RASTER_LINES) % RASTER_LINES; }
+
+int rasterarray_get_color_at_index(int side, int index) { return side_of(side).colors[wrap_line(index)]; }
+
+void rasterarray_set_color_at_index(int side, int index, int colour) {
+  side_of(side).colors[wrap_line(index)] = colour;
+}
+
+// ---- Keys ----
+
+int rasterarray_key_press(int side, unsigned int keyval, unsigned int state) {
+  const int extend = state == shift_state ? 1 : 0;
+  for (const KeyRow &row : key_table)
+    if (row.keyval == keyval && mods_match(row.mods, state)) return run_action(side, row, extend);
+  return 0;
+}
+
+int rasterarray_key_press_left(unsigned int keyval, unsigned int state) { return rasterarray_key_press(1, keyval, state); }
+int rasterarray_key_press_right(unsigned int keyval, unsigned int state) { return rasterarray_key_press(0, keyval, state); }
+
+int move_up(int side, int extend, int step) {
+  Side s = side_of(side);
+  if (extend) {
+    if (s.end - step < first_line) return 0;
+    s.end -= step;
+    s.active = 1;
+    return 1;
+  }
+  // A range made upward collapses onto its top line first.
+  int p = (s.active == 1 && s.end < s.start) ? s.end : s.start;
+  if (p - step >= first_line) p -= step;
+  s.start = s.end = p;
+  s.active = 0;
+  return 1;
+}
+
+int move_down(int side, int extend, int collapse, int step) {
+  Side s = side_of(side);
+  if (extend) {
+    if (s.end + step > last_line) return 0;
+    s.end += step;
+    s.active = 1;
+    return 1;
+  }
+  // With collapse, a range made downward continues below its bottom line.
+  int p = (s.active == 1 && s.end > s.start && collapse == 1) ? s.end : s.start;
+  if (p + step <= last_line) p += step;
+  s.start = s.end = p;
+  s.active = 0;
+  return 1;
+}
+
+int move_home(int side, int extend) {
+  Side s = side_of(side);
+  if (extend) {  // extend the range to the first picture line, on either border
+    s.end = first_line;
+    s.active = 1;
+    return 1;
+  }
+  if (s.active == 1 && s.start > s.end)
+    s.start = s.end;
+  else
+    s.start = s.end = first_line;
+  s.active = 0;
+  return 1;
+}
+
+int move_end(int side, int extend) {
+  Side s = side_of(side);
+  if (extend) {
+    s.end = last_line;
+    s.active = 1;
+    return 1;
+  }
+  s.start = s.end = last_line;
+  s.active = 0;
+  return 1;
+}
+
+// Repeats the selected lines, as a pattern, down to the picture's last line.
+int rasterarray_expand_selection(int side) {
+  Side s = side_of(side);
+  if (s.active != 1) return 0;
+  const int top = s.top(), bottom = s.bottom(), length = bottom - top + 1;
+  for (int line = bottom + 1; line <= last_line; ++line)
+    s.colors[line] = s.colors[top + (line - bottom - 1) % length];
+  return 1;
+}
+
+// ---- Project files and auto-extension: not written yet ----
+
+void rasterarray_dump_models_to_key_file(GKeyFile *) {}
+void rasterarray_dump_models_to_key_file_internal(GKeyFile *, const int *, const char *) {}
+void rasterarray_fill_models_from_key_file(GKeyFile *) {}
+void rasterarray_expand_picture(GdkPixbuf *, int) {}
