@@ -18,25 +18,25 @@ void set_colors(const std::vector<int> &starts) {
     gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, start, 1, 2, 2, 9, -1);
 }
 
-std::vector<int> starts() {
-  std::vector<int> out;
+// Start line and colour of each row, in list order.
+std::vector<std::pair<int, int>> rows() {
+  std::vector<std::pair<int, int>> out;
   GtkTreeIter row;
   GtkTreeModel *model = GTK_TREE_MODEL(model_rasters_left);
   for (gboolean ok = gtk_tree_model_get_iter_first(model, &row); ok; ok = gtk_tree_model_iter_next(model, &row)) {
-    int start = 0;
-    gtk_tree_model_get(model, &row, 0, &start, -1);
-    out.push_back(start);
+    out.emplace_back();
+    gtk_tree_model_get(model, &row, 0, &out.back().first, 2, &out.back().second, -1);
   }
   return out;
 }
 
-int color_of(int index) {
-  GtkTreeIter row;
-  int color = -1;
-  if (gtk_tree_model_iter_nth_child(GTK_TREE_MODEL(model_rasters_left), &row, nullptr, index))
-    gtk_tree_model_get(GTK_TREE_MODEL(model_rasters_left), &row, 2, &color, -1);
-  return color;
+std::vector<int> starts() {
+  std::vector<int> out;
+  for (auto [start, color] : rows()) out.push_back(start);
+  return out;
 }
+
+int color_of(int index) { return rows().at(index).second; }
 
 void select_row(int index) {
   GtkTreePath *path = gtk_tree_path_new_from_indices(index, -1);

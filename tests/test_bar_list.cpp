@@ -3,6 +3,7 @@
 // per-line table and picking a bar with the mouse.
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 #include "callbacks.h"
@@ -82,6 +83,7 @@ class BarList : public ::testing::Test {
     interface_extended = 1;
     options_expansion = 1;
     set_zoom_level();
+    border_color_index = 6;
     rastermodel_delete_all_bars();
   }
 };
@@ -209,7 +211,7 @@ TEST_F(BarList, OverlapLaterRowShowsFirstRowIsPicked) {
     gtk_widget_queue_draw(drawingarea_left_border);
     GdkPixbuf *shot = grab_widget(drawingarea_left_border);
     ASSERT_NE(shot, nullptr);
-    for (auto [line, color] : std::vector<std::pair<int, int>>{{59, 0}, {60, 2}, {69, 2}, {70, 5}, {74, 5}, {75, 2}, {79, 2}}) {
+    for (auto [line, color] : std::vector<std::pair<int, int>>{{59, 6}, {60, 2}, {69, 2}, {70, 5}, {74, 5}, {75, 2}, {79, 2}, {80, 6}}) {
       for (int dy : {0, zoom - 1})
         EXPECT_EQ(pixel_at(shot, 20 * zoom, (line - 3) * zoom + dy), rgb_of(color)) << "zoom " << zoom << " line " << line;
     }
@@ -227,27 +229,24 @@ TEST_F(BarList, OverlapLaterRowShowsFirstRowIsPicked) {
   }
 }
 
-// Renders one side into an image filled with a colour that no palette has.
-GdkPixbuf *render(int side, int with_selection) {
-  int z = options_expansion;
-  cairo_surface_t *surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 48 * z, 296 * z);
-  cairo_t *cr = cairo_create(surface);
-  cairo_set_source_rgb(cr, 1.0, 0.0, 1.0);
-  cairo_paint(cr);
-  (side ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr, with_selection);
-  cairo_destroy(cr);
-  cairo_surface_flush(surface);
-  // Copy into a pixbuf so that pixel_at can read it (RGB24 is B,G,R,x in memory).
-  GdkPixbuf *pixbuf = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, 48 * z, 296 * z);
-  for (int y = 0; y < 296 * z; ++y)
-    for (int x = 0; x < 48 * z; ++x) {
-      const unsigned char *src = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface) + x * 4;
-      guchar *dst = gdk_pixbuf_get_pixels(pixbuf) + y * gdk_pixbuf_get_rowstride(pixbuf) + x * 3;
-      dst[0] = src[2], dst[1] = src[1], dst[2] = src[0];
-    }
-  cairo_surface_destroy(surface);
-  return pixbuf;
-}
+// Renders one side into an image painted beforehand in a colour that no palette has.
+struct Rendered {
+  cairo_surface_t *surface;
+  explicit Rendered(int side, int with_selection)
+      : surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 48 * options_expansion, 296 * options_expansion)) {
+    cairo_t *cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 1.0, 0.0, 1.0);
+    cairo_paint(cr);
+    (side ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr, with_selection);
+    cairo_destroy(cr);
+    cairo_surface_flush(surface);
+  }
+  ~Rendered() { cairo_surface_destroy(surface); }
+  unsigned int at(int x, int y) const {
+    auto *row = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
+    return reinterpret_cast<const uint32_t *>(row)[x] & 0xffffff;
+  }
+};
 
 TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
   constexpr unsigned int background = 0xff00ff;
@@ -260,20 +259,19 @@ TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
     for (int side : {1, 0}) {
       int bar_x = side ? 4 * z : 0, strip_x = side ? 0 : 44 * z;
       for (int with_selection : {0, 1}) {
-        GdkPixbuf *img = render(side, with_selection);
+        Rendered img(side, with_selection);
         SCOPED_TRACE(testing::Message() << "zoom " << z << " side " << side << " selection " << with_selection);
         for (int y : {97 * z, 99 * z + z - 1}) {  // first and last pixel row of lines 100..102
-          EXPECT_EQ(pixel_at(img, bar_x, y), rgb_of(5));
-          EXPECT_EQ(pixel_at(img, bar_x + 44 * z - 1, y), rgb_of(5));
-          EXPECT_EQ(pixel_at(img, strip_x + 4 * z - 1, y), with_selection ? rgb_of(1) : rgb_of(0));
+          EXPECT_EQ(img.at(bar_x, y), rgb_of(5));
+          EXPECT_EQ(img.at(bar_x + 44 * z - 1, y), rgb_of(5));
+          EXPECT_EQ(img.at(strip_x + 4 * z - 1, y), with_selection ? rgb_of(1) : rgb_of(0));
         }
-        EXPECT_EQ(pixel_at(img, bar_x, 97 * z - 1), background);
-        EXPECT_EQ(pixel_at(img, bar_x, 100 * z), background);
-        EXPECT_EQ(pixel_at(img, bar_x, 117 * z), background);  // the bar of height 0
-        EXPECT_EQ(pixel_at(img, strip_x, 100 * z), rgb_of(0));
-        EXPECT_EQ(pixel_at(img, strip_x, 0), rgb_of(0));
-        EXPECT_EQ(pixel_at(img, strip_x + 4 * z - 1, 296 * z - 1), rgb_of(0));
-        g_object_unref(img);
+        EXPECT_EQ(img.at(bar_x, 97 * z - 1), background);
+        EXPECT_EQ(img.at(bar_x, 100 * z), background);
+        EXPECT_EQ(img.at(bar_x, 117 * z), background);  // the bar of height 0
+        EXPECT_EQ(img.at(strip_x, 100 * z), rgb_of(0));
+        EXPECT_EQ(img.at(strip_x, 0), rgb_of(0));
+        EXPECT_EQ(img.at(strip_x + 4 * z - 1, 296 * z - 1), rgb_of(0));
       }
     }
   }
