@@ -543,8 +543,8 @@ void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
 }
 
 // Takes every entry that starts beside the picture and ends by its last line; overlaps
-// and empty bars are kept. A colour is taken modulo 16; an entry with a negative colour
-// is dropped, as Compact mode leaves its lines uncoloured.
+// and empty bars are kept. A colour is taken modulo 16 with the sign of the stored value;
+// an entry whose colour comes out negative is dropped, as Compact mode paints nothing for it.
 void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) {
   std::vector<LineRun> taken;
   for (LineRun bar : rasterarray_read_bar_group(key_file, group)) {
