@@ -102,8 +102,8 @@ TEST_F(ProjectBars, BothModesReadTheGroups) {
     Bars compact;  // painted in order over uncoloured lines
   };
   const std::vector<Case> cases{
-      {"limits", "start=50;248;100;250;2147483647;\nheight=5;4;0;1;10;\ncolor=2;2;3;2;1;",
-       {{100, 0, 3}, {250, 1, 2}}, {{250, 1, 2}}},
+      {"limits", "start=50;248;100;120;250;2147483647;\nheight=5;4;0;-5;1;10;\ncolor=2;2;3;3;2;1;",
+       {{100, 0, 3}, {120, -5, 3}, {250, 1, 2}}, {{250, 1, 2}}},
       {"first and last line", "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
        {{51, 200, 1}, {240, 11, 1}}, {{51, 200, 1}}},
       {"overlap", "start=60;70;\nheight=20;5;\ncolor=1;2;", {{60, 20, 1}, {70, 5, 2}},
