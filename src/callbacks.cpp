@@ -617,9 +617,23 @@ void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
 
 // ---------------------------------------------------------------------------------------
 // Tools menu: extending the picture's outer columns into bars.
-// Not part of the editor yet: the item is wired but does nothing.
+// The bars of both sides are replaced by the picture's leftmost and rightmost pixel
+// columns, as bars (Extended mode) or line colours (Compact mode).
 
-void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {}
+void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {
+  if (!picture_loaded) {
+    report_info(kNeedPicture);
+    return;
+  }
+  rastermodel_delete_all_bars();
+  if (interface_extended == 1)
+    rastermodel_expand_picture(pixbuf_picture, border_color_index);
+  else
+    rasterarray_expand_picture(pixbuf_picture, border_color_index);
+  redraw(drawingarea_left_border);
+  redraw(drawingarea_right_border);
+  report_info("Picture extended");
+}
 
 // ---------------------------------------------------------------------------------------
 // Preferences and Border menus

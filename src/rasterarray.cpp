@@ -1,8 +1,12 @@
 // rasterarray: Compact mode. Owns the two per-line colour arrays of the side borders and
 // the cursor / range selection of each side; answers mouse clicks and keys on them, draws
 // them into a border area's cairo context and hands out the per-line export table.
-// Reads the zoom (options_expansion) and the palette; touches no widget and no other
-// module's state.
+// Also writes the arrays into a project key file's "left" and "right" groups and reads
+// them back, and fills them from the picture's outer columns (auto-extend). Holds the
+// helpers that Extended mode shares for this: cutting lines into runs, reading a picture
+// column, and reading and writing a group's three bar lists.
+// Reads the zoom (options_expansion), the palette and the key file or picture it is
+// given; touches no widget and no other module's state.
 #include "rasterarray.h"
 
 #include <algorithm>
@@ -323,9 +327,110 @@ int rasterarray_expand_selection(int side) {
   return 1;
 }
 
-// ---- Project files and auto-extension: not written yet ----
+// ---- Runs, picture columns and project file groups (shared with rastermodel) ----
 
-void rasterarray_dump_models_to_key_file(GKeyFile *) {}
-void rasterarray_dump_models_to_key_file_internal(GKeyFile *, const int *, const char *) {}
-void rasterarray_fill_models_from_key_file(GKeyFile *) {}
-void rasterarray_expand_picture(GdkPixbuf *, int) {}
+std::vector<LineRun> rasterarray_find_runs(const int *values, int count, int first_line) {
+  std::vector<LineRun> runs;
+  int run_start = 0;
+  for (int i = 1; i <= count; ++i) {
+    if (i < count && values[i] == values[run_start]) continue;
+    if (values[run_start] >= 0) runs.push_back({first_line + run_start, i - run_start, values[run_start]});
+    run_start = i;
+  }
+  return runs;
+}
+
+std::vector<int> rasterarray_read_picture_column(GdkPixbuf *picture, int x, int border_colour) {
+  unsigned char border[3];
+  palette_get_rgb_at_index(border_colour, border);
+  const int rows = std::min(gdk_pixbuf_get_height(picture), picture_lines);
+  const int stride = gdk_pixbuf_get_rowstride(picture);
+  const guchar *pixel = gdk_pixbuf_get_pixels(picture) + x * gdk_pixbuf_get_n_channels(picture);
+  std::vector<int> column(rows);
+  for (int r = 0; r < rows; ++r, pixel += stride)
+    column[r] = std::equal(pixel, pixel + 3, border) ? -1 : pixel[0] << 16 | pixel[1] << 8 | pixel[2];
+  return column;
+}
+
+int rasterarray_index_for_packed_rgb(int rgb) {
+  const unsigned char bytes[3] = {static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
+                                  static_cast<unsigned char>(rgb)};
+  return static_cast<int>(palette_get_index_for_rgb(bytes));
+}
+
+namespace {
+constexpr std::array<const char *, 3> bar_keys{"start", "height", "color"};
+constexpr std::array<const char *, 2> groups{"right", "left"};  // indexed by the side flag
+}  // namespace
+
+std::vector<LineRun> rasterarray_read_bar_group(GKeyFile *key_file, const char *group) {
+  std::array<gint *, 3> lists{};
+  std::array<gsize, 3> lengths{};
+  for (size_t k = 0; k < bar_keys.size(); ++k) {
+    lists[k] = g_key_file_get_integer_list(key_file, group, bar_keys[k], &lengths[k], nullptr);
+    if (!lists[k]) lengths[k] = 0;
+  }
+  const gsize n = *std::min_element(lengths.begin(), lengths.end());
+  std::vector<LineRun> bars;
+  for (gsize i = 0; i < n; ++i) bars.push_back({lists[0][i], lists[1][i], lists[2][i]});
+  for (gint *list : lists) g_free(list);
+  return bars;
+}
+
+void rasterarray_write_bar_group(GKeyFile *key_file, const char *group, const std::vector<LineRun> &bars) {
+  std::array<std::vector<gint>, 3> lists;
+  for (const LineRun &bar : bars) {
+    lists[0].push_back(bar.start);
+    lists[1].push_back(bar.height);
+    lists[2].push_back(bar.color);
+  }
+  gint none = 0;  // the library wants a list even when it is empty
+  for (size_t k = 0; k < bar_keys.size(); ++k)
+    g_key_file_set_integer_list(key_file, group, bar_keys[k], lists[k].empty() ? &none : lists[k].data(),
+                                lists[k].size());
+}
+
+// ---- Project files ----
+
+void rasterarray_dump_models_to_key_file(GKeyFile *key_file) {
+  rasterarray_dump_models_to_key_file_internal(key_file, colors_left, groups[1]);
+  rasterarray_dump_models_to_key_file_internal(key_file, colors_right, groups[0]);
+}
+
+// The runs of lines 51..250 are the bars; uncoloured runs are left out.
+void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int *colors, const char *group) {
+  rasterarray_write_bar_group(key_file, group, rasterarray_find_runs(colors + first_line, picture_lines, first_line));
+}
+
+// Paints the file's bars in file order, so that a later bar wins where bars overlap.
+// Bars reaching outside the picture lines or without lines are skipped. A colour is
+// taken modulo 16 with the sign of the stored value; a bar whose colour comes out
+// negative paints nothing, so its lines stay as they are (uncoloured unless an earlier
+// bar covers them), which is what Extended mode shows for the same file.
+void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
+  rasterarray_delete_all_bars();
+  for (int side : {1, 0}) {
+    int *colors = side_of(side).colors;
+    for (const LineRun &bar : rasterarray_read_bar_group(key_file, groups[side])) {
+      if (bar.start < first_line || bar.height < 1 || static_cast<long long>(bar.start) + bar.height > last_line + 1)
+        continue;
+      const int colour = bar.color % 16;
+      if (colour >= 0) std::fill(colors + bar.start, colors + bar.start + bar.height, colour);
+    }
+  }
+}
+
+// ---- Auto-extension ----
+
+// Every line 51..250 gets the colour of the picture's outer pixel on that line, or no
+// colour where that pixel is in the border colour.
+void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour) {
+  if (!picture) return;
+  for (int side : {1, 0}) {
+    const int x = side == 1 ? 0 : gdk_pixbuf_get_width(picture) - 1;
+    const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
+    int *colors = side_of(side).colors;
+    for (size_t r = 0; r < column.size(); ++r)
+      colors[first_line + r] = column[r] < 0 ? -1 : rasterarray_index_for_packed_rgb(column[r]);
+  }
+}

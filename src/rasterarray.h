@@ -5,6 +5,8 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <glib.h>
 
+#include <vector>
+
 // Raster lines 0..311; entries are colour indices 0..15 or -1 (no colour).
 constexpr int RASTER_LINES = 312;
 extern int colors_left[RASTER_LINES];
@@ -51,3 +53,30 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file);
 
 // Auto-extension from the picture's outer columns.
 void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour);
+
+// ---- Helpers that Extended mode (rastermodel) shares ----
+
+// A bar as both modes hand it over: first line, number of lines, colour.
+struct LineRun {
+  int start;
+  int height;
+  int color;
+};
+
+// Cuts values[0 .. count-1] (values[0] standing for line `first_line`) into maximal runs of
+// equal entries; every run of a value 0 or more becomes a bar, in line order. Runs of
+// negative values give none.
+std::vector<LineRun> rasterarray_find_runs(const int *values, int count, int first_line);
+
+// Column x of an image, top row first, as 0xRRGGBB; a pixel in the border colour's RGB
+// reads as -1. Only the rows beside the picture lines (at most 200) are read.
+std::vector<int> rasterarray_read_picture_column(GdkPixbuf *picture, int x, int border_colour);
+
+// The palette index of a 0xRRGGBB value (0 when no colour of the palette in force matches).
+int rasterarray_index_for_packed_rgb(int rgb);
+
+// The three parallel integer lists "start", "height" and "color" of a project file group.
+// Reading gives as many bars as the shortest list has values; a missing or malformed list
+// counts as empty. Writing always sets all three lists, also when they are empty.
+std::vector<LineRun> rasterarray_read_bar_group(GKeyFile *key_file, const char *group);
+void rasterarray_write_bar_group(GKeyFile *key_file, const char *group, const std::vector<LineRun> &bars);

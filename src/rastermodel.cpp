@@ -1,10 +1,13 @@
 // rastermodel: Extended mode. Owns the two bar lists (left and right border), their
 // list views' columns and cell editing, adding and removing bars, drawing the bars into
 // the side border areas, picking a bar with the mouse, the per-line colour table for the
-// executable export and the keys that edit the selected bar.
+// executable export and the keys that edit the selected bar; converting the bars to and
+// from Compact mode's line arrays, turning the picture's outer columns into bars
+// (auto-extend), and writing and reading the lists in a project key file.
 //
 // May touch: the two list stores and their views, the drawing areas of the side borders
-// (redraw requests only) and the palette lookups. The tool buttons, the views'
+// (redraw requests only), the palette lookups and, when converting between the modes,
+// the line arrays (through rasterarray's functions). The tool buttons, the views'
 // cursor-changed handlers and the border areas' event handlers live in callbacks.cpp
 // and call in here.
 #include "rastermodel.h"
@@ -20,6 +23,7 @@
 #include "main.h"
 #include "options.h"
 #include "palette.h"
+#include "rasterarray.h"
 #include "support.h"
 
 GtkListStore *model_rasters_left = nullptr;
@@ -456,14 +460,98 @@ int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
   return found;
 }
 
-// --- Mode conversion, auto-extension and project files: not written yet ----------
+// --- Mode conversion, auto-extension and project files ---------------------------
 
-void rastermodel_fill_models_from_arrays(void) {}
-void rastermodel_fill_models_from_arrays_inner(GtkListStore *) {}
-void rastermodel_fill_arrays_from_models(int) {}
-void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *, int) {}
-void rastermodel_expand_picture(GdkPixbuf *, int) {}
-void rastermodel_expand_picture_inner(GtkListStore *, GdkPixbuf *, int) {}
-void rastermodel_dump_models_to_key_file(GKeyFile *) {}
-void rastermodel_fill_models_from_key_file(GKeyFile *) {}
-void rastermodel_fill_models_from_key_file_internal(GtkListStore *, GKeyFile *, const char *) {}
+namespace {
+
+int side_of_list(GtkTreeModel *list) { return is_left(list) ? 1 : 0; }
+
+// Adds the bars as rows; the store sorts them into place by start line.
+void append_bars(GtkListStore *list, const std::vector<LineRun> &bars) {
+  for (const LineRun &bar : bars)
+    gtk_list_store_insert_with_values(list, nullptr, -1, RASTER_COLUMN_LINE, bar.start, RASTER_COLUMN_HEIGHT,
+                                      bar.height, RASTER_COLUMN_COLOR, bar.color, -1);
+}
+
+std::vector<LineRun> rows_of(GtkTreeModel *model) {
+  std::vector<LineRun> rows;
+  GtkTreeIter row;
+  for (gboolean ok = gtk_tree_model_get_iter_first(model, &row); ok; ok = gtk_tree_model_iter_next(model, &row)) {
+    RasterBar bar = read_bar(model, &row);
+    rows.push_back({bar.start, bar.height, bar.color});
+  }
+  return rows;
+}
+
+}  // namespace
+
+void rastermodel_fill_models_from_arrays(void) {
+  rastermodel_delete_all_bars();
+  rastermodel_fill_models_from_arrays_inner(model_rasters_left);
+  rastermodel_fill_models_from_arrays_inner(model_rasters_right);
+}
+
+// Every run of equal colour beside the picture becomes one bar.
+void rastermodel_fill_models_from_arrays_inner(GtkListStore *list) {
+  const int *colors = side_of_list(GTK_TREE_MODEL(list)) == 1 ? colors_left : colors_right;
+  append_bars(list, rasterarray_find_runs(colors + first_bar_line, bar_table_size, first_bar_line));
+}
+
+void rastermodel_fill_arrays_from_models(int border_colour) {
+  rasterarray_delete_all_bars();
+  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_left), border_colour);
+  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_right), border_colour);
+}
+
+// Each line takes what is shown on it: the colour of the last row covering it, and no
+// colour where no row covers it or the row is in the border colour.
+void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_colour) {
+  unsigned char shown[bar_table_size];
+  rastermodel_get_bars(list, shown, border_colour);
+  const int side = side_of_list(list);
+  for (int i = 0; i < bar_table_size; ++i)
+    rasterarray_set_color_at_index(side, first_bar_line + i, shown[i] == border_colour ? -1 : shown[i]);
+}
+
+void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) {
+  if (!picture) return;
+  rastermodel_expand_picture_inner(model_rasters_left, picture, border_colour);
+  rastermodel_expand_picture_inner(model_rasters_right, picture, border_colour);
+}
+
+// Runs of equal pixels down the picture's outer column become bars, except those in the
+// border colour.
+void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour) {
+  if (!picture) return;
+  const int x = side_of_list(GTK_TREE_MODEL(list)) == 1 ? 0 : gdk_pixbuf_get_width(picture) - 1;
+  const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
+  std::vector<LineRun> bars = rasterarray_find_runs(column.data(), static_cast<int>(column.size()), first_bar_line);
+  for (LineRun &bar : bars) bar.color = rasterarray_index_for_packed_rgb(bar.color);
+  append_bars(list, bars);
+}
+
+// The rows are written as they are, in list order, overlaps included.
+void rastermodel_dump_models_to_key_file(GKeyFile *key_file) {
+  rasterarray_write_bar_group(key_file, "left", rows_of(GTK_TREE_MODEL(model_rasters_left)));
+  rasterarray_write_bar_group(key_file, "right", rows_of(GTK_TREE_MODEL(model_rasters_right)));
+}
+
+void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
+  rastermodel_delete_all_bars();
+  rastermodel_fill_models_from_key_file_internal(model_rasters_left, key_file, "left");
+  rastermodel_fill_models_from_key_file_internal(model_rasters_right, key_file, "right");
+}
+
+// Takes every entry that starts beside the picture and ends by its last line; overlaps
+// and empty bars are kept. A colour is taken modulo 16 with the sign of the stored value;
+// an entry whose colour comes out negative is dropped, as Compact mode paints nothing for it.
+void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) {
+  std::vector<LineRun> taken;
+  for (LineRun bar : rasterarray_read_bar_group(key_file, group)) {
+    bar.color %= 16;
+    if (bar.start >= first_bar_line && static_cast<long long>(bar.start) + bar.height <= last_bar_line + 1 &&
+        bar.color >= 0)
+      taken.push_back(bar);
+  }
+  append_bars(list, taken);
+}
