@@ -412,18 +412,18 @@ struct PrgKind {
   const PrgTemplate *code;
   int length;
   int bitmap, screen, color, background;
-  bool has_charset;      // PETSCII: the lower-case set is chosen by patching the template
-  bool may_reencode;     // multicolour: the graphics may come re-encoded
+  bool has_charset;   // PETSCII: the lower-case set is chosen by patching the template
+  bool may_reencode;  // multicolour: the graphics may come re-encoded
 };
 
 constexpr PrgKind prg_hires{&code_raster_hires, 15145, 6145, 14145, 0, 0, false, false};
 constexpr PrgKind prg_mc{&code_raster_mc, 16146, 6145, 14145, 15145, 16145, false, true};
 constexpr PrgKind prg_petscii{&code_raster_petscii, 4050, 0, 2049, 3049, 4049, true, false};
 
-constexpr int prg_left_table = 770;   // $0B01: lines 51..250 of the left border
-constexpr int prg_right_table = 1026; // $0C01: and of the right border
-constexpr int prg_border = 1281;      // $0D00
-constexpr int prg_charset_operand = 393;  // the LDA #$15 that sets $D018
+constexpr int prg_left_table = 770;       // $0B01: lines 51..250 of the left border
+constexpr int prg_right_table = 1026;     // $0C01: and of the right border
+constexpr int prg_border = 1281;          // $0D00
+constexpr int prg_charset_operand = 393;  // $0988, the LDA #$15 that sets $D018
 constexpr unsigned char prg_lower_case = 0x17;
 
 int export_to_executable(const PrgKind &kind, const char *filename) {
@@ -570,7 +570,7 @@ cairo_surface_t *export_png_compose(void) {
   const int saved_zoom = options_expansion;
   options_expansion = 1;
 
-  Surface sides[2];
+  Surface sides[2];  // indexed by the side flag: 1 left, 0 right
   for (int side : {1, 0}) {
     sides[side] = border_coloured_image(vert_border_width, vert_border_height);
     CairoContext cr(cairo_create(sides[side].get()));
