@@ -1,46 +1,469 @@
-// rastermodel: not written yet.
+// rastermodel: Extended mode. Owns the two bar lists (left and right border), their
+// list views' columns and cell editing, adding and removing bars, drawing the bars into
+// the side border areas, picking a bar with the mouse, the per-line colour table for the
+// executable export and the keys that edit the selected bar.
+//
+// May touch: the two list stores and their views, the drawing areas of the side borders
+// (redraw requests only) and the palette lookups. The tool buttons, the views'
+// cursor-changed handlers and the border areas' event handlers live in callbacks.cpp
+// and call in here.
 #include "rastermodel.h"
 
-GtkListStore *model_rasters_left = {};
-GtkListStore *model_rasters_right = {};
-GtkWidget *treeview_rasters_left = {};
-GtkWidget *treeview_rasters_right = {};
-void rastermodel_module_init(void) { }
-void rastermodel_insert_bar_treeview_columns(GtkTreeView *view) { }
-gint rastermodel_sort_iter_compare_func(GtkTreeModel *model, GtkTreeIter *a, GtkTreeIter *b, gpointer user_data) { return {}; }
-void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_string, const gchar *new_text, gpointer view) { }
-void rastermodel_update_post_editing(void) { }
-void rastermodel_add_bar(GtkListStore *list) { }
-void rastermodel_add_bar_left(void) { }
-void rastermodel_add_bar_right(void) { }
-gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer line) { return {}; }
-gboolean rastermodel_foreach_find_first_unused_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer line) { return {}; }
-void rastermodel_remove_bar(GtkTreeView *view, GtkListStore *list) { }
-void rastermodel_remove_bar_left(void) { }
-void rastermodel_remove_bar_right(void) { }
-void rastermodel_delete_all_bars(void) { }
-void rastermodel_render_lines(int side, cairo_t *cr, int with_selection) { }
-void rastermodel_render_lines_left(cairo_t *cr, int with_selection) { }
-void rastermodel_render_lines_right(cairo_t *cr, int with_selection) { }
-gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer cr) { return {}; }
-void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr) { }
-void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[200], int fallback) { }
-void rastermodel_get_bars_left(unsigned char out[200], int fallback) { }
-void rastermodel_get_bars_right(unsigned char out[200], int fallback) { }
-void rastermodel_button_press(GtkTreeView *view, GtkTreeModel *model, int row) { }
-void rastermodel_button_press_left(int row) { }
-void rastermodel_button_press_right(int row) { }
-void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) { }
-int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int keyval, unsigned int state) { return {}; }
-int rastermodel_key_press_left(unsigned int keyval, unsigned int state) { return {}; }
-int rastermodel_key_press_right(unsigned int keyval, unsigned int state) { return {}; }
-int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) { return {}; }
-void rastermodel_fill_models_from_arrays(void) { }
-void rastermodel_fill_models_from_arrays_inner(GtkListStore *list) { }
-void rastermodel_fill_arrays_from_models(int border_colour) { }
-void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_colour) { }
-void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) { }
-void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour) { }
-void rastermodel_dump_models_to_key_file(GKeyFile *key_file) { }
-void rastermodel_fill_models_from_key_file(GKeyFile *key_file) { }
-void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) { }
+#include <gdk/gdkkeysyms.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+#include "callbacks.h"
+#include "main.h"
+#include "options.h"
+#include "palette.h"
+#include "support.h"
+
+GtkListStore *model_rasters_left = nullptr;
+GtkListStore *model_rasters_right = nullptr;
+GtkWidget *treeview_rasters_left = nullptr;
+GtkWidget *treeview_rasters_right = nullptr;
+
+namespace {
+
+// Bars lie on the lines beside the picture: first line 51, last line 250.
+constexpr int first_bar_line = 51;
+constexpr int last_bar_line = 250;
+constexpr int max_bar_height = 200;
+constexpr int bar_table_size = 200;
+constexpr int outer_strip_width = 4;
+
+struct RasterBar {
+  int start;
+  int height;
+  int color;
+  bool covers(int line) const { return start <= line && line < start + height; }
+};
+
+RasterBar read_bar(GtkTreeModel *model, GtkTreeIter *row) {
+  RasterBar bar{};
+  gtk_tree_model_get(model, row, RASTER_COLUMN_LINE, &bar.start, RASTER_COLUMN_HEIGHT, &bar.height,
+                     RASTER_COLUMN_COLOR, &bar.color, -1);
+  return bar;
+}
+
+int zoom() { return options_expansion; }
+
+bool is_left(GtkTreeModel *model) { return model == GTK_TREE_MODEL(model_rasters_left); }
+
+// Fills a rectangle of the border area in one C64 colour, with hard pixel edges.
+void fill_rect(cairo_t *cr, int color, int x, int y, int width, int height) {
+  double rgb[3];
+  palette_get_rgb_double_at_index(color, rgb);
+  cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);
+  cairo_set_line_width(cr, 1.0);
+  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
+  cairo_rectangle(cr, x, y, width, height);
+  cairo_fill(cr);
+}
+
+// The row selected in `view`, when exactly one is.
+bool get_single_selected(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
+  GtkTreeSelection *selection = gtk_tree_view_get_selection(view);
+  if (gtk_tree_selection_count_selected_rows(selection) != 1) return false;
+  GList *paths = gtk_tree_selection_get_selected_rows(selection, nullptr);
+  bool found = paths && gtk_tree_model_get_iter(model, row, static_cast<GtkTreePath *>(paths->data));
+  for (GList *l = paths; l; l = l->next) gtk_tree_path_free(static_cast<GtkTreePath *>(l->data));
+  g_list_free(paths);
+  return found;
+}
+
+// Removes `row`; the row that followed it, if any, becomes the cursor row.
+void remove_row(GtkTreeView *view, GtkListStore *list, GtkTreeIter *row) {
+  if (gtk_list_store_remove(list, row)) rastermodel_move_cursor(view, GTK_TREE_MODEL(list), row);
+}
+
+// Reads a whole number the way "%d" does (leading blanks, optional sign, digits up to
+// the first other character), refusing text without digits and numbers out of int range.
+bool parse_cell_number(const char *text, int *value) {
+  char *end = nullptr;
+  errno = 0;
+  long number = std::strtol(text, &end, 10);
+  if (end == text || errno == ERANGE || number < INT_MIN || number > INT_MAX) return false;
+  *value = static_cast<int>(number);
+  return true;
+}
+
+void clear_list(GtkTreeView *view, GtkListStore *list) {
+  // Detached while clearing, so that the view does not follow the removal row by row.
+  g_object_ref(list);
+  gtk_tree_view_set_model(view, nullptr);
+  gtk_list_store_clear(list);
+  gtk_tree_view_set_model(view, GTK_TREE_MODEL(list));
+  g_object_unref(list);
+}
+
+GtkListStore *create_bar_store() {
+  GtkListStore *store = gtk_list_store_new(RASTER_N_COLUMNS, G_TYPE_INT, G_TYPE_INT, G_TYPE_INT);
+  GtkTreeSortable *sortable = GTK_TREE_SORTABLE(store);
+  gtk_tree_sortable_set_sort_func(sortable, RASTER_COLUMN_LINE, rastermodel_sort_iter_compare_func, nullptr, nullptr);
+  gtk_tree_sortable_set_sort_column_id(sortable, RASTER_COLUMN_LINE, GTK_SORT_ASCENDING);
+  return store;
+}
+
+struct PickData {
+  GtkTreeView *view;
+  int line;
+};
+
+gboolean foreach_pick_bar(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, gpointer data) {
+  auto *pick = static_cast<PickData *>(data);
+  if (!read_bar(model, row).covers(pick->line)) return FALSE;
+  rastermodel_move_cursor(pick->view, model, row);
+  return TRUE;
+}
+
+gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, gpointer data) {
+  auto *out = static_cast<unsigned char *>(data);
+  RasterBar bar = read_bar(model, row);
+  for (int line = first_bar_line; line <= last_bar_line; ++line)
+    if (bar.covers(line)) out[line - first_bar_line] = static_cast<unsigned char>(bar.color);
+  return FALSE;
+}
+
+// --- Keys -------------------------------------------------------------------------
+
+enum class Modifiers { Any, ShiftOnly, ControlOnly };
+enum class KeyAction { Color, Previous, Next, Remove, Nothing };
+
+struct KeyBinding {
+  unsigned int keyval;
+  Modifiers modifiers;
+  KeyAction action;
+  int color;
+};
+
+constexpr unsigned int state_shift = GDK_SHIFT_MASK;
+constexpr unsigned int state_control = GDK_CONTROL_MASK;
+
+// Looked up top to bottom; the first entry whose key and modifier rule match wins, so a
+// key's Shift-only or Control-only entry comes before its catch-all entry.
+constexpr std::array<KeyBinding, 38> key_table{{
+    {GDK_1, Modifiers::Any, KeyAction::Color, 0},
+    {GDK_2, Modifiers::Any, KeyAction::Color, 1},
+    {GDK_3, Modifiers::Any, KeyAction::Color, 2},
+    {GDK_4, Modifiers::Any, KeyAction::Color, 3},
+    {GDK_5, Modifiers::Any, KeyAction::Color, 4},
+    {GDK_6, Modifiers::Any, KeyAction::Color, 5},
+    {GDK_7, Modifiers::Any, KeyAction::Color, 6},
+    {GDK_8, Modifiers::Any, KeyAction::Color, 7},
+    {GDK_q, Modifiers::Any, KeyAction::Color, 8},
+    {GDK_w, Modifiers::Any, KeyAction::Color, 9},
+    {GDK_e, Modifiers::Any, KeyAction::Color, 10},
+    {GDK_r, Modifiers::Any, KeyAction::Color, 11},
+    {GDK_t, Modifiers::Any, KeyAction::Color, 12},
+    {GDK_y, Modifiers::Any, KeyAction::Color, 13},
+    {GDK_u, Modifiers::Any, KeyAction::Color, 14},
+    {GDK_i, Modifiers::Any, KeyAction::Color, 15},
+    {GDK_KP_0, Modifiers::ControlOnly, KeyAction::Color, 8},
+    {GDK_KP_0, Modifiers::Any, KeyAction::Color, 0},
+    {GDK_KP_1, Modifiers::ControlOnly, KeyAction::Color, 9},
+    {GDK_KP_1, Modifiers::Any, KeyAction::Color, 1},
+    {GDK_KP_2, Modifiers::ShiftOnly, KeyAction::Next, 0},
+    {GDK_KP_2, Modifiers::ControlOnly, KeyAction::Color, 10},
+    {GDK_KP_2, Modifiers::Any, KeyAction::Color, 2},
+    {GDK_KP_3, Modifiers::ControlOnly, KeyAction::Color, 11},
+    {GDK_KP_3, Modifiers::Any, KeyAction::Color, 3},
+    {GDK_KP_4, Modifiers::ControlOnly, KeyAction::Color, 12},
+    {GDK_KP_4, Modifiers::Any, KeyAction::Color, 4},
+    {GDK_KP_5, Modifiers::ControlOnly, KeyAction::Color, 13},
+    {GDK_KP_5, Modifiers::Any, KeyAction::Color, 5},
+    {GDK_KP_6, Modifiers::ControlOnly, KeyAction::Color, 14},
+    {GDK_KP_6, Modifiers::Any, KeyAction::Color, 6},
+    {GDK_KP_7, Modifiers::ControlOnly, KeyAction::Color, 15},
+    {GDK_KP_7, Modifiers::Any, KeyAction::Color, 7},
+    {GDK_KP_8, Modifiers::ShiftOnly, KeyAction::Previous, 0},
+    {GDK_KP_8, Modifiers::Any, KeyAction::Nothing, 0},
+    {GDK_Up, Modifiers::Any, KeyAction::Previous, 0},
+    {GDK_Down, Modifiers::Any, KeyAction::Next, 0},
+    {GDK_Delete, Modifiers::Any, KeyAction::Remove, 0},
+}};
+
+bool modifiers_match(Modifiers rule, unsigned int state) {
+  switch (rule) {
+    case Modifiers::ShiftOnly: return state == state_shift;
+    case Modifiers::ControlOnly: return state == state_control;
+    case Modifiers::Any: return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// --- Lists and views --------------------------------------------------------------
+
+void rastermodel_module_init(void) {
+  treeview_rasters_left = lookup_widget(window_main, "treeview_rasters_left");
+  treeview_rasters_right = lookup_widget(window_main, "treeview_rasters_right");
+  model_rasters_left = create_bar_store();
+  model_rasters_right = create_bar_store();
+  for (auto [view, store] : {std::pair{treeview_rasters_left, model_rasters_left},
+                             std::pair{treeview_rasters_right, model_rasters_right}}) {
+    if (!view) continue;  // without its view the list keeps the creator's reference
+    rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
+    gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
+    g_object_unref(store);  // from here on the view holds the only reference
+  }
+}
+
+void rastermodel_insert_bar_treeview_columns(GtkTreeView *view) {
+  constexpr std::array<const char *, RASTER_N_COLUMNS> titles{"Line", "Height", "Color"};
+  for (int column = 0; column < RASTER_N_COLUMNS; ++column) {
+    GtkCellRenderer *renderer = gtk_cell_renderer_text_new();
+    g_object_set(renderer, "xalign", 0.0, "editable", TRUE, nullptr);
+    g_object_set_data(G_OBJECT(renderer), "column", GINT_TO_POINTER(column));
+    g_signal_connect(renderer, "edited", G_CALLBACK(rastermodel_on_cell_edited), view);
+    gtk_tree_view_insert_column_with_attributes(view, -1, titles[column], renderer, "text", column, nullptr);
+  }
+}
+
+gint rastermodel_sort_iter_compare_func(GtkTreeModel *model, GtkTreeIter *a, GtkTreeIter *b, gpointer) {
+  int line_a = 0, line_b = 0;
+  gtk_tree_model_get(model, a, RASTER_COLUMN_LINE, &line_a, -1);
+  gtk_tree_model_get(model, b, RASTER_COLUMN_LINE, &line_b, -1);
+  if (line_a == line_b) return 0;
+  return line_a < line_b ? -1 : 1;
+}
+
+void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_string, const gchar *new_text,
+                                gpointer view) {
+  GtkTreeModel *model = gtk_tree_view_get_model(GTK_TREE_VIEW(view));
+  GtkTreeIter row;
+  if (!model || !gtk_tree_model_get_iter_from_string(model, &row, path_string)) return;
+  int value = 0;
+  if (!parse_cell_number(new_text, &value)) return;  // no number at all: like an out-of-range one
+  int column = GPOINTER_TO_INT(g_object_get_data(G_OBJECT(cell), "column"));
+  switch (column) {
+    case RASTER_COLUMN_LINE:
+      if (value < first_bar_line || value > last_bar_line) return;
+      break;
+    case RASTER_COLUMN_HEIGHT: {
+      if (value < 0 || value > max_bar_height) return;
+      int start = read_bar(model, &row).start;
+      if (start + value > last_bar_line + 1) value = last_bar_line + 1 - start;  // end the bar on line 250
+      break;
+    }
+    case RASTER_COLUMN_COLOR:
+      if (value < 0 || value > 15) return;
+      break;
+    default:
+      return;
+  }
+  gtk_list_store_set(GTK_LIST_STORE(model), &row, column, value, -1);
+  rastermodel_update_post_editing();
+}
+
+void rastermodel_update_post_editing(void) {
+  if (drawingarea_left_border) gtk_widget_queue_draw(drawingarea_left_border);
+  if (drawingarea_right_border) gtk_widget_queue_draw(drawingarea_right_border);
+}
+
+// --- Adding and removing bars -----------------------------------------------------
+
+void rastermodel_add_bar(GtkListStore *list) {
+  GtkTreeModel *model = GTK_TREE_MODEL(list);
+  int line = first_bar_line - 1;
+  gtk_tree_model_foreach(model, rastermodel_foreach_find_last_used_line, &line);
+  line += 1;
+  if (line > last_bar_line) {
+    // The end of the list is taken: look for a gap between neighbouring bars instead.
+    line = first_bar_line;
+    gtk_tree_model_foreach(model, rastermodel_foreach_find_first_unused_line, &line);
+    if (line > last_bar_line - 1) return;
+  }
+  GtkTreeIter row;
+  gtk_list_store_append(list, &row);
+  gtk_list_store_set(list, &row, RASTER_COLUMN_LINE, line, RASTER_COLUMN_HEIGHT, 1, RASTER_COLUMN_COLOR, 1, -1);
+}
+
+void rastermodel_add_bar_left(void) { rastermodel_add_bar(model_rasters_left); }
+void rastermodel_add_bar_right(void) { rastermodel_add_bar(model_rasters_right); }
+
+gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter,
+                                                 gpointer line) {
+  auto *last = static_cast<int *>(line);
+  RasterBar bar = read_bar(model, iter);
+  if (bar.start + bar.height - 1 > *last) *last = bar.start + bar.height - 1;
+  return FALSE;
+}
+
+// Stops at the first row that starts after the end of the row before it (line 51 for
+// the first row) and leaves that free line in `line`. Only neighbouring rows are
+// compared, so a gap under an earlier, longer bar also counts as free.
+gboolean rastermodel_foreach_find_first_unused_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter,
+                                                    gpointer line) {
+  int free_line = first_bar_line;
+  GtkTreePath *before = gtk_tree_path_copy(path);
+  GtkTreeIter previous;
+  if (gtk_tree_path_prev(before) && gtk_tree_model_get_iter(model, &previous, before)) {
+    RasterBar bar = read_bar(model, &previous);
+    free_line = bar.start + bar.height;
+  }
+  gtk_tree_path_free(before);
+  if (read_bar(model, iter).start <= free_line) return FALSE;
+  *static_cast<int *>(line) = free_line;
+  return TRUE;
+}
+
+void rastermodel_remove_bar(GtkTreeView *view, GtkListStore *list) {
+  GtkTreeIter row;
+  if (get_single_selected(view, GTK_TREE_MODEL(list), &row)) remove_row(view, list, &row);
+}
+
+void rastermodel_remove_bar_left(void) {
+  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
+}
+void rastermodel_remove_bar_right(void) {
+  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
+}
+
+void rastermodel_delete_all_bars(void) {
+  clear_list(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
+  clear_list(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
+}
+
+// --- Drawing ----------------------------------------------------------------------
+
+void rastermodel_render_lines(int side, cairo_t *cr, int with_selection) {
+  GtkListStore *list = side ? model_rasters_left : model_rasters_right;
+  GtkWidget *view = side ? treeview_rasters_left : treeview_rasters_right;
+  if (list) gtk_tree_model_foreach(GTK_TREE_MODEL(list), rastermodel_foreach_render_lines, cr);
+
+  // The outer edge of each border area is always black.
+  int z = zoom();
+  fill_rect(cr, 0, side ? 0 : (vert_border_width - outer_strip_width) * z, 0, outer_strip_width * z,
+            vert_border_height * z);
+
+  if (with_selection == 1 && list && view) rastermodel_mark_selection(GTK_TREE_VIEW(view), GTK_TREE_MODEL(list), cr);
+}
+
+void rastermodel_render_lines_left(cairo_t *cr, int with_selection) { rastermodel_render_lines(1, cr, with_selection); }
+void rastermodel_render_lines_right(cairo_t *cr, int with_selection) { rastermodel_render_lines(0, cr, with_selection); }
+
+// Later rows paint over earlier ones, so where bars overlap the later one shows.
+gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer cr) {
+  RasterBar bar = read_bar(model, iter);
+  int z = zoom();
+  fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0,
+            (bar.start - first_bar_line + horiz_border_height) * z, (vert_border_width - outer_strip_width) * z,
+            bar.height * z);
+  return FALSE;
+}
+
+// A white segment of the outer strip beside the selected bar.
+void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr) {
+  GtkTreeIter row;
+  if (!get_single_selected(view, model, &row)) return;
+  RasterBar bar = read_bar(model, &row);
+  int z = zoom();
+  fill_rect(cr, 1, is_left(model) ? 0 : (vert_border_width - outer_strip_width) * z,
+            (bar.start - first_bar_line + horiz_border_height) * z, outer_strip_width * z, bar.height * z);
+}
+
+// --- Per-line table, mouse pick, cursor -------------------------------------------
+
+void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[200], int fallback) {
+  for (int i = 0; i < bar_table_size; ++i) out[i] = static_cast<unsigned char>(fallback);
+  // Rows are visited in list order, so the last row covering a line gives its colour.
+  if (model) gtk_tree_model_foreach(model, foreach_fill_table, out);
+}
+
+void rastermodel_get_bars_left(unsigned char out[200], int fallback) {
+  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_left), out, fallback);
+}
+void rastermodel_get_bars_right(unsigned char out[200], int fallback) {
+  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_right), out, fallback);
+}
+
+// Where bars overlap the first covering row is picked, although the last one is drawn on top.
+void rastermodel_button_press(GtkTreeView *view, GtkTreeModel *model, int row) {
+  PickData pick{view, row + first_bar_line};
+  gtk_tree_model_foreach(model, foreach_pick_bar, &pick);
+}
+
+void rastermodel_button_press_left(int row) {
+  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), row);
+}
+void rastermodel_button_press_right(int row) {
+  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), row);
+}
+
+void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
+  GtkTreePath *path = gtk_tree_model_get_path(model, row);
+  gtk_tree_view_set_cursor(view, path, nullptr, FALSE);
+  gtk_tree_path_free(path);
+}
+
+// --- Keys -------------------------------------------------------------------------
+
+int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int keyval, unsigned int state) {
+  GtkTreeIter row;
+  if (!get_single_selected(view, model, &row)) return 0;
+
+  const KeyBinding *binding = nullptr;
+  for (const KeyBinding &entry : key_table) {
+    if (entry.keyval == keyval && modifiers_match(entry.modifiers, state)) {
+      binding = &entry;
+      break;
+    }
+  }
+  if (!binding) return 0;  // any other key
+
+  switch (binding->action) {
+    case KeyAction::Color:
+      gtk_list_store_set(GTK_LIST_STORE(model), &row, RASTER_COLUMN_COLOR, binding->color, -1);
+      return 1;
+    case KeyAction::Previous:
+      if (!gtk_tree_model_iter_previous(model, &row)) return 0;
+      rastermodel_move_cursor(view, model, &row);
+      return 1;
+    case KeyAction::Next:
+      if (!gtk_tree_model_iter_next(model, &row)) return 0;
+      rastermodel_move_cursor(view, model, &row);
+      return 1;
+    case KeyAction::Remove:
+      remove_row(view, GTK_LIST_STORE(model), &row);
+      return 1;
+    case KeyAction::Nothing:
+      return 0;
+  }
+  return 0;
+}
+
+int rastermodel_key_press_left(unsigned int keyval, unsigned int state) {
+  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval,
+                               state);
+}
+int rastermodel_key_press_right(unsigned int keyval, unsigned int state) {
+  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), keyval,
+                               state);
+}
+
+// GTK 2's tree model can only step forward; this steps back through the row's path.
+int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
+  GtkTreePath *path = gtk_tree_model_get_path(model, row);
+  gboolean found = gtk_tree_path_prev(path) && gtk_tree_model_get_iter(model, row, path);
+  if (!found) row->stamp = 0;
+  gtk_tree_path_free(path);
+  return found;
+}
+
+// --- Mode conversion, auto-extension and project files: not written yet ----------
+
+void rastermodel_fill_models_from_arrays(void) {}
+void rastermodel_fill_models_from_arrays_inner(GtkListStore *) {}
+void rastermodel_fill_arrays_from_models(int) {}
+void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *, int) {}
+void rastermodel_expand_picture(GdkPixbuf *, int) {}
+void rastermodel_expand_picture_inner(GtkListStore *, GdkPixbuf *, int) {}
+void rastermodel_dump_models_to_key_file(GKeyFile *) {}
+void rastermodel_fill_models_from_key_file(GKeyFile *) {}
+void rastermodel_fill_models_from_key_file_internal(GtkListStore *, GKeyFile *, const char *) {}
