@@ -4,10 +4,12 @@
 
 #include <gtk/gtk.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "main.h"
+#include "palette.h"
 #include "support.h"
 #include "testutil.h"
 
@@ -28,6 +30,13 @@ inline std::vector<unsigned char> koala_picture() {
   bytes[1] = 0x60;
   bytes[10002] = 6;
   return bytes;
+}
+
+// A colour of the palette in force as 0xRRGGBB.
+inline unsigned int rgb_of(int index) {
+  unsigned char rgb[3];
+  palette_get_rgb_at_index(index, rgb);
+  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
 }
 
 // Lets the chooser catch up with what was typed into it.

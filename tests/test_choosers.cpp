@@ -1,21 +1,14 @@
 // The five file choosers, driven as real dialogs: titles, filters, the picture chooser's
 // filter memory and preview, starting folders, suggested names and what cancelling keeps.
-#include <functional>
-#include <string>
-#include <vector>
-
 #include <glib/gstdio.h>
 
-#include "fileopen.h"
 #include "file_dialogs.h"
+#include "fileopen.h"
 #include "options.h"
-#include "palette.h"
 
 namespace {
 
-using Chooser = std::function<int(char **)>;
-
-const std::string kAll = "  All files (*) ";
+const std::string kAll = "  All files (*) ", kProjects = "  Project files (.ini) ";
 const std::string kImages =
     "  Supported image files (.ip64h;.ish;.aas;.art;.hpi;.dd;.ddl;.ocp;.art;.a64;.blp;.pi;.koa;.kla;.vid;.pet) ";
 const std::string kPicturePrg = "  Image files as non-executable PRG files (.prg) ";
@@ -38,65 +31,65 @@ bool lists(GtkFileFilter *filter, const char *name) {
   return gtk_file_filter_filter(filter, &info);
 }
 
-// Runs a chooser, accepting it after `inspect`; returns the chosen path ("" when refused).
-std::string accept(const Chooser &chooser, std::function<void(GtkWidget *)> inspect) {
-  char *path = nullptr;
-  answer_next_dialog(GTK_RESPONSE_OK, std::move(inspect));
-  std::string result = chooser(&path) == 1 && path ? path : "";
-  g_free(path);
-  return result;
-}
-
 }  // namespace
 
-TEST(Choosers, TitlesFiltersAndCancelling) {
+// Each chooser accepted in a fresh folder: the save choosers return their suggestion there.
+TEST(Choosers, TitlesFiltersSuggestionsAndFolders) {
   start_app();
+  TempDir dir;
+  write_file(dir.file("pic.kla"), koala_picture());
+  write_text(dir.file("p.ini"), "#");
   struct Row {
-    Chooser run;
-    std::string title;
+    std::function<int(char **)> run;
+    std::string title, chosen;
     std::vector<std::string> filters;
-    bool overwrite;
+    char **folder;
     std::vector<std::pair<const char *, bool>> first_filter_lists;
   };
   const std::vector<Row> rows = {
-      {fileopen_open_picture_file, "Select a picture file", {kImages, kPicturePrg, kAll}, false,
-       {{"a.kla", true}, {"b.ip64h", true}, {"c.pet", true}, {"d.KLA", false}, {"e.prg", false}}},
-      {fileopen_open_project_file, "Open a project file", {"  Project files (.ini) ", kAll}, false,
+      {fileopen_open_picture_file, "Select a picture file", "pic.kla", {kImages, kPicturePrg, kAll},
+       &options_picture_dir_string, {{"a.kla", true}, {"b.ip64h", true}, {"d.KLA", false}, {"e.prg", false}}},
+      {fileopen_open_project_file, "Open a project file", "p.ini", {kProjects, kAll}, &options_picture_dir_string,
        {{"a.ini", true}, {"b.Ini", true}, {"c.INI", true}, {"d.iNi", false}}},
-      {[](char **p) { return fileopen_save_project_file("work", p); }, "Save project file",
-       {"  Project files (.ini) ", kAll}, true, {{"a.ini", true}, {"b.txt", false}}},
-      {[](char **p) { return fileopen_save_png_file("shot.png", p); }, "Save screenshot file",
-       {"  PNG files (.png) ", kAll}, true, {{"a.Png", true}, {"b.PNG", true}, {"c.pnG", false}}},
-      {[](char **p) { return fileopen_save_executable_file(nullptr, p); }, "Save executable file",
-       {"  PRG files (.prg) ", kAll}, true, {{"a.Prg", true}, {"b.prg", true}, {"c.PRg", false}}},
+      {[](char **p) { return fileopen_save_project_file("work", p); }, "Save project file", "work",
+       {kProjects, kAll}, &options_picture_dir_string, {{"a.ini", true}}},
+      {[](char **p) { return fileopen_save_png_file("shot.png", p); }, "Save screenshot file", "shot.png",
+       {"  PNG files (.png) ", kAll}, &options_export_png_dir_string, {{"a.Png", true}, {"c.pnG", false}}},
+      {[](char **p) { return fileopen_save_executable_file("x", p); }, "Save executable file", "x",
+       {"  PRG files (.prg) ", kAll}, &options_export_dir_string, {{"a.Prg", true}, {"c.PRg", false}}},
   };
-  char *const untouched = g_strdup("untouched");
   for (const Row &row : rows) {
     SCOPED_TRACE(row.title);
     std::string title, active;
     std::vector<std::string> names;
-    bool overwrite = !row.overwrite;
-    answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
+    bool overwrite = false;
+    answer_next_dialog(GTK_RESPONSE_OK, [&](GtkWidget *dialog) {
       title = gtk_window_get_title(GTK_WINDOW(dialog));
       auto filters = filters_of(dialog);
       for (GtkFileFilter *f : filters) names.push_back(gtk_file_filter_get_name(f));
       active = active_filter(dialog);
       overwrite = gtk_file_chooser_get_do_overwrite_confirmation(GTK_FILE_CHOOSER(dialog));
       for (auto [name, listed] : row.first_filter_lists) EXPECT_EQ(lists(filters[0], name), listed) << name;
-      EXPECT_TRUE(lists(filters.back(), "anything.at.all"));
+      EXPECT_TRUE(lists(filters.back(), "any.thing"));
+      if (overwrite) {  // keep the suggested name, only move to the folder
+        gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), dir.path().c_str());
+        settle([&] { return chooser_filename(dialog) == dir.file(row.chosen); });
+      } else {
+        choose_path(dialog, dir.file(row.chosen));
+      }
     });
-    char *path = untouched;
-    EXPECT_EQ(row.run(&path), 0);
-    EXPECT_EQ(path, untouched);
+    char *path = nullptr;
+    ASSERT_EQ(row.run(&path), 1);
+    EXPECT_EQ(path, dir.file(row.chosen));
+    g_free(path);
     EXPECT_EQ(title, row.title);
     EXPECT_EQ(names, row.filters);
     EXPECT_EQ(active, row.filters[0]);
-    EXPECT_EQ(overwrite, row.overwrite);
+    EXPECT_EQ(overwrite, title.starts_with("Save"));
+    EXPECT_STREQ(*row.folder, dir.path().c_str());
+    g_free(*row.folder);
+    *row.folder = nullptr;
   }
-  g_free(untouched);
-  EXPECT_EQ(options_picture_dir_string, nullptr);
-  EXPECT_EQ(options_export_png_dir_string, nullptr);
-  EXPECT_EQ(options_export_dir_string, nullptr);
 }
 
 TEST(Choosers, PictureChooserRemembersItsFilterAndSharesItsFolderWithProjects) {
@@ -104,68 +97,42 @@ TEST(Choosers, PictureChooserRemembersItsFilterAndSharesItsFolderWithProjects) {
   TempDir a, b;
   write_file(a.file("pic.prg"), koala_picture());
   write_file(b.file("proj.ini"), {'#'});
-  std::string opened_in, first_active;
-  auto pick_with = [&](size_t filter, const std::string &path) {
-    return [&, filter, path](GtkWidget *dialog) {
-      first_active = active_filter(dialog);
+  std::string opened_in, active;
+  // Notes the filter and folder the chooser opened with, then picks `path` through `filter`.
+  auto pick = [&](int response, size_t filter, const std::string &path) {
+    answer_next_dialog(response, [&, filter, path](GtkWidget *dialog) {
+      active = active_filter(dialog);
       opened_in = chooser_folder(dialog);
       gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), filters_of(dialog)[filter]);
       choose_path(dialog, path);
-    };
+    });
   };
-
-  EXPECT_EQ(accept(fileopen_open_picture_file, pick_with(1, a.file("pic.prg"))), a.file("pic.prg"));
-  EXPECT_EQ(first_active, kImages);
+  char *path = nullptr;
+  pick(GTK_RESPONSE_OK, 1, a.file("pic.prg"));
+  EXPECT_EQ(fileopen_open_picture_file(&path), 1);
+  EXPECT_EQ(active, kImages);
   EXPECT_STREQ(options_picture_dir_string, a.path().c_str());
 
-  // Cancelling after switching filter and folder keeps both memories.
-  answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
-    first_active = active_filter(dialog);
-    settle([&] { return chooser_folder(dialog) == a.path(); });
-    opened_in = chooser_folder(dialog);
-    gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), filters_of(dialog)[2]);
-    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), b.path().c_str());
-  });
-  char *path = nullptr;
+  // Cancelling: nothing returned, filter memory and folder kept.
+  char *const untouched = path;
+  pick(GTK_RESPONSE_CANCEL, 2, b.file("proj.ini"));
   EXPECT_EQ(fileopen_open_picture_file(&path), 0);
-  EXPECT_EQ(first_active, kPicturePrg);
+  EXPECT_EQ(path, untouched);
+  EXPECT_EQ(active, kPicturePrg);
   EXPECT_EQ(opened_in, a.path());
   EXPECT_STREQ(options_picture_dir_string, a.path().c_str());
 
   // Accepting the project chooser moves the folder the picture chooser starts in.
-  EXPECT_EQ(accept(fileopen_open_project_file, [&](GtkWidget *d) { choose_path(d, b.file("proj.ini")); }),
-            b.file("proj.ini"));
-  EXPECT_STREQ(options_picture_dir_string, b.path().c_str());
-
-  EXPECT_EQ(accept(fileopen_open_picture_file, pick_with(2, a.file("pic.prg"))), a.file("pic.prg"));
-  EXPECT_EQ(first_active, kPicturePrg);
+  pick(GTK_RESPONSE_OK, 0, b.file("proj.ini"));
+  EXPECT_EQ(fileopen_open_project_file(&path), 1);
+  pick(GTK_RESPONSE_OK, 2, a.file("pic.prg"));
+  EXPECT_EQ(fileopen_open_picture_file(&path), 1);
+  EXPECT_EQ(active, kPicturePrg);
   EXPECT_EQ(opened_in, b.path());
-  answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) { first_active = active_filter(dialog); });
+  pick(GTK_RESPONSE_CANCEL, 0, a.file("pic.prg"));
   fileopen_open_picture_file(&path);
-  EXPECT_EQ(first_active, kAll);
-}
-
-TEST(Choosers, SaveChoosersPutTheSuggestionInTheNameFieldAndRememberTheirOwnFolder) {
-  start_app();
-  struct Row {
-    int (*run)(const char *, char **);
-    char **folder;
-  };
-  for (const Row &row : {Row{fileopen_save_project_file, &options_picture_dir_string},
-                         Row{fileopen_save_png_file, &options_export_png_dir_string},
-                         Row{fileopen_save_executable_file, &options_export_dir_string}}) {
-    TempDir dir;
-    const std::string before = options_picture_dir_string ? options_picture_dir_string : "";
-    auto chosen = accept([&](char **p) { return row.run("work", p); }, [&](GtkWidget *dialog) {
-      gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), dir.path().c_str());
-      settle([&] { return chooser_filename(dialog) == dir.file("work"); });
-    });
-    EXPECT_EQ(chosen, dir.file("work"));
-    ASSERT_NE(*row.folder, nullptr);
-    EXPECT_EQ(*row.folder, dir.path());
-    if (row.folder != &options_picture_dir_string)
-      EXPECT_EQ(options_picture_dir_string ? options_picture_dir_string : "", before);
-  }
+  EXPECT_EQ(active, kAll);
+  g_free(path);
 }
 
 TEST(Choosers, PreviewShowsC64PicturesOnly) {
@@ -174,9 +141,6 @@ TEST(Choosers, PreviewShowsC64PicturesOnly) {
   write_file(dir.file("pic.art"), art_studio_picture(7, 0));
   write_text(dir.file("notes.art"), "not a picture");
   g_mkdir(dir.file("folder.art").c_str(), 0700);
-  unsigned char yellow[3];
-  palette_get_rgb_at_index(7, yellow);
-
   std::vector<int> active;
   unsigned int shown = 0;
   answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
@@ -185,22 +149,19 @@ TEST(Choosers, PreviewShowsC64PicturesOnly) {
     ASSERT_TRUE(GTK_IS_IMAGE(preview));
     for (const char *name : {"notes.art", "pic.art", "folder.art"}) {
       const bool picture = std::string(name) == "pic.art";
-      // The chooser previews the file under its cursor, which follows a selection made
-      // from code one selection late: select twice.
+      // The preview follows the list's cursor, which trails a selection made from code by
+      // one selection: select twice.
       choose_path(dialog, dir.file(name));
       gtk_file_chooser_set_filename(chooser, dir.file(name).c_str());
       settle([&] { return gtk_file_chooser_get_preview_widget_active(chooser) == picture; });
       active.push_back(gtk_file_chooser_get_preview_widget_active(chooser));
-      if (picture) {
-        GdkPixbuf *image = gtk_image_get_pixbuf(GTK_IMAGE(preview));
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(gdk_pixbuf_get_width(image) * 1000 + gdk_pixbuf_get_height(image), 320200);
+      GdkPixbuf *image = gtk_image_get_pixbuf(GTK_IMAGE(preview));
+      if (picture && image && gdk_pixbuf_get_width(image) == 320 && gdk_pixbuf_get_height(image) == 200)
         shown = pixel_at(image, 319, 199);
-      }
     }
   });
   char *path = nullptr;
   fileopen_open_picture_file(&path);
   EXPECT_EQ(active, (std::vector<int>{0, 1, 0}));
-  EXPECT_EQ(shown, static_cast<unsigned int>(yellow[0] << 16 | yellow[1] << 8 | yellow[2]));
+  EXPECT_EQ(shown, rgb_of(7));
 }
