@@ -60,6 +60,8 @@ void load_dir(GKeyFile *key_file, const char *key, char **option) {
 
 void options_module_init(void) {
   gchar *dir = g_build_filename(g_get_user_config_dir(), "quillbar", nullptr);
+  // A new account may not have its configuration home yet: make it first.
+  if (!g_file_test(g_get_user_config_dir(), G_FILE_TEST_EXISTS)) g_mkdir_with_parents(g_get_user_config_dir(), 0700);
   if (!g_file_test(dir, G_FILE_TEST_EXISTS) && mkdir(dir, 0700) != 0) {
     g_free(dir);
     dir = g_get_current_dir();

@@ -188,3 +188,12 @@ TEST(Options, FallsBackToTheCurrentFolderWhenTheConfigFolderCannotBeMade) {
   g_remove(home.c_str());
   g_rename(cwd.file("home").c_str(), home.c_str());
 }
+
+TEST(Options, MakesAMissingConfigurationHome) {
+  TempDir away;
+  const std::string home = test_config_home();
+  ASSERT_EQ(g_rename(home.c_str(), away.file("home").c_str()), 0);
+  options_module_init();
+  EXPECT_EQ(utf8_path_configfile, home + "/quillbar/user.ini");
+  EXPECT_TRUE(g_file_test(utf8_path_configfile, G_FILE_TEST_IS_REGULAR));
+}
