@@ -380,21 +380,179 @@ int open_picture(const char *path, int border_flag) {
   return 0;
 }
 
-// Opening and saving pictures and projects through the menus is not part of the editor
-// yet: these items are wired but do nothing.
-int save_project_to_file(const char *) { return 0; }
+// Opening and saving pictures and projects through the menus: the choosers return a path,
+// open_picture decodes it, and a project is the picture's URI, the border colour and the
+// active mode's bar groups in one key file.
+#include <cstring>
 
-void choose_name_and_save_project_to_file(void) {}
+#include "fileopen.h"
 
-void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {}
+namespace {
 
-void on_menuitem_save_project_activate(GtkMenuItem *, gpointer) {}
+struct ProjectKeyFileDeleter {
+  void operator()(GKeyFile *key_file) const { g_key_file_free(key_file); }
+};
+using ProjectKeyFile = std::unique_ptr<GKeyFile, ProjectKeyFileDeleter>;
 
-void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {}
+struct ProjectStringDeleter {
+  void operator()(void *p) const { g_free(p); }
+};
+using ProjectString = std::unique_ptr<gchar, ProjectStringDeleter>;
 
-void on_menuitem_open_picture_activate(GtkMenuItem *, gpointer) {}
+// A colour index brought into 0..15, negative values included (-1 gives 15).
+int wrap_color_index(int value) { return ((value % 16) + 16) % 16; }
 
-void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {}
+// The URI of a picture path, made absolute first; null when it cannot be expressed.
+ProjectString picture_uri(const char *path) {
+  if (!path) return nullptr;
+  ProjectString absolute(g_path_is_absolute(path) ? g_strdup(path) : nullptr);
+  if (!absolute) {
+    ProjectString here(g_get_current_dir());
+    absolute.reset(g_build_filename(here.get(), path, nullptr));
+  }
+  return ProjectString(g_filename_to_uri(absolute.get(), nullptr, nullptr));
+}
+
+// The picture a project names: the path of its URI when that is a regular file, else the
+// file of the same base name beside the project when that is one. When neither exists the
+// stored path is returned, or (for a value that is no file URI) the place beside the
+// project, so that opening it reports the picture as missing.
+ProjectString locate_project_picture(const char *value, const char *project_path) {
+  ProjectString stored(g_filename_from_uri(value, nullptr, nullptr));
+  if (stored && g_file_test(stored.get(), G_FILE_TEST_IS_REGULAR)) return stored;
+  ProjectString base(g_path_get_basename(stored ? stored.get() : value));
+  ProjectString folder(g_path_get_dirname(project_path));
+  ProjectString beside(g_build_filename(folder.get(), base.get(), nullptr));
+  if (stored && !g_file_test(beside.get(), G_FILE_TEST_IS_REGULAR)) return stored;
+  return beside;
+}
+
+// Applies a parsed project: title, picture, border colour, the active mode's bars.
+void apply_project(GKeyFile *key_file, const char *project_path) {
+  ProjectString title(g_path_get_basename(project_path));
+  controls_update_main_window_title(title.get());
+
+  if (g_key_file_has_key(key_file, "image", "file", nullptr)) {
+    ProjectString value(g_key_file_get_string(key_file, "image", "file", nullptr));
+    ProjectString picture = locate_project_picture(value ? value.get() : "", project_path);
+    picture_loaded = open_picture(picture.get(), 1);
+  }
+  if (g_key_file_has_key(key_file, "colors", "base", nullptr))
+    border_color_index = wrap_color_index(g_key_file_get_integer(key_file, "colors", "base", nullptr));
+
+  if (interface_extended == 1)
+    rastermodel_fill_models_from_key_file(key_file);
+  else
+    rasterarray_fill_models_from_key_file(key_file);
+
+  for (GtkWidget *area : {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border,
+                          drawingarea_lower_border})
+    redraw(area);
+  if (picture_loaded == 1) redraw(drawingarea_picture);
+  redraw(drawingarea_border_color);
+  report_info("Project opened");
+  options_save_to_file();
+}
+
+}  // namespace
+
+int save_project_to_file(const char *path) {
+  ProjectString uri = picture_uri(utf8_path_and_filename_picture);
+  ProjectString file_line(uri ? g_strdup_printf("file=%s\n", uri.get()) : g_strdup(""));
+  ProjectString head(g_strdup_printf("# %s project file - do NOT edit\n[image]\n%s[colors]\nbase=%d\n",
+                                     QUILLBAR_NAME_VERSION, file_line.get(), border_color_index));
+  ProjectKeyFile key_file(g_key_file_new());
+  if (!g_key_file_load_from_data(key_file.get(), head.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
+                                 nullptr))
+    return 0;
+  if (interface_extended == 1)
+    rastermodel_dump_models_to_key_file(key_file.get());
+  else
+    rasterarray_dump_models_to_key_file(key_file.get());
+
+  GError *error = nullptr;
+  if (!g_key_file_save_to_file(key_file.get(), path, &error)) {
+    report_error(error ? error->message : "The project could not be written");
+    if (error) g_error_free(error);
+    return 0;
+  }
+  report_info("Project saved");
+  options_save_to_file();
+  ProjectString title(g_path_get_basename(path));
+  controls_update_main_window_title(title.get());
+  return 1;
+}
+
+// Suggests the project's own name, or else the picture's name with ".ini" in place of its
+// extension; the chosen name gets ".ini" unless it already ends in ".ini" or ".INI".
+void choose_name_and_save_project_to_file(void) {
+  ProjectString suggestion;
+  if (utf8_path_and_filename_project) {
+    suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
+  } else if (utf8_path_and_filename_picture) {
+    ProjectString base(g_path_get_basename(utf8_path_and_filename_picture));
+    if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+    suggestion.reset(g_strdup_printf("%s.ini", base.get()));
+  }
+  char *chosen = nullptr;
+  if (fileopen_save_project_file(suggestion.get(), &chosen) != 1) return;
+  ProjectString chosen_path(chosen);
+  ProjectString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
+                               ? g_strdup(chosen)
+                               : g_strdup_printf("%s.ini", chosen));
+  save_project_to_file(final_name.get());
+  replace_string(utf8_path_and_filename_project, final_name.get());
+}
+
+void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
+  char *chosen = nullptr;
+  if (fileopen_open_project_file(&chosen) != 1) return;
+  ProjectString path(chosen);
+  ProjectKeyFile key_file(g_key_file_new());
+  GError *error = nullptr;
+  if (g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error)) {
+    apply_project(key_file.get(), path.get());
+  } else {
+    report_error(error ? error->message : "The project could not be read");
+    if (error) g_error_free(error);
+  }
+  replace_string(utf8_path_and_filename_project, path.get());
+}
+
+void on_menuitem_save_project_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  if (utf8_path_and_filename_project)
+    save_project_to_file(utf8_path_and_filename_project);
+  else
+    choose_name_and_save_project_to_file();
+}
+
+void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  choose_name_and_save_project_to_file();
+}
+
+// Decodes `path` as the current picture; on success redraws and reports `done`.
+static void load_picture_and_report(const char *path, const char *done) {
+  picture_loaded = open_picture(path, 1);
+  if (picture_loaded != 1) return;
+  redraw_all_areas();
+  report_info(done);
+  options_save_to_file();
+}
+
+void on_menuitem_open_picture_activate(GtkMenuItem *, gpointer) {
+  char *chosen = nullptr;
+  if (fileopen_open_picture_file(&chosen) != 1) return;
+  ProjectString path(chosen);
+  load_picture_and_report(path.get(), "Picture opened");
+}
+
+void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
+  if (picture_loaded != 1 || !utf8_path_and_filename_picture) return;
+  ProjectString path(g_strdup(utf8_path_and_filename_picture));
+  load_picture_and_report(path.get(), "Picture reloaded");
+}
 
 // ---------------------------------------------------------------------------------------
 // Exports: a PNG screenshot of the screen, and a self-running C64 program.

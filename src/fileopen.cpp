@@ -1,9 +1,161 @@
-// fileopen: not written yet.
+// fileopen: the five file choosers (open a picture, open a project, save a project, save a
+// PNG screenshot, save an executable) and the picture chooser's preview.
+//
+// Owns: filter_lastopen (the picture chooser's last filter, for this run only). May touch:
+// the three directory options (replaced when a chooser is accepted) and the dialogs it
+// builds. The choosers never read or write the chosen files.
 #include "fileopen.h"
 
-int fileopen_open_picture_file(char **path) { return {}; }
-int fileopen_open_project_file(char **path) { return {}; }
-int fileopen_save_project_file(const char *suggested_name, char **path) { return {}; }
-int fileopen_save_png_file(const char *suggested_name, char **path) { return {}; }
-int fileopen_save_executable_file(const char *suggested_name, char **path) { return {}; }
-void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview) { }
+#include <memory>
+#include <vector>
+
+#include "hiresdecoder.h"
+#include "interface.h"
+#include "options.h"
+
+namespace {
+
+// Filter of the picture chooser last accepted: 0 supported images, 1 PRG files, 2 all files.
+int filter_lastopen = 0;
+
+struct FilterRow {
+  const char *name;
+  std::vector<const char *> patterns;
+};
+
+const FilterRow kSupportedImages{
+    "  Supported image files (.ip64h;.ish;.aas;.art;.hpi;.dd;.ddl;.ocp;.art;.a64;.blp;.pi;.koa;.kla;.vid;.pet) ",
+    {"*.ip64h", "*.ish", "*.aas", "*.art", "*.hpi", "*.dd", "*.ddl", "*.ocp", "*.art", "*.a64", "*.blp", "*.pi",
+     "*.koa", "*.kla", "*.vid", "*.pet"}};
+const FilterRow kPicturePrg{"  Image files as non-executable PRG files (.prg) ", {"*.PRG", "*.Prg", "*.prg"}};
+const FilterRow kAllFiles{"  All files (*) ", {"*"}};
+const FilterRow kProjects{"  Project files (.ini) ", {"*.INI", "*.Ini", "*.ini"}};
+const FilterRow kPng{"  PNG files (.png) ", {"*.PNG", "*.Png", "*.png"}};
+const FilterRow kExecutables{"  PRG files (.prg) ", {"*.PRG", "*.Prg", "*.prg"}};
+
+// One chooser: the dialog to build, its title, its own filters in order (the first is
+// active unless told otherwise), the directory option it starts in and remembers.
+struct ChooserRow {
+  GtkWidget *(*build)(void);
+  const char *title;
+  std::vector<const FilterRow *> filters;
+  char **folder;
+  bool confirm_overwrite;
+};
+
+const ChooserRow kPictureChooser{create_filechooserdialog_open, "Select a picture file",
+                                 {&kSupportedImages, &kPicturePrg, &kAllFiles}, &options_picture_dir_string, false};
+const ChooserRow kProjectOpenChooser{create_filechooserdialog_open, "Open a project file",
+                                     {&kProjects, &kAllFiles}, &options_picture_dir_string, false};
+const ChooserRow kProjectSaveChooser{create_filechooserdialog_save, "Save project file",
+                                     {&kProjects, &kAllFiles}, &options_picture_dir_string, true};
+const ChooserRow kPngChooser{create_filechooserdialog_save, "Save screenshot file",
+                             {&kPng, &kAllFiles}, &options_export_png_dir_string, true};
+const ChooserRow kExecutableChooser{create_filechooserdialog_save, "Save executable file",
+                                    {&kExecutables, &kAllFiles}, &options_export_dir_string, true};
+
+struct GFreeDeleter {
+  void operator()(void *p) const { g_free(p); }
+};
+using GCharPtr = std::unique_ptr<gchar, GFreeDeleter>;
+
+// The dialog of one chooser call, destroyed when the call ends.
+struct DialogDeleter {
+  void operator()(GtkWidget *dialog) const { gtk_widget_destroy(dialog); }
+};
+using DialogPtr = std::unique_ptr<GtkWidget, DialogDeleter>;
+
+// Builds the dialog of a chooser with its title, filters and starting folder; the created
+// filters are returned in `filters`, in the order of the row.
+DialogPtr build_chooser(const ChooserRow &row, std::vector<GtkFileFilter *> &filters) {
+  DialogPtr dialog(row.build());
+  GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
+  gtk_window_set_title(GTK_WINDOW(dialog.get()), row.title);
+  for (const FilterRow *def : row.filters) {
+    GtkFileFilter *filter = gtk_file_filter_new();
+    gtk_file_filter_set_name(filter, def->name);
+    for (const char *pattern : def->patterns) gtk_file_filter_add_pattern(filter, pattern);
+    gtk_file_chooser_add_filter(chooser, filter);
+    filters.push_back(filter);
+  }
+  gtk_file_chooser_set_filter(chooser, filters.front());
+  if (*row.folder) gtk_file_chooser_set_current_folder(chooser, *row.folder);
+  return dialog;
+}
+
+// Runs the dialog; when accepted, stores the chosen file in *path, replaces the row's
+// directory option with the chooser's current folder and returns 1.
+int run_chooser(const ChooserRow &row, GtkWidget *dialog, char **path) {
+  if (gtk_dialog_run(GTK_DIALOG(dialog)) != GTK_RESPONSE_OK) return 0;
+  GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
+  gchar *chosen = gtk_file_chooser_get_filename(chooser);
+  if (!chosen) return 0;  // nothing local was chosen
+  *path = chosen;
+  if (gchar *folder = gtk_file_chooser_get_current_folder(chooser)) {
+    g_free(*row.folder);
+    *row.folder = folder;
+  }
+  return 1;
+}
+
+// The project chooser and the three save choosers: a chooser with an optional suggested name.
+int run_plain_chooser(const ChooserRow &row, const char *suggested_name, char **path) {
+  std::vector<GtkFileFilter *> filters;
+  DialogPtr dialog = build_chooser(row, filters);
+  GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
+  if (suggested_name) gtk_file_chooser_set_current_name(chooser, suggested_name);
+  gtk_file_chooser_set_do_overwrite_confirmation(chooser, row.confirm_overwrite);
+  return run_chooser(row, dialog.get(), path);
+}
+
+}  // namespace
+
+int fileopen_open_picture_file(char **path) {
+  std::vector<GtkFileFilter *> filters;
+  DialogPtr dialog = build_chooser(kPictureChooser, filters);
+  GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
+  gtk_file_chooser_set_filter(chooser, filters[filter_lastopen == 0 ? 0 : filter_lastopen == 2 ? 2 : 1]);
+
+  GtkWidget *preview = gtk_image_new();
+  gtk_file_chooser_set_preview_widget(chooser, preview);
+  g_signal_connect(chooser, "update-preview", G_CALLBACK(fileopen_update_hires_preview_cb), preview);
+
+  if (!run_chooser(kPictureChooser, dialog.get(), path)) return 0;
+  GtkFileFilter *active = gtk_file_chooser_get_filter(chooser);
+  filter_lastopen = active == filters[0] ? 0 : active == filters[1] ? 1 : 2;
+  return 1;
+}
+
+int fileopen_open_project_file(char **path) { return run_plain_chooser(kProjectOpenChooser, nullptr, path); }
+
+int fileopen_save_project_file(const char *suggested_name, char **path) {
+  return run_plain_chooser(kProjectSaveChooser, suggested_name, path);
+}
+
+int fileopen_save_png_file(const char *suggested_name, char **path) {
+  return run_plain_chooser(kPngChooser, suggested_name, path);
+}
+
+int fileopen_save_executable_file(const char *suggested_name, char **path) {
+  return run_plain_chooser(kExecutableChooser, suggested_name, path);
+}
+
+// Shows the selected file as a C64 picture, at its own size; anything that does not
+// decode (a folder, another kind of file) leaves the preview hidden.
+void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview) {
+  GCharPtr filename(gtk_file_chooser_get_preview_filename(chooser));
+  if (!filename || g_file_test(filename.get(), G_FILE_TEST_IS_DIR)) {
+    gtk_file_chooser_set_preview_widget_active(chooser, FALSE);
+    return;
+  }
+  GdkPixbuf *image = nullptr;
+  GError *error = nullptr;
+  const int ok = hiresdecoder_decode_hires_screen_file(filename.get(), 0, &image, nullptr, &error);
+  if (error) g_error_free(error);
+  filename.reset();
+  if (image) {
+    gtk_image_set_from_pixbuf(GTK_IMAGE(preview), image);
+    g_object_unref(image);
+  }
+  gtk_file_chooser_set_preview_widget_active(chooser, ok == 1);
+}

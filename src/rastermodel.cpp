@@ -59,7 +59,9 @@ int zoom() { return options_expansion; }
 bool is_left(GtkTreeModel *model) { return model == GTK_TREE_MODEL(model_rasters_left); }
 
 // Fills a rectangle of the border area in one C64 colour, with hard pixel edges.
+// A bar of no lines (height 0 or less, as a project file may hold) covers nothing.
 void fill_rect(cairo_t *cr, int color, int x, int y, int width, int height) {
+  if (height <= 0) return;
   double rgb[3];
   palette_get_rgb_double_at_index(color, rgb);
   cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);

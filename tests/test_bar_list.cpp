@@ -250,7 +250,7 @@ struct Rendered {
 
 TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
   constexpr unsigned int background = 0xff00ff;
-  set_bars(model_rasters_left, {{100, 3, 5}, {120, 0, 7}});
+  set_bars(model_rasters_left, {{100, 3, 5}, {120, 0, 7}, {140, -5, 9}});
   set_bars(model_rasters_right, {{100, 3, 5}});
   select_row(treeview_rasters_left, 0);
   select_row(treeview_rasters_right, 0);
@@ -269,6 +269,7 @@ TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
         EXPECT_EQ(img.at(bar_x, 97 * z - 1), background);
         EXPECT_EQ(img.at(bar_x, 100 * z), background);
         EXPECT_EQ(img.at(bar_x, 117 * z), background);  // the bar of height 0
+        EXPECT_EQ(img.at(bar_x, 135 * z), background);  // a negative height covers nothing either
         EXPECT_EQ(img.at(strip_x, 100 * z), rgb_of(0));
         EXPECT_EQ(img.at(strip_x, 0), rgb_of(0));
         EXPECT_EQ(img.at(strip_x + 4 * z - 1, 296 * z - 1), rgb_of(0));
