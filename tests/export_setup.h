@@ -1,39 +1,26 @@
 // Shared by the export test programs: the started application with a picture marked as
-// loaded and no bars, bars made through each input mode, the status bar text and the
-// error boxes that a failed export leaves open.
+// loaded and no bars, bars made through each input mode, and answering a save chooser.
 #pragma once
 
 #include <string>
 
 #include "callbacks.h"
 #include "controls.h"
+#include "file_dialogs.h"
 #include "main.h"
 #include "options.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
-#include "support.h"
-#include "testutil.h"
 
-inline std::string status_text() {
-  GtkWidget *area = gtk_statusbar_get_message_area(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main")));
-  GList *children = gtk_container_get_children(GTK_CONTAINER(area));
-  std::string text = children ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
-  g_list_free(children);
-  return text;
-}
-
-// Closes the open message boxes and tells how many there were.
-inline int close_message_boxes() {
-  int count = 0;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next) {
-    if (GTK_IS_MESSAGE_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data))) {
-      gtk_widget_destroy(GTK_WIDGET(l->data));
-      ++count;
-    }
-  }
-  g_list_free(toplevels);
-  return count;
+// Answers the next save chooser: notes the name it suggests, then types `typed` into it
+// in the folder `folder`.
+inline void answer_save_chooser(const std::string &folder, const std::string &typed, std::string *suggested) {
+  answer_next_dialog(GTK_RESPONSE_OK, [=](GtkWidget *dialog) {
+    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), folder.c_str());
+    settle([&] { return chooser_filename(dialog).starts_with(folder + "/"); });
+    *suggested = chooser_filename(dialog).substr(folder.size() + 1);
+    choose_path(dialog, folder + "/" + typed);
+  });
 }
 
 // A bar of the Extended mode, made as the user makes one: the tool button's add, then
@@ -69,8 +56,8 @@ class ExportTest : public ::testing::Test {
     options_reencode_graphics = 0;
     rastermodel_delete_all_bars();
     rasterarray_delete_all_bars();
-    close_message_boxes();
+    close_error_boxes();
     controls_update_main_statusbar("");
   }
-  void TearDown() override { close_message_boxes(); }
+  void TearDown() override { close_error_boxes(); }
 };

@@ -6,12 +6,6 @@
 
 namespace {
 
-unsigned int rgb_of(int index) {
-  unsigned char rgb[3];
-  palette_get_rgb_at_index(index, rgb);
-  return (rgb[0] << 16) | (rgb[1] << 8) | rgb[2];
-}
-
 // 0xAARRGGBB of an ARGB32 image.
 unsigned int argb_at(cairo_surface_t *image, int x, int y) {
   const unsigned char *row = cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image);
@@ -96,7 +90,34 @@ TEST_F(PngExport, WritesTheFileOrSaysWhyNot) {
 
   EXPECT_EQ(export_png_to_file(dir.file("missing/shot.png").c_str()), 0);
   EXPECT_EQ(status_text(), " Info: Failed to export project to PNG");
-  EXPECT_EQ(close_message_boxes(), 0);
+  EXPECT_EQ(close_error_boxes(), 0);
+}
+
+// The menu command: the suggested name and the name written.
+TEST_F(PngExport, MenuCommand) {
+  struct Row {
+    const char *project, *picture, *typed, *suggested, *written;
+  };
+  const Row rows[] = {
+      {nullptr, "/pics/logo.kla", "shot", "logo.png", "shot.png"},
+      {"/pics/demo.ini", "/pics/logo.kla", "shot.PNG", "demo.png", "shot.PNG"},
+      {nullptr, "/pics/noext", "shot.Png", "noext.png", "shot.Png.png"},
+  };
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.typed);
+    g_free(utf8_path_and_filename_project);
+    utf8_path_and_filename_project = g_strdup(row.project);
+    g_free(utf8_path_and_filename_picture);
+    utf8_path_and_filename_picture = g_strdup(row.picture);
+    std::string suggested;
+    answer_save_chooser(dir.path(), row.typed, &suggested);
+    on_menuitem_export_to_png_activate(nullptr, nullptr);
+    EXPECT_EQ(suggested, row.suggested);
+    GdkPixbuf *png = gdk_pixbuf_new_from_file(dir.file(row.written).c_str(), nullptr);
+    ASSERT_NE(png, nullptr);
+    EXPECT_EQ((std::pair{gdk_pixbuf_get_width(png), gdk_pixbuf_get_height(png)}), (std::pair{384, 272}));
+    g_object_unref(png);
+  }
 
   picture_loaded = 0;
   on_menuitem_export_to_png_activate(nullptr, nullptr);

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "export_setup.h"
@@ -129,37 +130,88 @@ TEST_F(PrgExport, WriteFailureIsReported) {
   picture_data.format = 2;
   EXPECT_EQ(export_hires_to_executable(dir.file("missing/out.prg").c_str()), 0);
   EXPECT_EQ(status_text().rfind(" Error: ", 0), 0u) << status_text();
-  EXPECT_EQ(close_message_boxes(), 1);
+  EXPECT_EQ(close_error_boxes(), 1);
   EXPECT_EQ(export_mc_to_executable(dir.path().c_str()), 0);  // a folder is no file either
-  EXPECT_EQ(close_message_boxes(), 1);
+  EXPECT_EQ(close_error_boxes(), 1);
 }
 
-// A stand-in cruncher in the application's folder records its arguments and ends with
-// the status it is told.
-TEST_F(PrgExport, CruncherRun) {
-  TempDir tools;
-  const std::string script = tools.file("exomizer");
-  write_text(script, "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nprintf '%s\\n' \"$@\" > args\nexit $(cat status)\n");
-  g_chmod(script.c_str(), 0755);
-  app_folder = g_strdup(tools.path().c_str());
-  const std::string prg = dir.file("my pic.prg");
+// A stand-in cruncher in the application's folder: it records its arguments and ends
+// with the status it is told.
+struct FakeCruncher {
+  TempDir folder;
+  explicit FakeCruncher(int status) {
+    write_text(folder.file("exomizer"), "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nprintf '%s\\n' \"$@\" > args\nexit $(cat status)\n");
+    g_chmod(folder.file("exomizer").c_str(), 0755);
+    set_status(status);
+    app_folder = g_strdup(folder.path().c_str());
+  }
+  void set_status(int status) { write_text(folder.file("status"), std::to_string(status)); }
+  std::string args() { return read_text(folder.file("args")); }
+  static std::string expected_args(const std::string &prg) { return "sfx\n2061\n" + prg + "\n-o\n" + prg + "\n-n\n"; }
+};
 
-  write_text(tools.file("status"), "0");
+TEST_F(PrgExport, CruncherRun) {
+  FakeCruncher cruncher(0);
+  const std::string prg = dir.file("my pic.prg");
   EXPECT_EQ(export_run_cruncher(prg.c_str()), 1);
   EXPECT_EQ(status_text(), " Info: Successfully exported to executable PRG");
-  EXPECT_EQ(read_text(tools.file("args")), "sfx\n2061\n" + prg + "\n-o\n" + prg + "\n-n\n");
+  EXPECT_EQ(cruncher.args(), FakeCruncher::expected_args(prg));
 
   controls_update_main_statusbar("before");
-  write_text(tools.file("status"), "3");
+  cruncher.set_status(3);
   EXPECT_EQ(export_run_cruncher(prg.c_str()), 0);
   EXPECT_EQ(status_text(), "before");
-  EXPECT_EQ(close_message_boxes(), 0);
+  EXPECT_EQ(close_error_boxes(), 0);
 
-  g_remove(script.c_str());
+  g_remove(cruncher.folder.file("exomizer").c_str());
   EXPECT_EQ(export_run_cruncher(prg.c_str()), 0);
   EXPECT_EQ(status_text().rfind(" Error: ", 0), 0u) << status_text();
-  EXPECT_EQ(close_message_boxes(), 1);
+  EXPECT_EQ(close_error_boxes(), 1);
   EXPECT_EQ(gdk_window_get_cursor(window_main->window), nullptr);  // the watch cursor is gone
+}
+
+// The menu command: the suggested name, the name written, the kind by format, the cruncher.
+TEST_F(PrgExport, MenuCommand) {
+  FakeCruncher cruncher(0);
+  struct Row {
+    const char *project, *picture;
+    unsigned format;
+    const char *typed, *suggested, *written;
+    size_t length;
+  };
+  const Row rows[] = {
+      {nullptr, "/pics/pic.koa", 6, "out", "pic.prg", "out.prg", 16146},
+      {"/pics/demo.ini", "/pics/pic.koa", 2, "OUT.PRG", "demo.prg", "OUT.PRG", 15145},
+      {nullptr, "/pics/noext", 1, "x.Prg", "noext.prg", "x.Prg.prg", 4050},
+  };
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.typed);
+    g_free(utf8_path_and_filename_project);
+    utf8_path_and_filename_project = g_strdup(row.project);
+    g_free(utf8_path_and_filename_picture);
+    utf8_path_and_filename_picture = g_strdup(row.picture);
+    picture_data.format = row.format;
+    controls_update_main_statusbar("");
+    std::string suggested;
+    answer_save_chooser(dir.path(), row.typed, &suggested);
+    on_menuitem_export_activate(nullptr, nullptr);
+    EXPECT_EQ(suggested, row.suggested);
+    EXPECT_EQ(read_text(dir.file(row.written)).size(), row.length);
+    EXPECT_EQ(cruncher.args(), FakeCruncher::expected_args(dir.file(row.written)));
+    EXPECT_EQ(status_text(), " Info: Successfully exported to executable PRG");
+  }
+
+  // No known format, or a cancelled chooser: nothing written, nothing said.
+  controls_update_main_statusbar("before");
+  picture_data.format = 0;
+  std::string suggested;
+  answer_save_chooser(dir.path(), "none", &suggested);
+  on_menuitem_export_activate(nullptr, nullptr);
+  picture_data.format = 2;
+  answer_next_dialog(GTK_RESPONSE_CANCEL);
+  on_menuitem_export_activate(nullptr, nullptr);
+  EXPECT_FALSE(g_file_test(dir.file("none.prg").c_str(), G_FILE_TEST_EXISTS));
+  EXPECT_EQ(status_text(), "before");
 
   picture_loaded = 0;
   on_menuitem_export_activate(nullptr, nullptr);
