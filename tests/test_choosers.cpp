@@ -102,6 +102,7 @@ TEST(Choosers, PictureChooserRemembersItsFilterAndSharesItsFolderWithProjects) {
   auto pick = [&](int response, size_t filter, const std::string &path) {
     answer_next_dialog(response, [&, filter, path](GtkWidget *dialog) {
       active = active_filter(dialog);
+      settle([&] { return !chooser_folder(dialog).empty(); });  // the folder is set asynchronously
       opened_in = chooser_folder(dialog);
       gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), filters_of(dialog)[filter]);
       choose_path(dialog, path);
