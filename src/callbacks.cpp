@@ -1,9 +1,11 @@
-// callbacks: the signal handlers of the main window and the commands behind them.
+// callbacks: the signal handlers of the main window and the commands behind them: the
+// screen view, the picture and project commands and the two exports.
 //
 // Owns the picture state (picture_loaded, pixbuf_picture, the paths), the border colour,
 // the active input mode, the six drawing areas and the colour picker's strip. Handlers stay
 // thin: the bars belong to rastermodel (Extended mode) and rasterarray (Compact mode), the
-// options to options, the feedback to controls, decoding and rendering to hiresdecoder.
+// options to options, the feedback to controls, decoding and rendering to hiresdecoder,
+// the file choosers to fileopen; the player templates of the PRG are in prg_templates.h.
 #include "callbacks.h"
 
 #include <algorithm>
@@ -67,10 +69,15 @@ void replace_string(char *&owned, const char *value) {
   owned = copy;
 }
 
-struct CairoDeleter {
-  void operator()(cairo_t *cr) const { cairo_destroy(cr); }
+// Owners of the toolkit's objects, released when they go out of scope.
+template <typename T, void (*release)(T *)>
+struct Releaser {
+  void operator()(T *object) const { release(object); }
 };
-using CairoContext = std::unique_ptr<cairo_t, CairoDeleter>;
+using CairoContext = std::unique_ptr<cairo_t, Releaser<cairo_t, cairo_destroy>>;
+using Surface = std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_t, cairo_surface_destroy>>;
+using OwnedKeyFile = std::unique_ptr<GKeyFile, Releaser<GKeyFile, g_key_file_free>>;
+using OwnedString = std::unique_ptr<gchar, Releaser<void, g_free>>;
 
 CairoContext cairo_for(GtkWidget *widget) { return CairoContext(gdk_cairo_create(widget->window)); }
 
@@ -383,58 +390,45 @@ int open_picture(const char *path, int border_flag) {
 // Opening and saving pictures and projects through the menus: the choosers return a path,
 // open_picture decodes it, and a project is the picture's URI, the border colour and the
 // active mode's bar groups in one key file.
-#include <cstring>
-
-#include "fileopen.h"
 
 namespace {
-
-struct ProjectKeyFileDeleter {
-  void operator()(GKeyFile *key_file) const { g_key_file_free(key_file); }
-};
-using ProjectKeyFile = std::unique_ptr<GKeyFile, ProjectKeyFileDeleter>;
-
-struct ProjectStringDeleter {
-  void operator()(void *p) const { g_free(p); }
-};
-using ProjectString = std::unique_ptr<gchar, ProjectStringDeleter>;
 
 // A colour index brought into 0..15, negative values included (-1 gives 15).
 int wrap_color_index(int value) { return ((value % 16) + 16) % 16; }
 
 // The URI of a picture path, made absolute first; null when it cannot be expressed.
-ProjectString picture_uri(const char *path) {
+OwnedString picture_uri(const char *path) {
   if (!path) return nullptr;
-  ProjectString absolute(g_path_is_absolute(path) ? g_strdup(path) : nullptr);
+  OwnedString absolute(g_path_is_absolute(path) ? g_strdup(path) : nullptr);
   if (!absolute) {
-    ProjectString here(g_get_current_dir());
+    OwnedString here(g_get_current_dir());
     absolute.reset(g_build_filename(here.get(), path, nullptr));
   }
-  return ProjectString(g_filename_to_uri(absolute.get(), nullptr, nullptr));
+  return OwnedString(g_filename_to_uri(absolute.get(), nullptr, nullptr));
 }
 
 // The picture a project names: the path of its URI when that is a regular file, else the
 // file of the same base name beside the project when that is one. When neither exists the
 // stored path is returned, or (for a value that is no file URI) the place beside the
 // project, so that opening it reports the picture as missing.
-ProjectString locate_project_picture(const char *value, const char *project_path) {
-  ProjectString stored(g_filename_from_uri(value, nullptr, nullptr));
+OwnedString locate_project_picture(const char *value, const char *project_path) {
+  OwnedString stored(g_filename_from_uri(value, nullptr, nullptr));
   if (stored && g_file_test(stored.get(), G_FILE_TEST_IS_REGULAR)) return stored;
-  ProjectString base(g_path_get_basename(stored ? stored.get() : value));
-  ProjectString folder(g_path_get_dirname(project_path));
-  ProjectString beside(g_build_filename(folder.get(), base.get(), nullptr));
+  OwnedString base(g_path_get_basename(stored ? stored.get() : value));
+  OwnedString folder(g_path_get_dirname(project_path));
+  OwnedString beside(g_build_filename(folder.get(), base.get(), nullptr));
   if (stored && !g_file_test(beside.get(), G_FILE_TEST_IS_REGULAR)) return stored;
   return beside;
 }
 
 // Applies a parsed project: title, picture, border colour, the active mode's bars.
 void apply_project(GKeyFile *key_file, const char *project_path) {
-  ProjectString title(g_path_get_basename(project_path));
+  OwnedString title(g_path_get_basename(project_path));
   controls_update_main_window_title(title.get());
 
   if (g_key_file_has_key(key_file, "image", "file", nullptr)) {
-    ProjectString value(g_key_file_get_string(key_file, "image", "file", nullptr));
-    ProjectString picture = locate_project_picture(value ? value.get() : "", project_path);
+    OwnedString value(g_key_file_get_string(key_file, "image", "file", nullptr));
+    OwnedString picture = locate_project_picture(value ? value.get() : "", project_path);
     picture_loaded = open_picture(picture.get(), 1);
   }
   if (g_key_file_has_key(key_file, "colors", "base", nullptr))
@@ -457,11 +451,11 @@ void apply_project(GKeyFile *key_file, const char *project_path) {
 }  // namespace
 
 int save_project_to_file(const char *path) {
-  ProjectString uri = picture_uri(utf8_path_and_filename_picture);
-  ProjectString file_line(uri ? g_strdup_printf("file=%s\n", uri.get()) : g_strdup(""));
-  ProjectString head(g_strdup_printf("# %s project file - do NOT edit\n[image]\n%s[colors]\nbase=%d\n",
+  OwnedString uri = picture_uri(utf8_path_and_filename_picture);
+  OwnedString file_line(uri ? g_strdup_printf("file=%s\n", uri.get()) : g_strdup(""));
+  OwnedString head(g_strdup_printf("# %s project file - do NOT edit\n[image]\n%s[colors]\nbase=%d\n",
                                      QUILLBAR_NAME_VERSION, file_line.get(), border_color_index));
-  ProjectKeyFile key_file(g_key_file_new());
+  OwnedKeyFile key_file(g_key_file_new());
   if (!g_key_file_load_from_data(key_file.get(), head.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
                                  nullptr))
     return 0;
@@ -478,7 +472,7 @@ int save_project_to_file(const char *path) {
   }
   report_info("Project saved");
   options_save_to_file();
-  ProjectString title(g_path_get_basename(path));
+  OwnedString title(g_path_get_basename(path));
   controls_update_main_window_title(title.get());
   return 1;
 }
@@ -486,18 +480,18 @@ int save_project_to_file(const char *path) {
 // Suggests the project's own name, or else the picture's name with ".ini" in place of its
 // extension; the chosen name gets ".ini" unless it already ends in ".ini" or ".INI".
 void choose_name_and_save_project_to_file(void) {
-  ProjectString suggestion;
+  OwnedString suggestion;
   if (utf8_path_and_filename_project) {
     suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
   } else if (utf8_path_and_filename_picture) {
-    ProjectString base(g_path_get_basename(utf8_path_and_filename_picture));
+    OwnedString base(g_path_get_basename(utf8_path_and_filename_picture));
     if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
     suggestion.reset(g_strdup_printf("%s.ini", base.get()));
   }
   char *chosen = nullptr;
   if (fileopen_save_project_file(suggestion.get(), &chosen) != 1) return;
-  ProjectString chosen_path(chosen);
-  ProjectString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
+  OwnedString chosen_path(chosen);
+  OwnedString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
                                ? g_strdup(chosen)
                                : g_strdup_printf("%s.ini", chosen));
   save_project_to_file(final_name.get());
@@ -507,8 +501,8 @@ void choose_name_and_save_project_to_file(void) {
 void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   char *chosen = nullptr;
   if (fileopen_open_project_file(&chosen) != 1) return;
-  ProjectString path(chosen);
-  ProjectKeyFile key_file(g_key_file_new());
+  OwnedString path(chosen);
+  OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
   if (g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error)) {
     apply_project(key_file.get(), path.get());
@@ -544,13 +538,13 @@ static void load_picture_and_report(const char *path, const char *done) {
 void on_menuitem_open_picture_activate(GtkMenuItem *, gpointer) {
   char *chosen = nullptr;
   if (fileopen_open_picture_file(&chosen) != 1) return;
-  ProjectString path(chosen);
+  OwnedString path(chosen);
   load_picture_and_report(path.get(), "Picture opened");
 }
 
 void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
   if (picture_loaded != 1 || !utf8_path_and_filename_picture) return;
-  ProjectString path(g_strdup(utf8_path_and_filename_picture));
+  OwnedString path(g_strdup(utf8_path_and_filename_picture));
   load_picture_and_report(path.get(), "Picture reloaded");
 }
 
@@ -655,11 +649,6 @@ char *choose_export_name(int (*chooser)(const char *, char **), const char *exte
   g_free(suggestion);
   return name;
 }
-
-struct SurfaceDeleter {
-  void operator()(cairo_surface_t *surface) const { cairo_surface_destroy(surface); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
 
 // An opaque image filled with the border colour.
 Surface border_coloured_image(int width, int height) {
