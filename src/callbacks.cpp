@@ -69,15 +69,6 @@ void replace_string(char *&owned, const char *value) {
   owned = copy;
 }
 
-// Owners of the toolkit's objects, released when they go out of scope.
-template <typename T, void (*release)(T *)>
-struct Releaser {
-  void operator()(T *object) const { release(object); }
-};
-using CairoContext = std::unique_ptr<cairo_t, Releaser<cairo_t, cairo_destroy>>;
-using Surface = std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_t, cairo_surface_destroy>>;
-using OwnedKeyFile = std::unique_ptr<GKeyFile, Releaser<GKeyFile, g_key_file_free>>;
-using OwnedString = std::unique_ptr<gchar, Releaser<void, g_free>>;
 
 CairoContext cairo_for(GtkWidget *widget) { return CairoContext(gdk_cairo_create(widget->window)); }
 

@@ -12,6 +12,7 @@
 #include "hiresdecoder.h"
 #include "interface.h"
 #include "options.h"
+#include "support.h"
 
 namespace {
 
@@ -54,21 +55,10 @@ const ChooserRow kPngChooser{create_filechooserdialog_save, "Save screenshot fil
 const ChooserRow kExecutableChooser{create_filechooserdialog_save, "Save executable file",
                                     {&kExecutables, &kAllFiles}, &options_export_dir_string, true};
 
-struct GFreeDeleter {
-  void operator()(void *p) const { g_free(p); }
-};
-using GCharPtr = std::unique_ptr<gchar, GFreeDeleter>;
-
-// The dialog of one chooser call, destroyed when the call ends.
-struct DialogDeleter {
-  void operator()(GtkWidget *dialog) const { gtk_widget_destroy(dialog); }
-};
-using DialogPtr = std::unique_ptr<GtkWidget, DialogDeleter>;
-
 // Builds the dialog of a chooser with its title, filters and starting folder; the created
 // filters are returned in `filters`, in the order of the row.
-DialogPtr build_chooser(const ChooserRow &row, std::vector<GtkFileFilter *> &filters) {
-  DialogPtr dialog(row.build());
+OwnedDialog build_chooser(const ChooserRow &row, std::vector<GtkFileFilter *> &filters) {
+  OwnedDialog dialog(row.build());
   GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
   gtk_window_set_title(GTK_WINDOW(dialog.get()), row.title);
   for (const FilterRow *def : row.filters) {
@@ -101,7 +91,7 @@ int run_chooser(const ChooserRow &row, GtkWidget *dialog, char **path) {
 // The project chooser and the three save choosers: a chooser with an optional suggested name.
 int run_plain_chooser(const ChooserRow &row, const char *suggested_name, char **path) {
   std::vector<GtkFileFilter *> filters;
-  DialogPtr dialog = build_chooser(row, filters);
+  OwnedDialog dialog = build_chooser(row, filters);
   GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
   if (suggested_name) gtk_file_chooser_set_current_name(chooser, suggested_name);
   gtk_file_chooser_set_do_overwrite_confirmation(chooser, row.confirm_overwrite);
@@ -112,7 +102,7 @@ int run_plain_chooser(const ChooserRow &row, const char *suggested_name, char **
 
 int fileopen_open_picture_file(char **path) {
   std::vector<GtkFileFilter *> filters;
-  DialogPtr dialog = build_chooser(kPictureChooser, filters);
+  OwnedDialog dialog = build_chooser(kPictureChooser, filters);
   GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
   gtk_file_chooser_set_filter(chooser, filters[filter_lastopen == 0 ? 0 : filter_lastopen == 2 ? 2 : 1]);
 
@@ -143,7 +133,7 @@ int fileopen_save_executable_file(const char *suggested_name, char **path) {
 // Shows the selected file as a C64 picture, at its own size; anything that does not
 // decode (a folder, another kind of file) leaves the preview hidden.
 void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview) {
-  GCharPtr filename(gtk_file_chooser_get_preview_filename(chooser));
+  OwnedString filename(gtk_file_chooser_get_preview_filename(chooser));
   if (!filename || g_file_test(filename.get(), G_FILE_TEST_IS_DIR)) {
     gtk_file_chooser_set_preview_widget_active(chooser, FALSE);
     return;

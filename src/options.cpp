@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "main.h"
+#include "support.h"
 
 char *options_picture_dir_string = nullptr;
 char *options_export_png_dir_string = nullptr;
@@ -25,27 +26,17 @@ char *utf8_path_configfile = nullptr;
 
 namespace {
 
-struct KeyFileDeleter {
-  void operator()(GKeyFile *key_file) const { g_key_file_free(key_file); }
-};
-using KeyFilePtr = std::unique_ptr<GKeyFile, KeyFileDeleter>;
-
-struct GFreeDeleter {
-  void operator()(void *p) const { g_free(p); }
-};
-using GCharPtr = std::unique_ptr<gchar, GFreeDeleter>;
-
 // A directory option as written to the file: its file URI, or "(NULL)" when unset (or
 // when the path cannot be expressed as a URI).
-GCharPtr dir_to_uri(const char *path) {
+OwnedString dir_to_uri(const char *path) {
   gchar *uri = path ? g_filename_to_uri(path, nullptr, nullptr) : nullptr;
-  return GCharPtr(uri ? uri : g_strdup("(NULL)"));
+  return OwnedString(uri ? uri : g_strdup("(NULL)"));
 }
 
 // Replaces *option with the folder named by the file URI at directories/key, if the key
 // is there and names an existing folder; otherwise leaves *option as it is.
 void load_dir(GKeyFile *key_file, const char *key, char **option) {
-  GCharPtr uri(g_key_file_get_string(key_file, "directories", key, nullptr));
+  OwnedString uri(g_key_file_get_string(key_file, "directories", key, nullptr));
   if (!uri) return;
   gchar *path = g_filename_from_uri(uri.get(), nullptr, nullptr);
   if (path && g_file_test(path, G_FILE_TEST_IS_DIR)) {
@@ -77,7 +68,7 @@ void options_load_from_file(void) {
     options_save_to_file();
     return;
   }
-  KeyFilePtr key_file(g_key_file_new());
+  OwnedKeyFile key_file(g_key_file_new());
   if (g_key_file_load_from_file(key_file.get(), utf8_path_configfile, G_KEY_FILE_KEEP_COMMENTS, nullptr))
     set_options_from_config(key_file.get());
 }
@@ -113,10 +104,10 @@ void set_options_from_config(GKeyFile *key_file) {
 }
 
 int options_save_to_file(void) {
-  GCharPtr picture_dir = dir_to_uri(options_picture_dir_string);
-  GCharPtr export_png_dir = dir_to_uri(options_export_png_dir_string);
-  GCharPtr export_dir = dir_to_uri(options_export_dir_string);
-  GCharPtr text(g_strdup_printf(
+  OwnedString picture_dir = dir_to_uri(options_picture_dir_string);
+  OwnedString export_png_dir = dir_to_uri(options_export_png_dir_string);
+  OwnedString export_dir = dir_to_uri(options_export_dir_string);
+  OwnedString text(g_strdup_printf(
       "# Quillbar config file - do NOT edit\n"
       "[directories]\n"
       "picture_dir=%s\n"
@@ -131,7 +122,7 @@ int options_save_to_file(void) {
       picture_dir.get(), export_png_dir.get(), export_dir.get(), options_input_mode, options_palette,
       options_expansion, options_reencode_graphics == 1 ? "true" : "false"));
 
-  KeyFilePtr key_file(g_key_file_new());
+  OwnedKeyFile key_file(g_key_file_new());
   if (!g_key_file_load_from_data(key_file.get(), text.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
                                  nullptr))
     return 0;
@@ -143,7 +134,7 @@ int options_save_to_file(void) {
   }
 
   gsize length = 0;
-  GCharPtr data(g_key_file_to_data(key_file.get(), &length, nullptr));
+  OwnedString data(g_key_file_to_data(key_file.get(), &length, nullptr));
   if (!data || !utf8_path_configfile) return 0;
   return g_file_set_contents(utf8_path_configfile, data.get(), static_cast<gssize>(length), nullptr) ? 1 : 0;
 }

@@ -3,6 +3,8 @@
 
 #include <gtk/gtk.h>
 
+#include <memory>
+
 // Registers `widget` on `toplevel` under `name`, holding a reference that is dropped
 // when the toplevel is destroyed.
 #define GLADE_HOOKUP_OBJECT(component, widget, name) \
@@ -16,3 +18,14 @@
 // Returns the widget registered under `name` on the toplevel that contains `widget`,
 // or NULL after logging "Widget not found: %s".
 GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name);
+
+// Owners of the toolkit's objects, released when they go out of scope.
+template <typename T, void (*release)(T *)>
+struct Releaser {
+  void operator()(T *object) const { release(object); }
+};
+using OwnedString = std::unique_ptr<gchar, Releaser<void, g_free>>;
+using OwnedKeyFile = std::unique_ptr<GKeyFile, Releaser<GKeyFile, g_key_file_free>>;
+using OwnedDialog = std::unique_ptr<GtkWidget, Releaser<GtkWidget, gtk_widget_destroy>>;
+using CairoContext = std::unique_ptr<cairo_t, Releaser<cairo_t, cairo_destroy>>;
+using Surface = std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_t, cairo_surface_destroy>>;
