@@ -1,10 +1,10 @@
 // Quitting from the File menu and by closing the window, each inside a running main
-// loop as in the program. The last test closes the main window for good.
+// loop as in the program. The last case closes the main window for good.
 #include <glib/gstdio.h>
 
+#include <regex>
 #include <string>
 
-#include "callbacks.h"
 #include "main.h"
 #include "options.h"
 #include "support.h"
@@ -12,36 +12,22 @@
 
 namespace {
 
-struct LoopRun {
-  void (*action)();
-  guint follow_up = 0;
-  bool still_running = false;
-};
-
 // Runs a main loop in which `action` is performed and its question answered. Returns
 // true when the action ended the loop; otherwise a follow-up step ends it.
 bool action_ends_main_loop(void (*action)(), int response, bool close_question = false) {
-  LoopRun run{action};
+  static void (*pending)();
+  static guint follow_up;
+  static bool ended;
+  pending = action, ended = true;
   answer_next_dialog(response, nullptr, close_question);
-  g_idle_add(
-      [](gpointer data) -> gboolean {
-        auto *run = static_cast<LoopRun *>(data);
-        run->action();
-        run->follow_up = g_idle_add(
-            [](gpointer data) -> gboolean {
-              auto *run = static_cast<LoopRun *>(data);
-              run->follow_up = 0;
-              run->still_running = true;
-              gtk_main_quit();
-              return FALSE;
-            },
-            run);
-        return FALSE;
-      },
-      &run);
+  g_idle_add([](gpointer) -> gboolean {
+    pending();
+    follow_up = g_idle_add([](gpointer) -> gboolean { follow_up = 0, ended = false, gtk_main_quit(); return FALSE; }, nullptr);
+    return FALSE;
+  }, nullptr);
   gtk_main();
-  if (run.follow_up) g_source_remove(run.follow_up);
-  return !run.still_running;
+  if (follow_up) g_source_remove(follow_up), follow_up = 0;
+  return ended;
 }
 
 void quit_from_menu() { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, "menuitem_quit"))); }
@@ -65,46 +51,29 @@ std::string move_window_and_forget_config(int x, int y) {
 }
 
 std::string written_position() {
-  GKeyFile *kf = g_key_file_new();
-  g_key_file_load_from_file(kf, utf8_path_configfile, G_KEY_FILE_NONE, nullptr);
-  gchar *value = g_key_file_get_value(kf, "application", "position", nullptr);
-  std::string s = value ? value : "(none)";
-  g_free(value);
-  g_key_file_free(kf);
-  return s;
+  std::smatch m;
+  const std::string text = read_text(utf8_path_configfile);
+  return std::regex_search(text, m, std::regex("\nposition=([^\n]*)")) ? m[1].str() : "(none)";
 }
 
 }  // namespace
 
 TEST(Quit, AnsweringNoOrClosingTheQuestionKeepsTheProgramRunning) {
-  ASSERT_NE(start_app(), nullptr);
-  move_window_and_forget_config(60, 50);
-  EXPECT_FALSE(action_ends_main_loop(quit_from_menu, GTK_RESPONSE_NO));
-  EXPECT_FALSE(action_ends_main_loop(quit_from_menu, 0, /*close_question=*/true));
-  EXPECT_FALSE(action_ends_main_loop(close_main_window, GTK_RESPONSE_NO));
-  EXPECT_FALSE(action_ends_main_loop(close_main_window, 0, /*close_question=*/true));
-  ASSERT_TRUE(GTK_IS_WINDOW(window_main));
-  EXPECT_TRUE(gtk_widget_get_visible(window_main));
-  EXPECT_FALSE(g_file_test(utf8_path_configfile, G_FILE_TEST_EXISTS));  // nothing written
+  start_app();
+  for (auto action : {quit_from_menu, close_main_window}) {
+    EXPECT_FALSE(action_ends_main_loop(action, GTK_RESPONSE_NO));
+    EXPECT_FALSE(action_ends_main_loop(action, 0, /*close_question=*/true));
+  }
+  EXPECT_TRUE(GTK_IS_WINDOW(window_main) && gtk_widget_get_visible(window_main));
 }
 
-TEST(Quit, YesFromTheMenuSavesTheCurrentPositionReleasesThePictureAndEndsTheLoop) {
+TEST(Quit, YesSavesTheCurrentPositionAndEndsTheLoop) {
   start_app();
-  const std::string where = move_window_and_forget_config(70, 90);
-  EXPECT_EQ(where, "70;90;");
-  pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
-  EXPECT_TRUE(action_ends_main_loop(quit_from_menu, GTK_RESPONSE_YES));
-  EXPECT_EQ(written_position(), where);
-  EXPECT_EQ(pixbuf_picture, nullptr);
-  EXPECT_EQ(surface_border_color, nullptr);
-}
-
-TEST(Quit, YesFromTheCloseButtonSavesAndEndsTheLoopThroughTheWindowsEnd) {
-  start_app();
-  const std::string where = move_window_and_forget_config(30, 40);
-  bool destroyed = false;
-  g_signal_connect_swapped(window_main, "destroy", G_CALLBACK(+[](bool *flag) { *flag = true; }), &destroyed);
-  EXPECT_TRUE(action_ends_main_loop(close_main_window, GTK_RESPONSE_YES));
-  EXPECT_EQ(written_position(), where);
-  EXPECT_TRUE(destroyed);
+  const struct { void (*action)(); int x, y; } cases[] = {{quit_from_menu, 70, 90}, {close_main_window, 30, 40}};
+  for (const auto &c : cases) {
+    const std::string where = move_window_and_forget_config(c.x, c.y);
+    EXPECT_EQ(where, std::to_string(c.x) + ";" + std::to_string(c.y) + ";");
+    EXPECT_TRUE(action_ends_main_loop(c.action, GTK_RESPONSE_YES));
+    EXPECT_EQ(written_position(), where);
+  }
 }
