@@ -2,12 +2,18 @@
 // to the program's initial state.
 #pragma once
 
+#include <ostream>
+
 #include "rasterarray.h"
 
 struct Selection {
   int start, end, active;
   bool operator==(const Selection &) const = default;
 };
+
+inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
+  return os << "{" << s.start << "," << s.end << "," << s.active << "}";
+}
 
 inline Selection selection(int side) {
   return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}

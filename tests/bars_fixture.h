@@ -1,0 +1,143 @@
+// Shared by the bar test programs: the started program with no bars, a side's bars as
+// values in both forms (list rows and line arrays), the list views' selection, the border
+// areas, menu items and drawing.
+#pragma once
+
+#include <algorithm>
+
+#include "callbacks.h"
+#include "line_selection.h"
+#include "main.h"
+#include "options.h"
+#include "palette.h"
+#include "rastermodel.h"
+#include "support.h"
+#include "testutil.h"
+
+struct Bar {
+  int start, height, color;
+  bool operator==(const Bar &) const = default;
+};
+using Bars = std::vector<Bar>;
+
+inline std::ostream &operator<<(std::ostream &os, const Bar &b) {
+  return os << "(" << b.start << "," << b.height << "," << b.color << ")";
+}
+
+// Side 1 is the left border, 0 the right one.
+inline GtkListStore *list_of(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
+inline GtkTreeView *view_of(int side) { return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right); }
+inline GtkWidget *area_of(int side) { return side == 1 ? drawingarea_left_border : drawingarea_right_border; }
+
+inline Bars bars(int side) {
+  GtkTreeModel *model = GTK_TREE_MODEL(list_of(side));
+  Bars out;
+  GtkTreeIter row;
+  for (gboolean ok = gtk_tree_model_get_iter_first(model, &row); ok; ok = gtk_tree_model_iter_next(model, &row)) {
+    Bar b{};
+    gtk_tree_model_get(model, &row, 0, &b.start, 1, &b.height, 2, &b.color, -1);
+    out.push_back(b);
+  }
+  return out;
+}
+
+inline void set_bars(int side, const Bars &content) {
+  gtk_list_store_clear(list_of(side));
+  for (const Bar &b : content)
+    gtk_list_store_insert_with_values(list_of(side), nullptr, -1, 0, b.start, 1, b.height, 2, b.color, -1);
+}
+
+inline void select_row(int side, int index) {
+  GtkTreePath *path = gtk_tree_path_new_from_indices(index, -1);
+  gtk_tree_view_set_cursor(view_of(side), path, nullptr, FALSE);
+  gtk_tree_path_free(path);
+}
+
+// Index of the selected row, -1 for none.
+inline int selected_row(int side) {
+  GtkTreeModel *model;
+  GtkTreeIter row;
+  if (!gtk_tree_selection_get_selected(gtk_tree_view_get_selection(view_of(side)), &model, &row)) return -1;
+  g_autofree gchar *path = gtk_tree_model_get_string_from_iter(model, &row);
+  return atoi(path);
+}
+
+// All 312 entries of one side's line array.
+inline std::vector<int> lines(int side) {
+  const int *colors = side == 1 ? colors_left : colors_right;
+  return {colors, colors + RASTER_LINES};
+}
+
+// A whole array as `fill` everywhere, with the given bars painted over it in order.
+inline std::vector<int> painted(const Bars &content, int fill = -1) {
+  std::vector<int> out(RASTER_LINES, fill);
+  for (const Bar &b : content) std::fill(out.begin() + b.start, out.begin() + b.start + b.height, b.color);
+  return out;
+}
+
+inline void set_lines(int side, const std::vector<int> &content) {
+  std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
+}
+
+inline void activate(const char *item) { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item))); }
+
+inline std::string status_text() {
+  GtkWidget *area = gtk_statusbar_get_message_area(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main")));
+  GList *children = gtk_container_get_children(GTK_CONTAINER(area));
+  std::string text = children ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
+  g_list_free(children);
+  return text;
+}
+
+// A mouse button press at height y on a side's border area; returns whether it was handled.
+inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
+  GdkEventButton ev{};
+  ev.type = type, ev.window = area_of(side)->window, ev.x = 10, ev.y = y, ev.state = state, ev.button = button;
+  return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
+}
+
+// A palette colour as 0xRRGGBB.
+inline unsigned rgb_of(int color) {
+  unsigned char rgb[3];
+  palette_get_rgb_at_index(color, rgb);
+  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
+}
+
+// A pixel of a side drawn with or without the selection mark, at (x, y) in zoom-1 pixels;
+// colour -1 where nothing is drawn.
+struct Probe { int side, with_selection, x, y, colour; };
+
+// Draws each probe's side into a 48z x 296z image filled with 0xff00ff (no C64 colour)
+// beforehand and checks both corners of the probe's z x z block, at zoom 1 and 3.
+inline void expect_drawn(void (*left)(cairo_t *, int), void (*right)(cairo_t *, int), std::vector<Probe> probes) {
+  for (int z : {1, 3}) {
+    options_expansion = z;
+    for (const Probe &p : probes) {
+      std::vector<uint32_t> image(48 * z * 296 * z, 0xff00ff);
+      cairo_surface_t *surface = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char *>(image.data()),
+                                                                     CAIRO_FORMAT_RGB24, 48 * z, 296 * z, 48 * z * 4);
+      cairo_t *cr = cairo_create(surface);
+      (p.side ? left : right)(cr, p.with_selection);
+      cairo_destroy(cr);
+      cairo_surface_destroy(surface);
+      for (int d : {0, z - 1})
+        EXPECT_EQ(image[(p.y * z + d) * 48 * z + p.x * z + d] & 0xffffff, p.colour < 0 ? 0xff00ff : rgb_of(p.colour))
+            << "zoom " << z << " side " << p.side << " selection " << p.with_selection << " at " << p.x << "," << p.y;
+    }
+  }
+  options_expansion = 1;
+}
+
+// Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
+class BarsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(start_app(), nullptr);
+    rastermodel_delete_all_bars();
+    reset_arrays();
+    activate("menuitem_interface_extended");
+    ASSERT_EQ(interface_extended, 1);
+    picture_loaded = 1, border_color_index = 6, options_expansion = 1;
+    set_zoom_level();
+  }
+};
