@@ -129,6 +129,21 @@ inline void expect_drawn(void (*left)(cairo_t *, int), void (*right)(cairo_t *, 
 }
 
 // Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
+// A side's real border area as it shows on the screen at zoom z; at() reads the colour of
+// the last pixel of the z x z block at (x, line) in zoom-1 terms.
+struct Shown {
+  int z;
+  GdkPixbuf *shot;
+  Shown(int side, int zoom) : z(zoom) {
+    g_autofree gchar *item = g_strdup_printf("menuitem_zoom_%dx", zoom);
+    activate(item);
+    gtk_widget_queue_draw(area_of(side));
+    shot = grab_widget(area_of(side));
+  }
+  ~Shown() { g_object_unref(shot); }
+  unsigned at(int x, int line) const { return pixel_at(shot, x * z + z - 1, (line - 3) * z + z - 1); }
+};
+
 class BarsTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -137,7 +152,7 @@ class BarsTest : public ::testing::Test {
     reset_arrays();
     activate("menuitem_interface_extended");
     ASSERT_EQ(interface_extended, 1);
-    picture_loaded = 1, border_color_index = 6, options_expansion = 1;
-    set_zoom_level();
+    picture_loaded = 1, border_color_index = 6;
+    activate("menuitem_zoom_1x");
   }
 };

@@ -31,6 +31,24 @@ TEST_F(LineArrays, DrawsBarsStripAndMarkAndExportTable) {
   });
 }
 
+// The real border areas at zoom 1 and 2: the painted lines beside the picture, the black
+// outer strip, the white mark beside the range only while a picture is loaded.
+TEST_F(LineArrays, DrawnOnTheBorderAreas) {
+  colors_right[100] = colors_right[101] = 5;
+  set_selection(0, {101, 99, 1});
+  for (int z : {1, 2})
+    for (int loaded : {1, 0}) {
+      picture_loaded = loaded;
+      Shown right(0, z);
+      SCOPED_TRACE(testing::Message() << "zoom " << z << " loaded " << loaded);
+      EXPECT_EQ(right.at(0, 100), rgb_of(5));
+      EXPECT_EQ(right.at(43, 101), rgb_of(5));
+      EXPECT_EQ(right.at(20, 99), rgb_of(6));
+      for (int line : {99, 101}) EXPECT_EQ(right.at(44, line), rgb_of(loaded ? 1 : 0));
+      EXPECT_EQ(right.at(47, 102), rgb_of(0));
+    }
+}
+
 // Lines 40..69 hold colour 3, lines 70..79 colour 5, the rest none; the cursor is on 100.
 // The picture's lines 51..250 are at y 48z..247z; a double click selects the run of one
 // colour there.
