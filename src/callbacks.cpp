@@ -318,28 +318,27 @@ static bool need_picture() {
   return false;
 }
 
-void on_toolbutton_add_bar_left_clicked(GtkToolButton *, gpointer) {
+// An add or remove button: the operation on its side's list, then that side is redrawn.
+static void bar_button(void (*operation)(void), GtkWidget *area) {
   if (!need_picture()) return;
-  rastermodel_add_bar_left();
-  redraw(drawingarea_left_border);
+  operation();
+  redraw(area);
+}
+
+void on_toolbutton_add_bar_left_clicked(GtkToolButton *, gpointer) {
+  bar_button(rastermodel_add_bar_left, drawingarea_left_border);
 }
 
 void on_toolbutton_remove_bar_left_clicked(GtkToolButton *, gpointer) {
-  if (!need_picture()) return;
-  rastermodel_remove_bar_left();
-  redraw(drawingarea_left_border);
+  bar_button(rastermodel_remove_bar_left, drawingarea_left_border);
 }
 
 void on_toolbutton_add_bar_right_clicked(GtkToolButton *, gpointer) {
-  if (!need_picture()) return;
-  rastermodel_add_bar_right();
-  redraw(drawingarea_right_border);
+  bar_button(rastermodel_add_bar_right, drawingarea_right_border);
 }
 
 void on_toolbutton_remove_bar_right_clicked(GtkToolButton *, gpointer) {
-  if (!need_picture()) return;
-  rastermodel_remove_bar_right();
-  redraw(drawingarea_right_border);
+  bar_button(rastermodel_remove_bar_right, drawingarea_right_border);
 }
 
 void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {

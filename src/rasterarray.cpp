@@ -88,18 +88,17 @@ int paint(int side, int value, bool step) {
 
 // The key table. A row matches when its key value and modifier rule fit; the first
 // matching row acts.
-enum class Mods { any, shift_only, control_only };
 enum class Act { paint, clear, repeat, home, end, up, down };
 
 struct KeyRow {
   unsigned int keyval;
-  Mods mods;
+  KeyModifiers mods;
   Act act;
   int arg = 0;       // colour for paint, step for up / down
   int collapse = 0;  // for down
 };
 
-constexpr KeyRow paint_key(unsigned int keyval, int colour, Mods mods = Mods::any) {
+constexpr KeyRow paint_key(unsigned int keyval, int colour, KeyModifiers mods = KeyModifiers::Any) {
   return {keyval, mods, Act::paint, colour};
 }
 
@@ -110,42 +109,33 @@ constexpr auto key_table = std::to_array<KeyRow>({
     paint_key(GDK_q, 8), paint_key(GDK_w, 9), paint_key(GDK_e, 10), paint_key(GDK_r, 11),
     paint_key(GDK_t, 12), paint_key(GDK_y, 13), paint_key(GDK_u, 14), paint_key(GDK_i, 15),
     // Keypad: 0..7, with Control 8..15; Shift turns 1, 2, 3 and 7 into movements.
-    paint_key(GDK_KP_0, 8, Mods::control_only), paint_key(GDK_KP_0, 0),
-    {GDK_KP_1, Mods::shift_only, Act::end},
-    paint_key(GDK_KP_1, 9, Mods::control_only), paint_key(GDK_KP_1, 1),
-    {GDK_KP_2, Mods::shift_only, Act::down, 1, 1},
-    paint_key(GDK_KP_2, 10, Mods::control_only), paint_key(GDK_KP_2, 2),
-    {GDK_KP_3, Mods::shift_only, Act::down, 8, 0},
-    paint_key(GDK_KP_3, 11, Mods::control_only), paint_key(GDK_KP_3, 3),
-    paint_key(GDK_KP_4, 12, Mods::control_only), paint_key(GDK_KP_4, 4),
-    paint_key(GDK_KP_5, 13, Mods::control_only), paint_key(GDK_KP_5, 5),
-    paint_key(GDK_KP_6, 14, Mods::control_only), paint_key(GDK_KP_6, 6),
-    {GDK_KP_7, Mods::shift_only, Act::home},
-    paint_key(GDK_KP_7, 15, Mods::control_only), paint_key(GDK_KP_7, 7),
-    {GDK_KP_Multiply, Mods::any, Act::repeat},
-    {GDK_Delete, Mods::any, Act::clear},
+    paint_key(GDK_KP_0, 8, KeyModifiers::ControlOnly), paint_key(GDK_KP_0, 0),
+    {GDK_KP_1, KeyModifiers::ShiftOnly, Act::end},
+    paint_key(GDK_KP_1, 9, KeyModifiers::ControlOnly), paint_key(GDK_KP_1, 1),
+    {GDK_KP_2, KeyModifiers::ShiftOnly, Act::down, 1, 1},
+    paint_key(GDK_KP_2, 10, KeyModifiers::ControlOnly), paint_key(GDK_KP_2, 2),
+    {GDK_KP_3, KeyModifiers::ShiftOnly, Act::down, 8, 0},
+    paint_key(GDK_KP_3, 11, KeyModifiers::ControlOnly), paint_key(GDK_KP_3, 3),
+    paint_key(GDK_KP_4, 12, KeyModifiers::ControlOnly), paint_key(GDK_KP_4, 4),
+    paint_key(GDK_KP_5, 13, KeyModifiers::ControlOnly), paint_key(GDK_KP_5, 5),
+    paint_key(GDK_KP_6, 14, KeyModifiers::ControlOnly), paint_key(GDK_KP_6, 6),
+    {GDK_KP_7, KeyModifiers::ShiftOnly, Act::home},
+    paint_key(GDK_KP_7, 15, KeyModifiers::ControlOnly), paint_key(GDK_KP_7, 7),
+    {GDK_KP_Multiply, KeyModifiers::Any, Act::repeat},
+    {GDK_Delete, KeyModifiers::Any, Act::clear},
     // Movements; Shift alone extends the range.
-    {GDK_Home, Mods::any, Act::home},
-    {GDK_End, Mods::any, Act::end},
-    {GDK_Up, Mods::any, Act::up, 1},
-    {GDK_Down, Mods::any, Act::down, 1, 1},
-    {GDK_Page_Up, Mods::any, Act::up, 8},
-    {GDK_Page_Down, Mods::any, Act::down, 8, 0},
-    {GDK_KP_Up, Mods::any, Act::up, 1},
-    {GDK_KP_Page_Up, Mods::any, Act::up, 8},
+    {GDK_Home, KeyModifiers::Any, Act::home},
+    {GDK_End, KeyModifiers::Any, Act::end},
+    {GDK_Up, KeyModifiers::Any, Act::up, 1},
+    {GDK_Down, KeyModifiers::Any, Act::down, 1, 1},
+    {GDK_Page_Up, KeyModifiers::Any, Act::up, 8},
+    {GDK_Page_Down, KeyModifiers::Any, Act::down, 8, 0},
+    {GDK_KP_Up, KeyModifiers::Any, Act::up, 1},
+    {GDK_KP_Page_Up, KeyModifiers::Any, Act::up, 8},
 });
 
 constexpr unsigned int shift_state = 1;
-constexpr unsigned int control_state = 4;
 
-bool mods_match(Mods mods, unsigned int state) {
-  switch (mods) {
-    case Mods::shift_only: return state == shift_state;
-    case Mods::control_only: return state == control_state;
-    case Mods::any: return true;
-  }
-  return false;
-}
 
 int run_action(int side, const KeyRow &row, int extend) {
   switch (row.act) {
@@ -251,7 +241,7 @@ void rasterarray_set_color_at_index(int side, int index, int colour) {
 int rasterarray_key_press(int side, unsigned int keyval, unsigned int state) {
   const int extend = state == shift_state ? 1 : 0;
   for (const KeyRow &row : key_table)
-    if (row.keyval == keyval && mods_match(row.mods, state)) return run_action(side, row, extend);
+    if (row.keyval == keyval && key_modifiers_match(row.mods, state)) return run_action(side, row, extend);
   return 0;
 }
 
@@ -433,4 +423,16 @@ void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour) {
     for (size_t r = 0; r < column.size(); ++r)
       colors[first_line + r] = column[r] < 0 ? -1 : rasterarray_index_for_packed_rgb(column[r]);
   }
+}
+
+// Shift 1 and Control 4, as the border areas pass the masked state.
+constexpr unsigned int control_state = 4;
+
+bool key_modifiers_match(KeyModifiers rule, unsigned int state) {
+  switch (rule) {
+    case KeyModifiers::ShiftOnly: return state == shift_state;
+    case KeyModifiers::ControlOnly: return state == control_state;
+    case KeyModifiers::Any: return true;
+  }
+  return false;
 }

@@ -36,7 +36,11 @@ void rasterarray_delete_all_bars(void);
 int rasterarray_get_color_at_index(int side, int index);
 void rasterarray_set_color_at_index(int side, int index, int colour);
 
-// Keyboard editing.
+// Keyboard editing. A key table row's modifier rule: any state, or exactly Shift, or exactly
+// Control (the state is masked to Shift 1, Control 4 and Alt 8 before it reaches the tables,
+// so Control with Shift or Alt is neither). Shared with Extended mode's key table.
+enum class KeyModifiers { Any, ShiftOnly, ControlOnly };
+bool key_modifiers_match(KeyModifiers rule, unsigned int state);
 int rasterarray_key_press(int side, unsigned int keyval, unsigned int state);
 int rasterarray_key_press_left(unsigned int keyval, unsigned int state);
 int rasterarray_key_press_right(unsigned int keyval, unsigned int state);

@@ -137,70 +137,58 @@ gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row
 
 // --- Keys -------------------------------------------------------------------------
 
-enum class Modifiers { Any, ShiftOnly, ControlOnly };
 enum class KeyAction { Color, Previous, Next, Remove, Nothing };
 
 struct KeyBinding {
   unsigned int keyval;
-  Modifiers modifiers;
+  KeyModifiers modifiers;
   KeyAction action;
   int color;
 };
 
-constexpr unsigned int state_shift = GDK_SHIFT_MASK;
-constexpr unsigned int state_control = GDK_CONTROL_MASK;
-
 // Looked up top to bottom; the first entry whose key and modifier rule match wins, so a
 // key's Shift-only or Control-only entry comes before its catch-all entry.
 constexpr std::array<KeyBinding, 38> key_table{{
-    {GDK_1, Modifiers::Any, KeyAction::Color, 0},
-    {GDK_2, Modifiers::Any, KeyAction::Color, 1},
-    {GDK_3, Modifiers::Any, KeyAction::Color, 2},
-    {GDK_4, Modifiers::Any, KeyAction::Color, 3},
-    {GDK_5, Modifiers::Any, KeyAction::Color, 4},
-    {GDK_6, Modifiers::Any, KeyAction::Color, 5},
-    {GDK_7, Modifiers::Any, KeyAction::Color, 6},
-    {GDK_8, Modifiers::Any, KeyAction::Color, 7},
-    {GDK_q, Modifiers::Any, KeyAction::Color, 8},
-    {GDK_w, Modifiers::Any, KeyAction::Color, 9},
-    {GDK_e, Modifiers::Any, KeyAction::Color, 10},
-    {GDK_r, Modifiers::Any, KeyAction::Color, 11},
-    {GDK_t, Modifiers::Any, KeyAction::Color, 12},
-    {GDK_y, Modifiers::Any, KeyAction::Color, 13},
-    {GDK_u, Modifiers::Any, KeyAction::Color, 14},
-    {GDK_i, Modifiers::Any, KeyAction::Color, 15},
-    {GDK_KP_0, Modifiers::ControlOnly, KeyAction::Color, 8},
-    {GDK_KP_0, Modifiers::Any, KeyAction::Color, 0},
-    {GDK_KP_1, Modifiers::ControlOnly, KeyAction::Color, 9},
-    {GDK_KP_1, Modifiers::Any, KeyAction::Color, 1},
-    {GDK_KP_2, Modifiers::ShiftOnly, KeyAction::Next, 0},
-    {GDK_KP_2, Modifiers::ControlOnly, KeyAction::Color, 10},
-    {GDK_KP_2, Modifiers::Any, KeyAction::Color, 2},
-    {GDK_KP_3, Modifiers::ControlOnly, KeyAction::Color, 11},
-    {GDK_KP_3, Modifiers::Any, KeyAction::Color, 3},
-    {GDK_KP_4, Modifiers::ControlOnly, KeyAction::Color, 12},
-    {GDK_KP_4, Modifiers::Any, KeyAction::Color, 4},
-    {GDK_KP_5, Modifiers::ControlOnly, KeyAction::Color, 13},
-    {GDK_KP_5, Modifiers::Any, KeyAction::Color, 5},
-    {GDK_KP_6, Modifiers::ControlOnly, KeyAction::Color, 14},
-    {GDK_KP_6, Modifiers::Any, KeyAction::Color, 6},
-    {GDK_KP_7, Modifiers::ControlOnly, KeyAction::Color, 15},
-    {GDK_KP_7, Modifiers::Any, KeyAction::Color, 7},
-    {GDK_KP_8, Modifiers::ShiftOnly, KeyAction::Previous, 0},
-    {GDK_KP_8, Modifiers::Any, KeyAction::Nothing, 0},
-    {GDK_Up, Modifiers::Any, KeyAction::Previous, 0},
-    {GDK_Down, Modifiers::Any, KeyAction::Next, 0},
-    {GDK_Delete, Modifiers::Any, KeyAction::Remove, 0},
+    {GDK_1, KeyModifiers::Any, KeyAction::Color, 0},
+    {GDK_2, KeyModifiers::Any, KeyAction::Color, 1},
+    {GDK_3, KeyModifiers::Any, KeyAction::Color, 2},
+    {GDK_4, KeyModifiers::Any, KeyAction::Color, 3},
+    {GDK_5, KeyModifiers::Any, KeyAction::Color, 4},
+    {GDK_6, KeyModifiers::Any, KeyAction::Color, 5},
+    {GDK_7, KeyModifiers::Any, KeyAction::Color, 6},
+    {GDK_8, KeyModifiers::Any, KeyAction::Color, 7},
+    {GDK_q, KeyModifiers::Any, KeyAction::Color, 8},
+    {GDK_w, KeyModifiers::Any, KeyAction::Color, 9},
+    {GDK_e, KeyModifiers::Any, KeyAction::Color, 10},
+    {GDK_r, KeyModifiers::Any, KeyAction::Color, 11},
+    {GDK_t, KeyModifiers::Any, KeyAction::Color, 12},
+    {GDK_y, KeyModifiers::Any, KeyAction::Color, 13},
+    {GDK_u, KeyModifiers::Any, KeyAction::Color, 14},
+    {GDK_i, KeyModifiers::Any, KeyAction::Color, 15},
+    {GDK_KP_0, KeyModifiers::ControlOnly, KeyAction::Color, 8},
+    {GDK_KP_0, KeyModifiers::Any, KeyAction::Color, 0},
+    {GDK_KP_1, KeyModifiers::ControlOnly, KeyAction::Color, 9},
+    {GDK_KP_1, KeyModifiers::Any, KeyAction::Color, 1},
+    {GDK_KP_2, KeyModifiers::ShiftOnly, KeyAction::Next, 0},
+    {GDK_KP_2, KeyModifiers::ControlOnly, KeyAction::Color, 10},
+    {GDK_KP_2, KeyModifiers::Any, KeyAction::Color, 2},
+    {GDK_KP_3, KeyModifiers::ControlOnly, KeyAction::Color, 11},
+    {GDK_KP_3, KeyModifiers::Any, KeyAction::Color, 3},
+    {GDK_KP_4, KeyModifiers::ControlOnly, KeyAction::Color, 12},
+    {GDK_KP_4, KeyModifiers::Any, KeyAction::Color, 4},
+    {GDK_KP_5, KeyModifiers::ControlOnly, KeyAction::Color, 13},
+    {GDK_KP_5, KeyModifiers::Any, KeyAction::Color, 5},
+    {GDK_KP_6, KeyModifiers::ControlOnly, KeyAction::Color, 14},
+    {GDK_KP_6, KeyModifiers::Any, KeyAction::Color, 6},
+    {GDK_KP_7, KeyModifiers::ControlOnly, KeyAction::Color, 15},
+    {GDK_KP_7, KeyModifiers::Any, KeyAction::Color, 7},
+    {GDK_KP_8, KeyModifiers::ShiftOnly, KeyAction::Previous, 0},
+    {GDK_KP_8, KeyModifiers::Any, KeyAction::Nothing, 0},
+    {GDK_Up, KeyModifiers::Any, KeyAction::Previous, 0},
+    {GDK_Down, KeyModifiers::Any, KeyAction::Next, 0},
+    {GDK_Delete, KeyModifiers::Any, KeyAction::Remove, 0},
 }};
 
-bool modifiers_match(Modifiers rule, unsigned int state) {
-  switch (rule) {
-    case Modifiers::ShiftOnly: return state == state_shift;
-    case Modifiers::ControlOnly: return state == state_control;
-    case Modifiers::Any: return true;
-  }
-  return false;
-}
 
 }  // namespace
 
@@ -416,7 +404,7 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
 
   const KeyBinding *binding = nullptr;
   for (const KeyBinding &entry : key_table) {
-    if (entry.keyval == keyval && modifiers_match(entry.modifiers, state)) {
+    if (entry.keyval == keyval && key_modifiers_match(entry.modifiers, state)) {
       binding = &entry;
       break;
     }
