@@ -395,8 +395,7 @@ void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int 
 // Paints the file's bars in file order, so that a later bar wins where bars overlap.
 // Bars reaching outside the picture lines or without lines are skipped. A colour is
 // taken modulo 16 with the sign of the stored value; a bar whose colour comes out
-// negative paints nothing, so its lines stay as they are (uncoloured unless an earlier
-// bar covers them), which is what Extended mode shows for the same file.
+// negative leaves its lines uncoloured, also over an earlier bar.
 void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
   rasterarray_delete_all_bars();
   for (int side : {1, 0}) {
@@ -404,8 +403,7 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
     for (const LineRun &bar : rasterarray_read_bar_group(key_file, groups[side])) {
       if (bar.start < first_line || bar.height < 1 || static_cast<long long>(bar.start) + bar.height > last_line + 1)
         continue;
-      const int colour = bar.color % 16;
-      if (colour >= 0) std::fill(colors + bar.start, colors + bar.start + bar.height, colour);
+      std::fill(colors + bar.start, colors + bar.start + bar.height, bar.color % 16);
     }
   }
 }

@@ -457,10 +457,17 @@ namespace {
 int side_of_list(GtkTreeModel *list) { return is_left(list) ? 1 : 0; }
 
 // Adds the bars as rows; the store sorts them into place by start line.
+// Appends bars to a list, detached from its view as when clearing, so that the view
+// takes in the whole refill at once.
 void append_bars(GtkListStore *list, const std::vector<LineRun> &bars) {
+  GtkTreeView *view = GTK_TREE_VIEW(is_left(GTK_TREE_MODEL(list)) ? treeview_rasters_left : treeview_rasters_right);
+  g_object_ref(list);
+  if (view) gtk_tree_view_set_model(view, nullptr);
   for (const LineRun &bar : bars)
     gtk_list_store_insert_with_values(list, nullptr, -1, RASTER_COLUMN_LINE, bar.start, RASTER_COLUMN_HEIGHT,
                                       bar.height, RASTER_COLUMN_COLOR, bar.color, -1);
+  if (view) gtk_tree_view_set_model(view, GTK_TREE_MODEL(list));
+  g_object_unref(list);
 }
 
 std::vector<LineRun> rows_of(GtkTreeModel *model) {
@@ -534,7 +541,7 @@ void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
 
 // Takes every entry that starts beside the picture and ends by its last line; overlaps
 // and empty bars are kept. A colour is taken modulo 16 with the sign of the stored value;
-// an entry whose colour comes out negative is dropped, as Compact mode paints nothing for it.
+// an entry whose colour comes out negative is dropped, since a row always holds a colour 0..15.
 void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) {
   std::vector<LineRun> taken;
   for (LineRun bar : rasterarray_read_bar_group(key_file, group)) {

@@ -51,6 +51,8 @@ TEST_F(ProjectBars, BothModesReadTheGroups) {
        {{60, 10, 1}, {70, 5, 2}, {75, 5, 1}}},
       {"colours", "start=60;70;80;90;\nheight=1;1;1;1;\ncolor=17;-17;-16;31;",
        {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}, {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}},
+      {"negative colour", "start=60;65;\nheight=20;5;\ncolor=1;-1;", {{60, 20, 1}},
+       {{60, 20, 1}, {65, 5, -1}}},
       {"unequal lists", "start=60;70;80;\nheight=1;1;1;\ncolor=1;2;", {{60, 1, 1}, {70, 1, 2}}, {{60, 1, 1}, {70, 1, 2}}},
   };
   for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
