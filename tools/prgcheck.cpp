@@ -11,7 +11,7 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "usage: %s FILE.prg [FRAMES]\n", argv[0]);
     return 2;
   }
-  const int frames = argc == 3 ? std::atoi(argv[2]) : 25;
+  const int frames = argc == 3 ? std::atoi(argv[2]) : 45;
   if (frames < 2) {
     std::fprintf(stderr, "FRAMES must be at least 2\n");
     return 2;
@@ -24,9 +24,8 @@ int main(int argc, char **argv) {
   c64_run_frames(machine.get(), frames);
   const C64 *m = machine.get();
   if (m->cpu.jammed) std::printf("# processor stopped at $%04X (opcode $%02X)\n", m->cpu.pc, c64_peek(m, m->cpu.pc));
-  std::printf("# after %d frames: $D011=%02X $D016=%02X $D018=%02X $D020=%02X $D021=%02X $D015=%02X\n", frames,
-              c64_vic_register(m, 0x11), c64_vic_register(m, 0x16), c64_vic_register(m, 0x18),
-              c64_vic_register(m, 0x20) & 0x0F, c64_vic_register(m, 0x21) & 0x0F, c64_vic_register(m, 0x15));
+  std::printf("# after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
+              frames, m->vic[0x11], m->vic[0x16], m->vic[0x18], m->vic[0x15], m->vic[0x20], m->vic[0x21]);
   const int frame = frames - 2;  // the last complete frame
   std::printf("# frame %d, left border at cycle %d, right border at cycle %d; writes to $D020 as cycle:colour\n",
               frame, kLeftBorderCycle, kRightBorderCycle);
