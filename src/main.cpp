@@ -1,6 +1,5 @@
 // main: the program's entry point. Sets the locale, initialises the toolkit, runs the
 // start-up sequence (support.cpp) and then the main loop until the user quits.
-#include <clocale>
 
 #include "main.h"
 

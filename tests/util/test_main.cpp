@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
-#include <clocale>
 #include <cstdlib>
 #include <string>
 
