@@ -4,9 +4,16 @@
 // for PETSCII screens; reads files, writes none.
 #include "hiresdecoder.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <vector>
 
 #include "c64pixbufs.h"
 #include "pixbufs.h"
@@ -49,6 +56,13 @@ constexpr std::array<Format, 10> formats{{
     {9, Kind::Multicolor, {0x2000, 0x2000, 0x2000}, {10018, 10018}, 2, 8002, 9018, 9003, 9002},
     {10, Kind::Multicolor, {0xA000, 0xA000, 0xA000}, {10242, 10242}, 2, 8194, 9218, 8066, NONE},
 }};
+
+// The longest file of any format: nothing longer is read.
+constexpr gsize largest_picture = [] {
+  gsize largest = 0;
+  for (const Format &f : formats) largest = std::max({largest, f.sizes[0], f.sizes[1]});
+  return largest;
+}();
 
 constexpr int PETSCII_CHARSET = 4;  // byte holding the character set of a PETSCII screen
 
@@ -102,6 +116,48 @@ void copy_to_record(const Format &f, const unsigned char *data, PictureData *rec
   record->format = f.number;
 }
 
+// Reads a picture file: only a regular file is read, and of it no more than one byte past
+// the largest picture, so that a FIFO or a device cannot block the program and a huge file
+// cannot fill its memory. `length` is the file's own length, which may exceed what was read
+// (such a file is never recognised). False with an error when the file cannot be opened or
+// read, or is not a regular file (then with the decoder's own message).
+bool read_picture_file(const char *filename, std::vector<unsigned char> &data, gsize &length, GError **error) {
+  const int fd = open(filename, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    const int code = errno;
+    gchar *name = g_filename_display_name(filename);
+    g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "Failed to open file \u201c%s\u201d: %s", name,
+                g_strerror(code));
+    g_free(name);
+    return false;
+  }
+  struct stat info = {};
+  bool ok = fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+  if (!ok) fail(error, "Unknown picture format");
+  data.resize(largest_picture + 1);
+  gsize got = 0;
+  while (ok && got < data.size()) {
+    const ssize_t n = read(fd, data.data() + got, data.size() - got);
+    if (n == 0) break;
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      const int code = errno;
+      gchar *name = g_filename_display_name(filename);
+      g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "Failed to read from file \u201c%s\u201d: %s",
+                  name, g_strerror(code));
+      g_free(name);
+      ok = false;
+      break;
+    }
+    got += static_cast<gsize>(n);
+  }
+  close(fd);
+  data.resize(got);
+  // All of a file within the limit was read; of a longer one, its size tells the length.
+  length = got > largest_picture ? std::max<gsize>(got, static_cast<gsize>(info.st_size)) : got;
+  return ok;
+}
+
 GdkPixbuf *render(const Format &f, const unsigned char *data) {
   const unsigned char *bitmap = f.bitmap != NONE ? data + f.bitmap : nullptr;
   const unsigned char *color = f.color != NONE ? data + f.color : nullptr;
@@ -114,14 +170,14 @@ GdkPixbuf *render(const Format &f, const unsigned char *data) {
 int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int format, GdkPixbuf **pixbuf,
                                           PictureData *record, GError **error) {
   *pixbuf = nullptr;
-  gchar *contents = nullptr;
+  std::vector<unsigned char> contents;
   gsize length = 0;
-  if (!g_file_get_contents(filename, &contents, &length, error)) return 0;
-  const auto *data = reinterpret_cast<const unsigned char *>(contents);
+  if (!read_picture_file(filename, contents, length, error)) return 0;
+  const unsigned char *data = contents.data();
 
   int ok = 0;
   const Format *f = nullptr;
-  if (length < 2) {
+  if (contents.size() < 2) {
     fail(error, "Unknown picture format");
   } else {
     const unsigned int load = data[0] | (data[1] << 8);
@@ -136,6 +192,5 @@ int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int for
     else
       fail(error, "Could not create pixbuf");
   }
-  g_free(contents);
   return ok;
 }

@@ -403,7 +403,8 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
     for (const LineRun &bar : rasterarray_read_bar_group(key_file, groups[side])) {
       if (bar.start < first_line || bar.height < 1 || static_cast<long long>(bar.start) + bar.height > last_line + 1)
         continue;
-      std::fill(colors + bar.start, colors + bar.start + bar.height, bar.color % 16);
+      const int colour = bar.color % 16;
+      std::fill(colors + bar.start, colors + bar.start + bar.height, colour < 0 ? -1 : colour);
     }
   }
 }

@@ -14,6 +14,7 @@
 
 #include <gdk/gdkkeysyms.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -44,8 +45,27 @@ struct RasterBar {
   int start;
   int height;
   int color;
-  bool covers(int line) const { return start <= line && line < start + height; }
+  // In a wider type: a row read from a project may hold any start and height.
+  bool covers(int line) const { return start <= line && line < static_cast<long long>(start) + height; }
 };
+
+// Raster line shown on a side border area's top pixel row.
+constexpr int first_shown_line = first_bar_line - horiz_border_height;
+
+// The pixel rows that lines start .. start + height - 1 take in a side border area at
+// zoom z, cut to the area. Worked out in a wider type than the bar's own, so that no start
+// and height a project holds can overflow; a bar that covers no line gets no rows.
+struct PixelRows {
+  int y;
+  int height;
+};
+
+PixelRows rows_of_lines(int start, int height, int z) {
+  const long long first = std::max<long long>(start, first_shown_line);
+  const long long end = std::min<long long>(static_cast<long long>(start) + height, first_shown_line + vert_border_height);
+  if (end <= first) return {0, 0};
+  return {static_cast<int>((first - first_shown_line) * z), static_cast<int>((end - first) * z)};
+}
 
 RasterBar read_bar(GtkTreeModel *model, GtkTreeIter *row) {
   RasterBar bar{};
@@ -346,9 +366,9 @@ void rastermodel_render_lines_right(cairo_t *cr, int with_selection) { rastermod
 gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer cr) {
   RasterBar bar = read_bar(model, iter);
   int z = zoom();
-  fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0,
-            (bar.start - first_bar_line + horiz_border_height) * z, (vert_border_width - outer_strip_width) * z,
-            bar.height * z);
+  const PixelRows rows = rows_of_lines(bar.start, bar.height, z);
+  fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0, rows.y,
+            (vert_border_width - outer_strip_width) * z, rows.height);
   return FALSE;
 }
 
@@ -358,8 +378,9 @@ void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t 
   if (!get_single_selected(view, model, &row)) return;
   RasterBar bar = read_bar(model, &row);
   int z = zoom();
-  fill_rect(cr, 1, is_left(model) ? 0 : (vert_border_width - outer_strip_width) * z,
-            (bar.start - first_bar_line + horiz_border_height) * z, outer_strip_width * z, bar.height * z);
+  const PixelRows rows = rows_of_lines(bar.start, bar.height, z);
+  fill_rect(cr, 1, is_left(model) ? 0 : (vert_border_width - outer_strip_width) * z, rows.y, outer_strip_width * z,
+            rows.height);
 }
 
 // --- Per-line table, mouse pick, cursor -------------------------------------------
