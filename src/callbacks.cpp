@@ -12,6 +12,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -455,7 +456,9 @@ int save_project_to_file(const char *path) {
     rasterarray_dump_models_to_key_file(key_file.get());
 
   GError *error = nullptr;
-  if (!g_key_file_save_to_file(key_file.get(), path, &error)) {
+  gsize length = 0;
+  OwnedString text(g_key_file_to_data(key_file.get(), &length, nullptr));
+  if (!support_replace_file(path, text.get(), length, &error)) {
     report_error(error ? error->message : "The project could not be written");
     if (error) g_error_free(error);
     return 0;
@@ -670,11 +673,15 @@ int export_run_cruncher(const char *filename) {
     gdk_window_set_cursor(window, watch);
     gdk_flush();
   }
-  char *command = g_strdup_printf("%s/exomizer sfx 2061 \"%s\" -o \"%s\" -n", app_folder, filename, filename);
+  // One argument per word, so that any file name (quotes and spaces included) reaches the
+  // cruncher whole: exomizer sfx 2061 <prg> -o <prg> -n.
+  OwnedString program(g_build_filename(app_folder ? app_folder : ".", "exomizer", nullptr));
+  char *argv[] = {program.get(), const_cast<char *>("sfx"), const_cast<char *>("2061"), const_cast<char *>(filename),
+                  const_cast<char *>("-o"), const_cast<char *>(filename), const_cast<char *>("-n"), nullptr};
   GError *error = nullptr;
   int status = -1;
-  const gboolean ran = g_spawn_command_line_sync(command, nullptr, nullptr, &status, &error);
-  g_free(command);
+  const gboolean ran = g_spawn_sync(nullptr, argv, nullptr, G_SPAWN_CHILD_INHERITS_STDIN, nullptr, nullptr, nullptr,
+                                    nullptr, &status, &error);
   if (window) gdk_window_set_cursor(window, nullptr);
   gdk_cursor_unref(watch);
   if (!ran) {
@@ -736,10 +743,19 @@ cairo_surface_t *export_png_compose(void) {
   return output;
 }
 
+// Collects what the PNG writer produces.
+static cairo_status_t append_png_bytes(void *closure, const unsigned char *data, unsigned int length) {
+  static_cast<std::string *>(closure)->append(reinterpret_cast<const char *>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+// The PNG is made in memory first, so that a failed write never leaves a cut-off file in
+// place of an earlier one.
 int export_png_to_file(const char *filename) {
-  cairo_surface_t *image = export_png_compose();
-  const bool written = cairo_surface_write_to_png(image, filename) == CAIRO_STATUS_SUCCESS;
-  cairo_surface_destroy(image);
+  Surface image(export_png_compose());
+  std::string png;
+  const bool written = cairo_surface_write_to_png_stream(image.get(), append_png_bytes, &png) == CAIRO_STATUS_SUCCESS &&
+                       support_replace_file(filename, png.data(), png.size(), nullptr) == 1;
   report_info(written ? "Project exported to PNG" : "Failed to export project to PNG");
   return written ? 1 : 0;
 }

@@ -136,5 +136,5 @@ int options_save_to_file(void) {
   gsize length = 0;
   OwnedString data(g_key_file_to_data(key_file.get(), &length, nullptr));
   if (!data || !utf8_path_configfile) return 0;
-  return g_file_set_contents(utf8_path_configfile, data.get(), static_cast<gssize>(length), nullptr) ? 1 : 0;
+  return support_replace_file(utf8_path_configfile, data.get(), length, nullptr);
 }

@@ -1,10 +1,18 @@
 // support: finding widgets by name, the process-wide state of the shell (window_main,
 // app_folder) and the start-up sequence that main() runs.
 //
-// May touch: every module's init function, the options and the main window.
+// May touch: every module's init function, the options and the main window; the files it
+// is asked to replace.
 #include "support.h"
 
+#include <fcntl.h>
+#include <glib/gstdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
+#include <string>
 
 #include "c64pixbufs.h"
 #include "callbacks.h"
@@ -48,4 +56,80 @@ void main_start_up(void) {
   rastermodel_module_init();
   options_module_init();
   controls_adjust_from_options();
+}
+
+namespace {
+
+// Links followed before giving up, as the system does.
+constexpr int max_link_depth = 40;
+
+// The file that writing to `path` would reach: symbolic links followed, each relative link
+// taken from the folder of the link. A dangling link gives the path it points to.
+std::string follow_links(const char *path) {
+  std::string target = path;
+  for (int depth = 0; depth < max_link_depth && g_file_test(target.c_str(), G_FILE_TEST_IS_SYMLINK); ++depth) {
+    gchar *next = g_file_read_link(target.c_str(), nullptr);
+    if (!next) break;
+    if (g_path_is_absolute(next)) {
+      target = next;
+    } else {
+      gchar *folder = g_path_get_dirname(target.c_str());
+      gchar *joined = g_build_filename(folder, next, nullptr);
+      target = joined;
+      g_free(joined);
+      g_free(folder);
+    }
+    g_free(next);
+  }
+  return target;
+}
+
+int fail_with_errno(GError **error, const char *what, const std::string &path, int code) {
+  gchar *name = g_filename_display_name(path.c_str());
+  g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "%s \u201c%s\u201d: %s", what, name,
+              g_strerror(code));
+  g_free(name);
+  return 0;
+}
+
+bool write_all(int fd, const char *data, gsize length) {
+  while (length > 0) {
+    const ssize_t n = write(fd, data, length);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    data += n;
+    length -= static_cast<gsize>(n);
+  }
+  return true;
+}
+
+}  // namespace
+
+int support_replace_file(const char *path, const char *data, gsize length, GError **error) {
+  const std::string target = follow_links(path);
+  GStatBuf old;
+  const bool existed = g_stat(target.c_str(), &old) == 0;
+
+  gchar *folder = g_path_get_dirname(target.c_str());
+  gchar *base = g_path_get_basename(target.c_str());
+  gchar *pattern = g_strdup_printf("%s/.%s.XXXXXX", folder, base);
+  g_free(base);
+  g_free(folder);
+  std::string temporary;
+  const int fd = g_mkstemp_full(pattern, O_RDWR | O_CLOEXEC, 0666);  // the umask applies to a new file
+  temporary = pattern;
+  g_free(pattern);
+  if (fd < 0) return fail_with_errno(error, "Failed to create file", target, errno);
+
+  // The data must be on the disk before the rename makes it the file.
+  bool written = write_all(fd, data, length) && fsync(fd) == 0;
+  int code = errno;
+  if (written && existed && fchmod(fd, old.st_mode & 07777) != 0) code = errno, written = false;
+  if (close(fd) != 0 && written) code = errno, written = false;
+  if (written && g_rename(temporary.c_str(), target.c_str()) != 0) code = errno, written = false;
+  if (!written) {
+    g_unlink(temporary.c_str());
+    return fail_with_errno(error, "Failed to write file", target, code);
+  }
+  return 1;
 }

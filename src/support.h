@@ -19,6 +19,13 @@
 // or NULL after logging "Widget not found: %s".
 GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name);
 
+// Replaces the file at `path` with `length` bytes of `data` without ever leaving it half
+// written: the bytes go to a temporary file beside it, which is renamed over it only after
+// a complete write (on failure the old file stays as it was). Through a symbolic link the
+// file the link points to is replaced and the link kept; an existing file keeps its
+// permissions. 1 on success; 0 with a file error otherwise.
+int support_replace_file(const char *path, const char *data, gsize length, GError **error);
+
 // Owners of the toolkit's objects, released when they go out of scope.
 template <typename T, void (*release)(T *)>
 struct Releaser {
