@@ -29,5 +29,5 @@ configure_and_build() {
   if [ ! -f "$BUILD_DIR/build.ninja" ]; then
     cmake -S "$ROOT" -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@"
   fi
-  cmake --build "$BUILD_DIR"
+  cmake --build "$BUILD_DIR" -j2
 }
