@@ -10,6 +10,7 @@
 
 #include "c64pixbufs.h"
 #include "pixbufs.h"
+#include "support.h"
 
 PictureData picture_data = {};
 
@@ -60,10 +61,9 @@ void fail(GError **error, const char *format, ...) G_GNUC_PRINTF(2, 3);
 void fail(GError **error, const char *format, ...) {
   va_list args;
   va_start(args, format);
-  char *message = g_strdup_vprintf(format, args);
+  OwnedString message(g_strdup_vprintf(format, args));
   va_end(args);
-  g_set_error_literal(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, message);
-  g_free(message);
+  g_set_error_literal(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, message.get());
 }
 
 // Finds the format of the file, or reports why it is not the one asked for.
@@ -115,6 +115,7 @@ int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int for
   gchar *contents = nullptr;
   gsize length = 0;
   if (!g_file_get_contents(filename, &contents, &length, error)) return 0;
+  OwnedString owned_contents(contents);
   const auto *data = reinterpret_cast<const unsigned char *>(contents);
 
   int ok = 0;
@@ -134,7 +135,6 @@ int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int for
     else
       fail(error, "Could not create pixbuf");
   }
-  g_free(contents);
   return ok;
 }
 
