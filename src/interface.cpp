@@ -10,6 +10,7 @@
 #include <gdk/gdkkeysyms.h>
 
 #include <array>
+#include <tuple>
 
 #include "callbacks.h"
 #include "support.h"
@@ -290,24 +291,18 @@ GtkWidget *create_window_main(void) {
   GtkWidget *hbox_areas = named(window, gtk_hbox_new(FALSE, 0), "hbox_drawingareas");
   pack(hbox_topmost, new_aspect_frame(window, "aspectframe_drawingareas", "alignment_drawingareas", hbox_areas),
        false, true);
-  pack(hbox_areas,
-       named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true),
-             "drawingarea_left_border"),
-       false, true);
+  auto side_border = [&](const char *name) {
+    pack(hbox_areas, named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true), name),
+         false, true);
+  };
+  side_border("drawingarea_left_border");
   GtkWidget *vbox_areas = named(window, gtk_vbox_new(FALSE, 0), "vbox_drawingareas");
   pack(hbox_areas, vbox_areas, false, true);
-  pack(vbox_areas,
-       named(window, new_drawing_area(horiz_border_width, horiz_border_height, 0, false), "drawingarea_upper_border"),
-       true, true);
-  pack(vbox_areas, named(window, new_drawing_area(picture_width, picture_height, 0, false), "drawingarea_picture"),
-       true, true);
-  pack(vbox_areas,
-       named(window, new_drawing_area(horiz_border_width, horiz_border_height, 0, false), "drawingarea_lower_border"),
-       true, true);
-  pack(hbox_areas,
-       named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true),
-             "drawingarea_right_border"),
-       false, true);
+  for (auto [name, width, height] : {std::tuple{"drawingarea_upper_border", horiz_border_width, horiz_border_height},
+                                     std::tuple{"drawingarea_picture", picture_width, picture_height},
+                                     std::tuple{"drawingarea_lower_border", horiz_border_width, horiz_border_height}})
+    pack(vbox_areas, named(window, new_drawing_area(width, height, 0, false), name), true, true);
+  side_border("drawingarea_right_border");
 
   // The Extended mode's controls: tool bar and the two bar lists.
   GtkWidget *hbox_controls = named(window, gtk_hbox_new(FALSE, 0), "hbox_controls");
