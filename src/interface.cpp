@@ -25,6 +25,7 @@ using ToolHandler = void (*)(GtkToolButton *, gpointer);
 
 enum class Kind { Image, Stock, Plain, Radio, Check, Separator };
 
+// clang-format off
 struct MenuRow {
   const char *parent;   // registered name of the submenu that holds the item, nullptr for the bar
   const char *name;
@@ -40,11 +41,13 @@ struct MenuRow {
   int group;            // radio group, 1..3
   bool active;          // initial state of radio and check items
 };
+// clang-format on
 
 constexpr auto kNone = GdkModifierType(0);
 constexpr auto kShift = GDK_SHIFT_MASK;
 constexpr auto kAlt = GDK_MOD1_MASK;
 
+// clang-format off
 // Parents come before their children, and items in the order they appear in their menu.
 constexpr MenuRow kMenuRows[] = {
     {nullptr, "menuitem_file", Kind::Image, N_("_File"), "gtk-floppy", "image502", 0, kNone, nullptr, nullptr, "menuitem_file_menu", 0, false},
@@ -86,6 +89,7 @@ constexpr MenuRow kMenuRows[] = {
     {nullptr, "menuitem_help", Kind::Image, N_("_Help"), "gtk-help", "image513", 0, kNone, nullptr, nullptr, "menuitem_help_menu", 0, false},
     {"menuitem_help_menu", "menuitem_about", Kind::Stock, nullptr, "gtk-about", nullptr, 0, kNone, nullptr, on_menuitem_about_activate, nullptr, 0, false},
 };
+// clang-format on
 
 struct ToolRow {
   const char *name;
