@@ -87,7 +87,7 @@ TEST_F(BarList, ToolButtonsAddRemoveAndDeleteAll) {
 // picks the first row that covers the line.
 TEST_F(BarList, OverlapLaterRowShowsFirstRowIsPicked) {
   set_bars(1, {{60, 20, 2}, {70, 5, 5}});
-  unsigned char table[200];
+  unsigned char table[picture_lines];
   rastermodel_get_bars_left(table, 6);
   const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}});
   EXPECT_EQ(std::vector<int>(table, table + 200), std::vector<int>(want.begin() + 51, want.begin() + 251));
