@@ -79,28 +79,11 @@ inline void set_lines(int side, const std::vector<int> &content) {
   std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
 }
 
-inline void activate(const char *item) { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item))); }
-
-inline std::string status_text() {
-  GtkWidget *area = gtk_statusbar_get_message_area(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main")));
-  GList *children = gtk_container_get_children(GTK_CONTAINER(area));
-  std::string text = children ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
-  g_list_free(children);
-  return text;
-}
-
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
   GdkEventButton ev{};
   ev.type = type, ev.window = area_of(side)->window, ev.x = 10, ev.y = y, ev.state = state, ev.button = button;
   return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
-}
-
-// A palette colour as 0xRRGGBB.
-inline unsigned rgb_of(int color) {
-  unsigned char rgb[3];
-  palette_get_rgb_at_index(color, rgb);
-  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
 }
 
 // A pixel of a side drawn with or without the selection mark, at (x, y) in zoom-1 pixels;

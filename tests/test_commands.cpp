@@ -40,7 +40,7 @@ TEST_F(Commands, BorderColourOnOpenReloadAndPaletteChange) {
   // A palette change keeps the hand-chosen colour and draws the picture in the new colours.
   border_color_index = 9;
   for (const char *item : {"menuitem_palette_high_contrast", "menuitem_palette_peptos"}) {
-    gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item)));
+    activate(item);
     EXPECT_EQ(border_color_index, 9);
     ASSERT_NE(pixbuf_picture, nullptr);
     EXPECT_EQ(pixel_at(pixbuf_picture, 100, 100), rgb_of(14)) << item;
