@@ -1,18 +1,46 @@
-// Shared by the bar test programs: the started program with no bars, a side's bars as
-// values in both forms (list rows and line arrays), the list views' selection, the border
+// Shared by the bar test programs: the started program with no bars, a side's bars and
+// selection as values in both forms (list rows and line arrays), the list views' selection, the border
 // areas, menu items and drawing.
 #pragma once
 
 #include <algorithm>
 
 #include "callbacks.h"
-#include "line_selection.h"
 #include "main.h"
 #include "options.h"
 #include "palette.h"
+#include "rasterarray.h"
 #include "rastermodel.h"
 #include "support.h"
 #include "testutil.h"
+
+// One side's Compact selection as a value.
+struct Selection {
+  int start, end, active;
+  bool operator==(const Selection &) const = default;
+};
+
+inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
+  return os << "{" << s.start << "," << s.end << "," << s.active << "}";
+}
+
+inline Selection selection(int side) {
+  return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}
+                   : Selection{selection_start_right, selection_end_right, selection_active_right};
+}
+
+inline void set_selection(int side, Selection s) {
+  (side == 1 ? selection_start_left : selection_start_right) = s.start;
+  (side == 1 ? selection_end_left : selection_end_right) = s.end;
+  (side == 1 ? selection_active_left : selection_active_right) = s.active;
+}
+
+// All entries -1, both cursors on line 51.
+inline void reset_arrays() {
+  rasterarray_delete_all_bars();
+  set_selection(0, {51, 51, 0});
+  set_selection(1, {51, 51, 0});
+}
 
 struct Bar {
   int start, height, color;
