@@ -3,6 +3,8 @@
 // areas, menu items and drawing.
 #pragma once
 
+#include <gdk/gdkkeysyms.h>
+
 #include <algorithm>
 
 #include "callbacks.h"
@@ -106,6 +108,22 @@ inline std::vector<int> painted(const Bars &content, int fill = -1) {
 inline void set_lines(int side, const std::vector<int> &content) {
   std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
 }
+
+// The colour keys of both key maps, from their tables: the digit row 1..8 gives 0..7 and the
+// row q..i 8..15 in every state; keypad 0..7 gives 0..7, and 8..15 with Control only.
+// Each row: key value, colour with Shift only, with Control only, in every other state.
+template <typename Row>
+std::vector<Row> colour_key_rows() {
+  std::vector<Row> rows;
+  const std::string main_keys = "12345678qwertyui";
+  for (int k = 0; k < 16; ++k) rows.push_back({unsigned(main_keys[k]), k, k, k});
+  for (int k = 0; k < 8; ++k) rows.push_back({GDK_KP_0 + unsigned(k), k, k + 8, k});
+  return rows;
+}
+
+// The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
+constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
+                                GDK_SHIFT_MASK | GDK_MOD1_MASK};
 
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {

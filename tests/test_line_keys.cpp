@@ -5,49 +5,44 @@
 
 namespace {
 
-constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK, ALT = GDK_MOD1_MASK;
+constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 const Bars before_keys{{first_picture_line, picture_lines, 7}};  // every picture line holds 7 before each key
 
-// What a key does from the cursor on line 100 (no range): paint a colour, clear the line,
-// move the selection, or nothing.
+// What a key does from the cursor on line 100 (no range): paint a colour (0..15), clear the
+// line (-1), nothing (-2), or move the selection (-3, to `to`).
+constexpr int clear = -1, nothing = -2, moves = -3;
 struct Does {
-  enum { nothing, paint, clear, move } what;
-  int colour = 0;
+  int what;
   Selection to{};
+  Does(int colour) : what(colour) {}
+  Does(Selection selection) : what(moves), to(selection) {}
 };
-Does paint(int colour) { return {Does::paint, colour}; }
-Does move(int start, int end, int active) { return {Does::move, 0, {start, end, active}}; }
-const Does nothing{Does::nothing}, clear{Does::clear};
 
-// The key table: what each key does with Shift only, with Control only, and in every
-// other state (none, Alt, Control with Shift, Shift with Alt).
+// The key table: what each key does with Shift only, with Control only, and in every other
+// state (none, Alt, Control with Shift, Shift with Alt).
 struct KeyRow {
   unsigned keyval;
   Does shift, control, other;
 };
 
 std::vector<KeyRow> key_table() {
-  std::vector<KeyRow> rows;
-  const std::string main_keys = "12345678qwertyui";
-  for (int k = 0; k < 16; ++k) rows.push_back({unsigned(main_keys[k]), paint(k), paint(k), paint(k)});
-  for (int k = 0; k < 8; ++k) rows.push_back({GDK_KP_0 + unsigned(k), paint(k), paint(k + 8), paint(k)});
-  rows[16 + 1].shift = move(100, 250, 1);  // KP_1
-  rows[16 + 2].shift = move(100, 101, 1);  // KP_2
-  rows[16 + 3].shift = move(100, 108, 1);  // KP_3
-  rows[16 + 7].shift = move(100, 51, 1);   // KP_7
-  const Does home = move(51, 51, 0), end = move(250, 250, 0), up = move(99, 99, 0), page_up = move(92, 92, 0);
-  const Does down = move(101, 101, 0), page_down = move(108, 108, 0);
+  std::vector<KeyRow> rows = colour_key_rows<KeyRow>();
+  rows[16 + 1].shift = Selection{100, 250, 1};  // KP_1
+  rows[16 + 2].shift = Selection{100, 101, 1};  // KP_2
+  rows[16 + 3].shift = Selection{100, 108, 1};  // KP_3
+  rows[16 + 7].shift = Selection{100, 51, 1};   // KP_7
+  const Selection home{51, 51, 0}, end{250, 250, 0}, up{99, 99, 0}, page_up{92, 92, 0}, down{101, 101, 0};
   for (const KeyRow &row : std::vector<KeyRow>{
            {GDK_KP_Multiply, nothing, nothing, nothing},  // no range to repeat
            {GDK_Delete, clear, clear, clear},
-           {GDK_Home, move(100, 51, 1), home, home},
-           {GDK_End, move(100, 250, 1), end, end},
-           {GDK_Up, move(100, 99, 1), up, up},
-           {GDK_KP_Up, move(100, 99, 1), up, up},
-           {GDK_Down, move(100, 101, 1), down, down},
-           {GDK_Page_Up, move(100, 92, 1), page_up, page_up},
-           {GDK_KP_Page_Up, move(100, 92, 1), page_up, page_up},
-           {GDK_Page_Down, move(100, 108, 1), page_down, page_down},
+           {GDK_Home, Selection{100, 51, 1}, home, home},
+           {GDK_End, Selection{100, 250, 1}, end, end},
+           {GDK_Up, Selection{100, 99, 1}, up, up},
+           {GDK_KP_Up, Selection{100, 99, 1}, up, up},
+           {GDK_Down, Selection{100, 101, 1}, down, down},
+           {GDK_Page_Up, Selection{100, 92, 1}, page_up, page_up},
+           {GDK_KP_Page_Up, Selection{100, 92, 1}, page_up, page_up},
+           {GDK_Page_Down, Selection{100, 108, 1}, Selection{108, 108, 0}, Selection{108, 108, 0}},
        })
     rows.push_back(row);
   // Keys that do nothing: other keypad keys, shifted key values, keys outside the table.
@@ -60,18 +55,17 @@ std::vector<KeyRow> key_table() {
 // Every key of the table in every modifier state, on both borders, never touching the other one.
 TEST(LineKeys, EveryKeyInEveryState) {
   for (const KeyRow &row : key_table()) {
-    for (unsigned state : {0u, SHIFT, CONTROL, ALT, CONTROL | SHIFT, SHIFT | ALT}) {
+    for (unsigned state : kStates) {
       const Does &does = state == SHIFT ? row.shift : state == CONTROL ? row.control : row.other;
       for (int side : {1, 0}) {
         SCOPED_TRACE(testing::Message() << "key " << std::hex << row.keyval << " state " << state << " side " << side);
         reset_arrays();
         for (int s : {0, 1}) set_lines(s, painted(before_keys));
         set_selection(side, {100, 100, 0});
-        EXPECT_EQ(rasterarray_key_press(side, row.keyval, state), does.what == Does::nothing ? 0 : 1);
-        const Selection stepped = {101, 101, 0}, stays = {100, 100, 0};
-        EXPECT_EQ(selection(side), does.what == Does::move ? does.to : does.what == Does::paint ? stepped : stays);
-        const int line_100 = does.what == Does::paint ? does.colour : does.what == Does::clear ? -1 : 7;
-        EXPECT_EQ(lines(side), painted({before_keys[0], {100, 1, line_100}}));
+        EXPECT_EQ(rasterarray_key_press(side, row.keyval, state), does.what == nothing ? 0 : 1);
+        const Selection stays{100, 100, 0}, stepped{101, 101, 0};
+        EXPECT_EQ(selection(side), does.what == moves ? does.to : does.what >= 0 ? stepped : stays);
+        EXPECT_EQ(lines(side), painted({before_keys[0], {100, 1, does.what >= clear ? does.what : 7}}));
         EXPECT_EQ(lines(1 - side), painted(before_keys));
         EXPECT_EQ(selection(1 - side), (Selection{51, 51, 0}));
       }
