@@ -22,20 +22,28 @@
 namespace {
 
 constexpr int kBorder = 6;           // border colour of the drawings and tables
-constexpr int kFirstLine = 51;       // picture lines beside which bars lie
-constexpr int kLastLine = 250;
-constexpr int kFirstShownLine = 3;   // raster line of a border area's top pixel row
 constexpr std::array<int, 2> kZooms{1, 4};
 constexpr std::array<int, 4> kPickRows{-60, 0, 120, 199};
 
+// One side border as each input mode shows it.
 struct Side {
   int flag;  // 1 left, 0 right
   GtkListStore **model;
   GtkWidget **view;
   int *colors;
+  void (*render_extended)(cairo_t *, int);
+  void (*render_compact)(cairo_t *, int);
+  void (*bars_extended)(unsigned char *, int);
+  void (*bars_compact)(unsigned char *, int);
+  void (*pick)(int row);
 };
-const std::array<Side, 2> kSides{{{1, &model_rasters_left, &treeview_rasters_left, colors_left},
-                                  {0, &model_rasters_right, &treeview_rasters_right, colors_right}}};
+const std::array<Side, 2> kSides{{
+    {1, &model_rasters_left, &treeview_rasters_left, colors_left, rastermodel_render_lines_left,
+     rasterarray_render_lines_left, rastermodel_get_bars_left, rasterarray_get_bars_left, rastermodel_button_press_left},
+    {0, &model_rasters_right, &treeview_rasters_right, colors_right, rastermodel_render_lines_right,
+     rasterarray_render_lines_right, rastermodel_get_bars_right, rasterarray_get_bars_right,
+     rastermodel_button_press_right},
+}};
 
 unsigned int rgb_of(int index) {
   unsigned char rgb[3];
@@ -67,7 +75,7 @@ void check_rows(const Side &side) {
     int start = 0, height = 0, color = 0;
     gtk_tree_model_get(model, &row, RASTER_COLUMN_LINE, &start, RASTER_COLUMN_HEIGHT, &height, RASTER_COLUMN_COLOR,
                        &color, -1);
-    fuzz_require(start >= kFirstLine && static_cast<long long>(start) + height <= kLastLine + 1,
+    fuzz_require(start >= first_picture_line && static_cast<long long>(start) + height <= last_picture_line + 1,
                  "a bar row lies on the picture lines");
     fuzz_require(color >= 0 && color <= 15, "a bar row's colour is 0..15");
   }
@@ -76,7 +84,7 @@ void check_rows(const Side &side) {
 void check_arrays(const Side &side) {
   for (int line = 0; line < RASTER_LINES; ++line) {
     const int entry = side.colors[line];
-    if (line < kFirstLine || line > kLastLine)
+    if (line < first_picture_line || line > last_picture_line)
       fuzz_require(entry == -1, "the line arrays hold -1 outside lines 51..250");
     else
       fuzz_require(entry >= -1 && entry <= 15, "a line array entry is -1..15");
@@ -84,7 +92,7 @@ void check_arrays(const Side &side) {
 }
 
 // Draws one side at one zoom and compares every line with the export table.
-void check_drawing(const Side &side, int zoom, const unsigned char table[200], bool extended) {
+void check_drawing(const Side &side, int zoom, const unsigned char table[picture_lines], bool extended) {
   options_expansion = zoom;
   const int width = vert_border_width * zoom, height = vert_border_height * zoom;
   // One image per zoom, kept for the whole run: a fresh one per input costs more than the rest.
@@ -98,9 +106,9 @@ void check_drawing(const Side &side, int zoom, const unsigned char table[200], b
     cairo_set_source_rgb(cr.get(), rgb[0], rgb[1], rgb[2]);
     cairo_paint(cr.get());
     if (extended)
-      rastermodel_render_lines(side.flag, cr.get(), 1);
+      side.render_extended(cr.get(), 1);
     else
-      rasterarray_render_lines(side.flag, cr.get(), 0);
+      side.render_compact(cr.get(), 0);
   }
   cairo_surface_flush(image.get());
   cairo_surface_t *surface = image.get();
@@ -109,9 +117,9 @@ void check_drawing(const Side &side, int zoom, const unsigned char table[200], b
   const auto [mark_from, mark_to] = extended ? selected_lines(side) : std::pair<long long, long long>{0, 0};
   // The first and the last pixel row of every line.
   for (int y = 0; y < height; y += (y % zoom == 0 && zoom > 1) ? zoom - 1 : 1) {
-    const int line = y / zoom + kFirstShownLine;
-    const bool beside_picture = line >= kFirstLine && line <= kLastLine;
-    const int shown = beside_picture ? table[line - kFirstLine] : kBorder;
+    const int line = y / zoom + first_shown_line;
+    const bool beside_picture = line >= first_picture_line && line <= last_picture_line;
+    const int shown = beside_picture ? table[line - first_picture_line] : kBorder;
     fuzz_require(pixel(surface, bar_x, y) == rgb_of(shown), "each line is drawn as the export table says");
     if (extended) {
       const bool marked = line >= mark_from && line < mark_to;
@@ -125,18 +133,15 @@ void check_drawing(const Side &side, int zoom, const unsigned char table[200], b
 void check_side(const Side &side, bool extended) {
   if (extended) {
     check_rows(side);
-    for (int row : kPickRows) rastermodel_button_press(GTK_TREE_VIEW(*side.view), GTK_TREE_MODEL(*side.model), row);
+    for (int row : kPickRows) side.pick(row);
     GtkTreePath *first = gtk_tree_path_new_first();
     gtk_tree_view_set_cursor(GTK_TREE_VIEW(*side.view), first, nullptr, FALSE);
     gtk_tree_path_free(first);
   } else {
     check_arrays(side);
   }
-  unsigned char table[200];
-  if (extended)
-    rastermodel_get_bars(GTK_TREE_MODEL(*side.model), table, kBorder);
-  else
-    rasterarray_get_bars(side.flag, table, kBorder);
+  unsigned char table[picture_lines];
+  (extended ? side.bars_extended : side.bars_compact)(table, kBorder);
   for (unsigned char entry : table) fuzz_require(entry <= 15, "an export table entry is a colour 0..15");
   for (int zoom : kZooms) check_drawing(side, zoom, table, extended);
 }
