@@ -7,26 +7,16 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-
-#include <glib/gstdio.h>
+#include <filesystem>
 
 namespace {
 
 std::string private_home;
 
-void remove_tree(const std::string &path) {
-  if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) && !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-      while (const char *name = g_dir_read_name(dir)) remove_tree(path + "/" + name);
-      g_dir_close(dir);
-    }
-    g_rmdir(path.c_str());
-  } else {
-    g_remove(path.c_str());
-  }
+void remove_private_home() {
+  std::error_code ignored;
+  std::filesystem::remove_all(private_home, ignored);
 }
-
-void remove_private_home() { remove_tree(private_home); }
 
 }  // namespace
 
