@@ -11,42 +11,13 @@ class LineArrays : public BarsTest {
 };
 
 // Bars 44z wide beside the picture, a black 4z strip on the outer edge, white beside the
-// cursor line or range when asked for; the export table.
-TEST_F(LineArrays, DrawsBarsStripAndMarkAndExportTable) {
-  unsigned char out[picture_lines];  // the export table: the fallback where a line has no colour
-  rasterarray_get_bars_left(out, 6);
-  EXPECT_EQ(std::count(out, out + picture_lines, 6), picture_lines);
-  colors_left[51] = 14, colors_right[100] = 5;
-  rasterarray_get_bars_left(out, 6);
-  EXPECT_EQ(out[0], 14);
-
-  set_selection(0, {100, 90, 1});
-  expect_drawn(rasterarray_render_lines_left, rasterarray_render_lines_right, {
-      // Left: bar 14 on line 51 (y 48) under the cursor.
-      {1, 1, 4, 48, 14}, {1, 1, 47, 48, 14}, {1, 1, 4, 49, -1}, {1, 1, 0, 48, 1}, {1, 1, 3, 48, 1},
-      {1, 1, 3, 49, 0}, {1, 1, 0, 0, 0}, {1, 1, 3, 295, 0}, {1, 0, 3, 48, 0},
-      // Right: bar 5 on line 100 (y 97), range 100 up to 90 (y 87..97).
-      {0, 1, 0, 97, 5}, {0, 1, 43, 97, 5}, {0, 1, 0, 96, -1}, {0, 1, 44, 87, 1}, {0, 1, 47, 97, 1},
-      {0, 1, 44, 86, 0}, {0, 1, 44, 98, 0}, {0, 1, 47, 295, 0}, {0, 0, 44, 87, 0},
-  });
-}
-
-// The real border areas at zoom 1 and 2: the painted lines beside the picture, the black
-// outer strip, the white mark beside the range only while a picture is loaded.
-TEST_F(LineArrays, DrawnOnTheBorderAreas) {
-  colors_right[100] = colors_right[101] = 5;
-  set_selection(0, {101, 99, 1});
-  for (int z : {1, 2})
-    for (int loaded : {1, 0}) {
-      picture_loaded = loaded;
-      Shown right(0, z);
-      SCOPED_TRACE(testing::Message() << "zoom " << z << " loaded " << loaded);
-      EXPECT_EQ(right.at(0, 100), rgb_of(5));
-      EXPECT_EQ(right.at(43, 101), rgb_of(5));
-      EXPECT_EQ(right.at(20, 99), rgb_of(6));
-      for (int line : {99, 101}) EXPECT_EQ(right.at(44, line), rgb_of(loaded ? 1 : 0));
-      EXPECT_EQ(right.at(47, 102), rgb_of(0));
-    }
+// cursor line (left, on 51) or the range (right, 101 up to 90).
+TEST_F(LineArrays, DrawsBarsStripAndMark) {
+  colors_left[51] = 14, colors_right[100] = colors_right[101] = 5;
+  set_selection(0, {101, 90, 1});
+  expect_shown({{1, 4, 51, 14}, {1, 47, 51, 14}, {1, 4, 52, 6}, {1, 0, 51, 1}, {1, 3, 51, 1}, {1, 3, 52, 0},
+                {1, 0, 3, 0}, {1, 3, 298, 0}, {0, 0, 100, 5}, {0, 43, 101, 5}, {0, 20, 99, 6}, {0, 44, 90, 1},
+                {0, 47, 101, 1}, {0, 44, 89, 0}, {0, 44, 102, 0}, {0, 47, 298, 0}});
 }
 
 // Lines 40..69 hold colour 3, lines 70..79 colour 5, the rest none; the cursor is on 100.
