@@ -52,7 +52,6 @@ TEST_F(BarKeys, EveryKeyInEveryState) {
   }
 }
 
-// At either end of the list there is no neighbour to step to.
 // At either end of the list there is no neighbour to step to; without a selected bar no key
 // acts; Delete on the only bar empties the list.
 TEST_F(BarKeys, EndsOfTheListAndNoSelection) {

@@ -1,4 +1,5 @@
-// The compiled-in character sets against the character ROM, and the case switch.
+// The compiled-in character sets against the character ROM (the case switch is tested
+// through the decoder's character set byte).
 #include <array>
 
 #include "c64pixbufs.h"
@@ -37,12 +38,4 @@ TEST(Charset, GlyphsMatchTheCharacterRom) {
       }
     }
   }
-}
-
-TEST(Charset, CaseSelectsTheSet) {
-  c64pixbufs_module_init();
-  c64pixbuf_set_case(1);
-  EXPECT_EQ(glyph_rows(c64pixbufs_get_char_at_index(1)), (Rows{0x18, 0x3C, 0x66, 0x7E, 0x66, 0x66, 0x66, 0x00}));
-  c64pixbuf_set_case(0);
-  EXPECT_EQ(glyph_rows(c64pixbufs_get_char_at_index(1)), (Rows{0x00, 0x00, 0x3C, 0x06, 0x3E, 0x66, 0x3E, 0x00}));
 }

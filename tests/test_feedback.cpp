@@ -1,5 +1,5 @@
-// User feedback on the real main window: status bar, message boxes, the yes/no question
-// and the About box.
+// User feedback on the real main window: status bar, message boxes and the About box (the
+// yes/no question is answered in the quit and delete-all tests).
 #include <string>
 #include <vector>
 
@@ -42,16 +42,6 @@ TEST(Feedback, MessageBoxesAreTitledByTypeAndShowPercentUnchanged) {
     EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(GTK_MESSAGE_DIALOG(boxes[0])->label)), "100% of %s %d done");
     gtk_dialog_response(GTK_DIALOG(boxes[0]), GTK_RESPONSE_CLOSE);
   }
-}
-
-TEST(Feedback, QuestionAnswersOneOnlyForYes) {
-  start_app();
-  answer_next_dialog(GTK_RESPONSE_YES);
-  EXPECT_EQ(controls_get_user_confirmation("Really quit?"), 1);
-  answer_next_dialog(GTK_RESPONSE_NO);
-  EXPECT_EQ(controls_get_user_confirmation("Sure?"), 0);
-  answer_next_dialog(0, nullptr, /*close=*/true);  // closed by the window manager
-  EXPECT_EQ(controls_get_user_confirmation("Sure?"), 0);
 }
 
 TEST(Feedback, TwoAboutBoxesCloseIndependently) {

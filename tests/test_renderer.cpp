@@ -1,14 +1,14 @@
-// Rendering of multicolour, hires and PETSCII cells, checked pixel by pixel.
+// Rendering of multicolour and hires cells, checked pixel by pixel (PETSCII cells in the
+// decoder's tests).
 #include <functional>
 #include <vector>
 
-#include "c64pixbufs.h"
 #include "pixbufs.h"
 #include "testutil.h"
 
 namespace {
 
-constexpr unsigned int black = 0x000000, white = 0xFFFFFF, red = 0x68372B, green = 0x588D43, blue = 0x352879,
+constexpr unsigned int black = 0x000000, white = 0xFFFFFF, red = 0x68372B, green = 0x588D43,
                        yellow = 0xB8C76F, light_blue = 0x6C5EB5;
 
 // Checks every pixel of `image` against `want(x, y)`.
@@ -39,12 +39,4 @@ TEST(Renderer, HiresCellsUseScreenNibbles) {
   bitmap[3 * 8 + 2] = 0x80;
   expect_image(pixbufs_new_from_hires_opaque(bitmap.data(), screen.data(), nullptr, 5, 2, 2), 16, 16,
                [](int x, int y) { return x == 8 && y == 10 ? white : black; });
-}
-
-// PETSCII 32 is all background, 160 all character colour (whose upper bits do not count).
-TEST(Renderer, PetsciiSpacesFillWithBackgroundOrCharacterColour) {
-  c64pixbufs_module_init();
-  const unsigned char screen[] = {32, 160}, color[] = {0xF2, 0x35};
-  expect_image(pixbufs_new_from_hires_opaque(nullptr, screen, color, 6, 2, 1), 16, 8,
-               [](int x, int) { return x < 8 ? blue : green; });
 }
