@@ -17,10 +17,7 @@
 #include "testutil.h"
 
 // One side's Compact selection as a value.
-struct Selection {
-  int start, end, active;
-  bool operator==(const Selection &) const = default;
-};
+struct Selection { int start, end, active; bool operator==(const Selection &) const = default; };
 
 inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
   return os << "{" << s.start << "," << s.end << "," << s.active << "}";
@@ -44,10 +41,7 @@ inline void reset_arrays() {
   set_selection(1, {51, 51, 0});
 }
 
-struct Bar {
-  int start, height, color;
-  bool operator==(const Bar &) const = default;
-};
+struct Bar { int start, height, color; bool operator==(const Bar &) const = default; };
 using Bars = std::vector<Bar>;
 
 inline std::ostream &operator<<(std::ostream &os, const Bar &b) {

@@ -20,11 +20,7 @@ using BarList = BarsTest;
 // reaching past line 250 is cut to fit.
 TEST_F(BarList, CellEditsKeepTheRanges) {
   const Bar before{100, 10, 3};
-  const struct {
-    int column;
-    const char *text;
-    Bar after;
-  } cases[] = {
+  const struct { int column; const char *text; Bar after; } cases[] = {
       {0, "50", before},           {0, "251", before},          {0, "51", {51, 10, 3}}, {0, "250", {250, 10, 3}},
       {0, "120abc", {120, 10, 3}}, {0, "abc", before},          {1, "200", {100, 151, 3}}, {1, "201", before},
       {1, "-1", before},           {1, "0", {100, 0, 3}},       {2, "16", before},      {2, "-1", before},

@@ -11,10 +11,7 @@ using Conversion = BarsTest;
 // Lists -> arrays -> lists on each side: bars in the border colour (6) are dropped, what
 // shows is kept. Arrays -> lists: each run of one colour within lines 51..250 is a bar.
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
-  const struct {
-    const char *what;
-    Bars list, back;  // `back` is also what the arrays show
-  } cases[] = {
+  const struct { const char *what; Bars list, back; } cases[] = {  // `back` is also what the arrays show
       {"overlap", {{60, 10, 2}, {65, 10, 5}}, {{60, 5, 2}, {65, 10, 5}}},
       {"touching, same colour", {{60, 5, 3}, {65, 5, 3}}, {{60, 10, 3}}},
       {"border colour", {{60, 10, 6}, {100, 5, 1}}, {{100, 5, 1}}},

@@ -24,14 +24,7 @@ TEST_F(LineArrays, DrawsBarsStripAndMark) {
 // The picture's lines 51..250 are at y 48z..247z; a double click selects the run of one
 // colour there.
 TEST_F(LineArrays, MouseSelection) {
-  const struct {
-    const char *what;
-    int zoom;
-    GdkEventType type;
-    unsigned button, state;
-    double y;
-    Selection after;
-  } cases[] = {
+  const struct { const char *what; int zoom; GdkEventType type; unsigned button, state; double y; Selection after; } cases[] = {
       {"first line", 1, GDK_BUTTON_PRESS, 1, 0, 48, {51, 51, 0}},
       {"last line", 2, GDK_BUTTON_PRESS, 1, 0, 494, {250, 250, 0}},
       {"above the picture", 2, GDK_BUTTON_PRESS, 1, 0, 94, {100, 100, 0}},

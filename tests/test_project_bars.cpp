@@ -38,12 +38,8 @@ TEST_F(ProjectBars, BothModesWriteTheGroups) {
 }
 
 TEST_F(ProjectBars, BothModesReadTheGroups) {
-  const struct {
-    const char *what;
-    std::string left;  // the group's body
-    Bars extended;
-    Bars compact;  // painted in order over uncoloured lines
-  } cases[] = {
+  // The "left" group's body, what Extended mode reads, what Compact mode paints in order over uncoloured lines.
+  const struct { const char *what; std::string left; Bars extended, compact; } cases[] = {
       {"limits", "start=50;248;100;250;\nheight=5;4;0;1;\ncolor=2;2;3;2;", {{100, 0, 3}, {250, 1, 2}}, {{250, 1, 2}}},
       {"first and last line", "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
        {{51, 200, 1}, {240, 11, 1}}, {{51, 200, 1}}},
