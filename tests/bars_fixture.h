@@ -17,7 +17,10 @@
 #include "testutil.h"
 
 // One side's Compact selection as a value.
-struct Selection { int start, end, active; bool operator==(const Selection &) const = default; };
+struct Selection {
+  int start, end, active;
+  bool operator==(const Selection &) const = default;
+};
 
 inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
   return os << "{" << s.start << "," << s.end << "," << s.active << "}";
@@ -41,7 +44,10 @@ inline void reset_arrays() {
   set_selection(1, {51, 51, 0});
 }
 
-struct Bar { int start, height, color; bool operator==(const Bar &) const = default; };
+struct Bar {
+  int start, height, color;
+  bool operator==(const Bar &) const = default;
+};
 using Bars = std::vector<Bar>;
 
 inline std::ostream &operator<<(std::ostream &os, const Bar &b) {
@@ -142,7 +148,9 @@ struct Shown {
 };
 
 // The colour a side's border area shows at (x, line) in zoom-1 terms.
-struct Probe { int side, x, line, colour; };
+struct Probe {
+  int side, x, line, colour;
+};
 
 // Checks the probes on screen at zoom 1 and 3, with a picture loaded and without one;
 // without one there is no selection mark (colour 1) and the black outer strip shows. Ends at zoom 1.

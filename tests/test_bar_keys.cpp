@@ -17,7 +17,10 @@ enum { previous = -1, next = -2, remove_bar = -3, nothing = -4 };
 
 // The key table: what each key does with Shift only, with Control only, and in every other
 // state (none, Alt, Control with Shift, Shift with Alt).
-struct KeyRow { unsigned keyval; int shift, control, other; };
+struct KeyRow {
+  unsigned keyval;
+  int shift, control, other;
+};
 
 std::vector<KeyRow> key_table() {
   std::vector<KeyRow> rows = colour_key_rows<KeyRow>();

@@ -20,10 +20,14 @@ using BarList = BarsTest;
 // reaching past line 250 is cut to fit.
 TEST_F(BarList, CellEditsKeepTheRanges) {
   const Bar before{100, 10, 3};
-  const struct { int column; const char *text; Bar after; } cases[] = {
-      {0, "50", before},           {0, "251", before},          {0, "51", {51, 10, 3}}, {0, "250", {250, 10, 3}},
-      {0, "120abc", {120, 10, 3}}, {0, "abc", before},          {1, "200", {100, 151, 3}}, {1, "201", before},
-      {1, "-1", before},           {1, "0", {100, 0, 3}},       {2, "16", before},      {2, "-1", before},
+  const struct {
+    int column;
+    const char *text;
+    Bar after;
+  } cases[] = {
+      {0, "50", before},           {0, "251", before},    {0, "51", {51, 10, 3}},    {0, "250", {250, 10, 3}},
+      {0, "120abc", {120, 10, 3}}, {0, "abc", before},    {1, "200", {100, 151, 3}}, {1, "201", before},
+      {1, "-1", before},           {1, "0", {100, 0, 3}}, {2, "16", before},         {2, "-1", before},
       {2, "15", {100, 10, 15}},
   };
   for (const auto &c : cases) {
@@ -83,16 +87,19 @@ TEST_F(BarList, ToolButtonsAddRemoveAndDeleteAll) {
 // selected bar; bars of height 0 or less draw nothing. Where bars overlap, the later row
 // shows in the export table and on screen, but a click picks the first row that covers the line.
 TEST_F(BarList, DrawingTableAndPickWithOverlaps) {
-  for (int side : {1, 0}) set_bars(side, {{60, 20, 2}, {70, 5, 5}, {100, 3, 5}, {120, 0, 7}, {140, -5, 9}}), select_row(side, 2);
+  for (int side : {1, 0})
+    set_bars(side, {{60, 20, 2}, {70, 5, 5}, {100, 3, 5}, {120, 0, 7}, {140, -5, 9}}), select_row(side, 2);
   unsigned char table[picture_lines];
   rastermodel_get_bars_left(table, 6);
   const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}, {100, 3, 5}});
   EXPECT_EQ(std::vector<int>(table, table + 200), std::vector<int>(want.begin() + 51, want.begin() + 251));
-  expect_shown({{1, 20, 59, 6}, {1, 20, 60, 2}, {1, 20, 69, 2}, {1, 20, 70, 5}, {1, 20, 74, 5}, {1, 20, 75, 2},
-                {1, 20, 79, 2}, {1, 20, 80, 6}, {1, 4, 100, 5}, {1, 47, 102, 5}, {1, 4, 99, 6}, {1, 4, 103, 6},
-                {1, 4, 120, 6}, {1, 4, 138, 6}, {1, 3, 100, 1}, {1, 0, 102, 1}, {1, 0, 103, 0}, {1, 0, 3, 0},
-                {1, 3, 298, 0}, {0, 0, 100, 5}, {0, 43, 102, 5}, {0, 0, 120, 6}, {0, 44, 100, 1}, {0, 47, 102, 1},
-                {0, 47, 103, 0}, {0, 44, 3, 0}});
+  const std::vector<Probe> probes = {{1, 20, 59, 6},  {1, 20, 60, 2}, {1, 20, 69, 2},  {1, 20, 70, 5},  {1, 20, 74, 5},
+                                     {1, 20, 75, 2},  {1, 20, 79, 2}, {1, 20, 80, 6},  {1, 4, 100, 5},  {1, 47, 102, 5},
+                                     {1, 4, 99, 6},   {1, 4, 103, 6}, {1, 4, 120, 6},  {1, 4, 138, 6},  {1, 3, 100, 1},
+                                     {1, 0, 102, 1},  {1, 0, 103, 0}, {1, 0, 3, 0},    {1, 3, 298, 0},  {0, 0, 100, 5},
+                                     {0, 43, 102, 5}, {0, 0, 120, 6}, {0, 44, 100, 1}, {0, 47, 102, 1}, {0, 47, 103, 0},
+                                     {0, 44, 3, 0}};
+  expect_shown(probes);
   press(1, 72 - 3);
   EXPECT_EQ(selected_row(1), 0);
 }

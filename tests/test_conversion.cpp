@@ -11,12 +11,18 @@ using Conversion = BarsTest;
 // Lists -> arrays -> lists on each side: bars in the border colour (6) are dropped, what
 // shows is kept. Arrays -> lists: each run of one colour within lines 51..250 is a bar.
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
-  const struct { const char *what; Bars list, back; } cases[] = {  // `back` is also what the arrays show
+  const struct {
+    const char *what;
+    Bars list, back;
+  } cases[] = {
+      // `back` is also what the arrays show
       {"overlap", {{60, 10, 2}, {65, 10, 5}}, {{60, 5, 2}, {65, 10, 5}}},
       {"touching, same colour", {{60, 5, 3}, {65, 5, 3}}, {{60, 10, 3}}},
       {"border colour", {{60, 10, 6}, {100, 5, 1}}, {{100, 5, 1}}},
       {"past 250", {{240, 20, 4}}, {{240, 11, 4}}},
-      {"kept", {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}}, {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}}},
+      {"kept",
+       {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}},
+       {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}}},
   };
   const Bars last_differs{{51, 199, 2}, {250, 1, 3}};
   for (int side : {1, 0}) {

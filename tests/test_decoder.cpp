@@ -15,7 +15,11 @@ constexpr int NONE = -1;
 constexpr unsigned int white = 0xFFFFFF, red = 0x68372B, green = 0x588D43, yellow = 0xB8C76F;
 
 // One file per format: load address, size, and the file offset of each field.
-struct Format { unsigned int format, load; size_t size; int bitmap, screen, color, background, border; };
+struct Format {
+  unsigned int format, load;
+  size_t size;
+  int bitmap, screen, color, background, border;
+};
 // Rows 11..13: the other size Doodle files come in, and the other load addresses of Koala files.
 const Format formats[] = {
     {1, 0x1928, 2005, NONE, 5, 1005, 3, 2},         {2, 0x2000, 9009, 2, 8002, NONE, NONE, 9002},

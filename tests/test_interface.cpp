@@ -117,11 +117,11 @@ TEST(Interface, MenusAndToolBarMatchTheirTable) {
   }
   EXPECT_EQ(g_slist_length(gtk_accel_groups_from_object(G_OBJECT(w.window))), 1u);  // the accelerators work there
   // The rest of the window's tree not named by the other tests.
-  for (const char *name : {"vbox_topmost", "hbox_topmost", "aspectframe_drawingareas", "alignment_drawingareas", "hbox_drawingareas",
-                           "vbox_drawingareas", "hbox_controls", "vbox_left_rasterbars", "label_left_rasterbars",
-                           "scrolledwindow_rasters_left", "vbox_right_rasterbars", "label_right_raster_bars",
-                           "scrolledwindow_rasters_right", "hbox_zoom", "label_border_color", "aspectframe_border_color",
-                           "alignment_border_color", "statusbar_main"})
+  for (const char *name : {"vbox_topmost", "hbox_topmost", "aspectframe_drawingareas", "alignment_drawingareas",
+                           "hbox_drawingareas", "vbox_drawingareas", "hbox_controls", "vbox_left_rasterbars",
+                           "label_left_rasterbars", "scrolledwindow_rasters_left", "vbox_right_rasterbars",
+                           "label_right_raster_bars", "scrolledwindow_rasters_right", "hbox_zoom", "label_border_color",
+                           "aspectframe_border_color", "alignment_border_color", "statusbar_main"})
     EXPECT_TRUE(GTK_IS_WIDGET(w[name]) && gtk_widget_get_toplevel(w[name]) == w.window) << name;
 }
 

@@ -15,16 +15,25 @@ class LineArrays : public BarsTest {
 TEST_F(LineArrays, DrawsBarsStripAndMark) {
   colors_left[51] = 14, colors_right[100] = colors_right[101] = 5;
   set_selection(0, {101, 90, 1});
-  expect_shown({{1, 4, 51, 14}, {1, 47, 51, 14}, {1, 4, 52, 6}, {1, 0, 51, 1}, {1, 3, 51, 1}, {1, 3, 52, 0},
-                {1, 0, 3, 0}, {1, 3, 298, 0}, {0, 0, 100, 5}, {0, 43, 101, 5}, {0, 20, 99, 6}, {0, 44, 90, 1},
-                {0, 47, 101, 1}, {0, 44, 89, 0}, {0, 44, 102, 0}, {0, 47, 298, 0}});
+  const std::vector<Probe> probes = {{1, 4, 51, 14},  {1, 47, 51, 14}, {1, 4, 52, 6},   {1, 0, 51, 1},
+                                     {1, 3, 51, 1},   {1, 3, 52, 0},   {1, 0, 3, 0},    {1, 3, 298, 0},
+                                     {0, 0, 100, 5},  {0, 43, 101, 5}, {0, 20, 99, 6},  {0, 44, 90, 1},
+                                     {0, 47, 101, 1}, {0, 44, 89, 0},  {0, 44, 102, 0}, {0, 47, 298, 0}};
+  expect_shown(probes);
 }
 
 // Lines 40..69 hold colour 3, lines 70..79 colour 5, the rest none; the cursor is on 100.
 // The picture's lines 51..250 are at y 48z..247z; a double click selects the run of one
 // colour there.
 TEST_F(LineArrays, MouseSelection) {
-  const struct { const char *what; int zoom; GdkEventType type; unsigned button, state; double y; Selection after; } cases[] = {
+  const struct {
+    const char *what;
+    int zoom;
+    GdkEventType type;
+    unsigned button, state;
+    double y;
+    Selection after;
+  } cases[] = {
       {"first line", 1, GDK_BUTTON_PRESS, 1, 0, 48, {51, 51, 0}},
       {"last line", 2, GDK_BUTTON_PRESS, 1, 0, 494, {250, 250, 0}},
       {"above the picture", 2, GDK_BUTTON_PRESS, 1, 0, 94, {100, 100, 0}},

@@ -20,7 +20,10 @@ struct Does {
 
 // The key table: what each key does with Shift only, with Control only, and in every other
 // state (none, Alt, Control with Shift, Shift with Alt).
-struct KeyRow { unsigned keyval; Does shift, control, other; };
+struct KeyRow {
+  unsigned keyval;
+  Does shift, control, other;
+};
 
 std::vector<KeyRow> key_table() {
   std::vector<KeyRow> rows = colour_key_rows<KeyRow>();
@@ -73,7 +76,14 @@ TEST(LineKeys, EveryKeyInEveryState) {
 // Keys on ranges and at the picture's edges, on both borders.
 TEST(LineKeys, RangesAndEdges) {
   // What the key does from `before`: its result, the selection after, the lines it paints (height 0: none).
-  const struct { const char *what; Selection before; unsigned keyval, state; int result; Selection after; Bar painted; } key_cases[] = {
+  const struct {
+    const char *what;
+    Selection before;
+    unsigned keyval, state;
+    int result;
+    Selection after;
+    Bar painted;
+  } key_cases[] = {
       {"q on the last line stays there", {250, 250, 0}, GDK_q, 0, 1, {250, 250, 0}, {250, 1, 8}},
       {"e fills an upward range", {105, 95, 1}, GDK_e, 0, 1, {105, 95, 1}, {95, 11, 10}},
       {"Delete clears a range", {105, 95, 1}, GDK_Delete, 0, 1, {105, 95, 1}, {95, 11, -1}},

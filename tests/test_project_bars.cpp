@@ -39,17 +39,29 @@ TEST_F(ProjectBars, BothModesWriteTheGroups) {
 
 TEST_F(ProjectBars, BothModesReadTheGroups) {
   // The "left" group's body, what Extended mode reads, what Compact mode paints in order over uncoloured lines.
-  const struct { const char *what; std::string left; Bars extended, compact; } cases[] = {
+  const struct {
+    const char *what;
+    std::string left;
+    Bars extended, compact;
+  } cases[] = {
       {"limits", "start=50;248;100;250;\nheight=5;4;0;1;\ncolor=2;2;3;2;", {{100, 0, 3}, {250, 1, 2}}, {{250, 1, 2}}},
-      {"first and last line", "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
-       {{51, 200, 1}, {240, 11, 1}}, {{51, 200, 1}}},
-      {"overlap", "start=60;70;\nheight=20;5;\ncolor=1;2;", {{60, 20, 1}, {70, 5, 2}},
+      {"first and last line",
+       "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
+       {{51, 200, 1}, {240, 11, 1}},
+       {{51, 200, 1}}},
+      {"overlap",
+       "start=60;70;\nheight=20;5;\ncolor=1;2;",
+       {{60, 20, 1}, {70, 5, 2}},
        {{60, 10, 1}, {70, 5, 2}, {75, 5, 1}}},
-      {"colours", "start=60;70;80;90;\nheight=1;1;1;1;\ncolor=17;-17;-16;31;",
-       {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}, {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}},
-      {"negative colour", "start=60;65;\nheight=20;5;\ncolor=1;-1;", {{60, 20, 1}},
-       {{60, 20, 1}, {65, 5, -1}}},
-      {"unequal lists", "start=60;70;80;\nheight=1;1;1;\ncolor=1;2;", {{60, 1, 1}, {70, 1, 2}}, {{60, 1, 1}, {70, 1, 2}}},
+      {"colours",
+       "start=60;70;80;90;\nheight=1;1;1;1;\ncolor=17;-17;-16;31;",
+       {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}},
+       {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}},
+      {"negative colour", "start=60;65;\nheight=20;5;\ncolor=1;-1;", {{60, 20, 1}}, {{60, 20, 1}, {65, 5, -1}}},
+      {"unequal lists",
+       "start=60;70;80;\nheight=1;1;1;\ncolor=1;2;",
+       {{60, 1, 1}, {70, 1, 2}},
+       {{60, 1, 1}, {70, 1, 2}}},
   };
   for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
     activate(mode);

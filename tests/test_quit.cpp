@@ -57,6 +57,7 @@ TEST(Quit, OnlyYesSavesThePositionAndEndsTheLoop) {
     gtk_window_get_position(GTK_WINDOW(window_main), &wx, &wy);
     EXPECT_EQ(std::pair(wx, wy), std::pair(x, y));
     EXPECT_TRUE(action_ends_main_loop(action, GTK_RESPONSE_YES));
-    EXPECT_NE(read_text(utf8_path_configfile).find("\nposition=" + std::to_string(x) + ";" + std::to_string(y) + ";\n"), std::string::npos);
+    EXPECT_NE(read_text(utf8_path_configfile).find("\nposition=" + std::to_string(x) + ";" + std::to_string(y) + ";\n"),
+              std::string::npos);
   }
 }

@@ -45,7 +45,10 @@ TEST(Reencode, RandomAndRealPicturesLookTheSame) {
 TEST(Reencode, ColourOrderEmptySlotsAndSlotHistory) {
   // Per cell: screen high and low nibble, colour (0 is the background), first pixel row;
   // then the screen and colour bytes wanted for cells 0 and 1.
-  const struct { int cells[2][4]; unsigned char want[4]; } cases[] = {
+  const struct {
+    int cells[2][4];
+    unsigned char want[4];
+  } cases[] = {
       {{{12, 3, 7, 0x1B}, {7, 12, 3, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},  // pairs 00 01 10 11, shuffled sources
       {{{3, 7, 12, 0x1B}, {12, 3, 7, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},
       {{{0, 0, 0, 0x00}, {0, 0, 0, 0x00}}, {0xDD, 0x0D, 0xDD, 0x0D}},  // background only

@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr unsigned int black = 0x000000, white = 0xFFFFFF, red = 0x68372B, green = 0x588D43,
-                       yellow = 0xB8C76F, light_blue = 0x6C5EB5;
+constexpr unsigned int black = 0x000000, white = 0xFFFFFF, red = 0x68372B, green = 0x588D43, yellow = 0xB8C76F,
+                       light_blue = 0x6C5EB5;
 
 // Checks every pixel of `image` against `want(x, y)`.
 void expect_image(GdkPixbuf *image, int width, int height, const std::function<unsigned int(int, int)> &want) {
