@@ -4,30 +4,9 @@
 // for good.
 #include <glib/gstdio.h>
 
-#include <string>
-#include <vector>
-
-#include "callbacks.h"
-#include "controls.h"
-#include "main.h"
-#include "options.h"
-#include "support.h"
-#include "testutil.h"
+#include "file_commands.h"
 
 namespace {
-
-// The visible dialogs with the given title.
-std::vector<GtkWidget *> dialogs_titled(const std::string &title) {
-  std::vector<GtkWidget *> found;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next) {
-    const char *t = gtk_window_get_title(GTK_WINDOW(l->data));
-    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) && t && title == t)
-      found.push_back(GTK_WIDGET(l->data));
-  }
-  g_list_free(toplevels);
-  return found;
-}
 
 // Runs a main loop in which `action` is performed and its question answered. Returns
 // true when the action ended the loop; otherwise a follow-up step ends it.
