@@ -1,0 +1,228 @@
+; The 6502 side of the cruncher: the code a crunched program runs to unpack itself.
+;
+; A crunched program loads at $0801: a BASIC line "SYS <init>", the crunched stream, then
+; init and core. init copies core (with the tail the cruncher appends to it: the lowest
+; bytes of the program, kept as they are) to a free page above both the program and the
+; crunched file, and jumps there. core reads the stream from its last byte down and writes
+; the program from its top down, so the writes only reach stream bytes already read (the
+; cruncher proves this for every file). The cruncher relocates core to its page and patches
+; the operands marked "patched"; the labels it needs are exported.
+;
+; Stream: one byte sequence read downwards, holding whole bytes and the bytes of a bit
+; register (bits taken from bit 7 down; a set sentinel bit marks it empty), each taken when
+; it is needed. Tokens:
+;   literal run       gamma length, then that many bytes
+;   repeat match      gamma length; copy from the last offset
+;   new offset match  the offset's class (up to OFFSET_CLASSES - 1 bits: 1 = next class),
+;                     the class's bit count of offset bits, then a whole byte as the low 8
+;                     bits when the class says so; plus the class's base. Offset 0 ends the
+;                     stream. Then gamma (length - 1).
+; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
+; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
+; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
+;
+; Zero page: the BASIC floating point work area $57-$5B; interrupts and $01 are left alone.
+        .setcpu "6502"
+
+BITS     = $57
+LENLO    = $58
+LENHI    = $59
+OFFLO    = $5a
+OFFHI    = $5b
+
+OFFSET_CLASSES = 4
+
+        .export OFFSET_CLASSES, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
+        .export dst_ptr, stream_ptr, tail_len, tail_dst, start_addr
+        .export offset_bits, offset_raw, offset_base_lo, offset_base_hi
+
+        .segment "INIT"
+; Copies two pages (core, tail and whatever follows) to where core runs.
+init:   ldx #0
+init_copy:
+        lda $ffff,x             ; patched: where core is loaded
+init_src = * - 2
+        sta $ffff,x             ; patched: where core runs
+init_dst = * - 2
+        lda $ffff,x             ; patched: where core is loaded + 256
+init_src2 = * - 2
+        sta $ffff,x             ; patched: where core runs + 256
+init_dst2 = * - 2
+        dex
+        bne init_copy
+        jmp $ffff               ; patched: where core runs
+init_jmp = * - 2
+
+        .segment "CORE"
+core:   lda #$80
+        sta BITS
+
+literal:
+        jsr gamma
+        jsr lower_dst
+        sec
+        lda stream_ptr
+        sbc LENLO
+        sta stream_ptr
+        sta src_ptr
+        lda stream_ptr+1
+        sbc LENHI
+        sta stream_ptr+1
+        sta src_ptr+1
+        jsr copy
+        jsr get_bit
+        bcs new_offset
+        jsr gamma               ; repeat match; gamma ends with carry clear
+        bcc match
+
+new_offset:
+        ldx #0
+class:  cpx #OFFSET_CLASSES-1
+        beq class_bits
+        jsr get_bit
+        bcc class_bits
+        inx
+        bne class
+class_bits:
+        lda #0
+        sta OFFHI
+        ldy offset_bits,x
+        beq class_raw
+class_bit:
+        jsr get_bit
+        rol a
+        dey
+        bne class_bit
+class_raw:
+        ldy offset_raw,x
+        beq class_base
+        sta OFFHI
+        jsr get_byte
+class_base:
+        clc
+        adc offset_base_lo,x
+        sta OFFLO
+        lda OFFHI
+        adc offset_base_hi,x
+        sta OFFHI
+        ora OFFLO
+        beq done
+        jsr gamma
+        inc LENLO
+        bne match
+        inc LENHI
+
+match:  jsr lower_dst
+        clc
+        lda dst_ptr
+        adc OFFLO
+        sta src_ptr
+        lda dst_ptr+1
+        adc OFFHI
+        sta src_ptr+1
+        jsr copy
+        jsr get_bit
+        bcs new_offset
+        jmp literal
+
+done:   ldx #$00                ; patched: tail length
+tail_len = * - 1
+        beq done_start
+done_tail:
+        lda core_end-1,x
+        sta $ffff,x             ; patched: (program start) - 1
+tail_dst = * - 2
+        dex
+        bne done_tail
+done_start:
+        jmp $ffff               ; patched: start address
+start_addr = * - 2
+
+; dst_ptr -= LENHI:LENLO
+lower_dst:
+        sec
+        lda dst_ptr
+        sbc LENLO
+        sta dst_ptr
+        lda dst_ptr+1
+        sbc LENHI
+        sta dst_ptr+1
+        rts
+
+; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first;
+; leaves both pointers at the lowest byte.
+copy:   ldx LENHI
+        beq copy_part
+        txa
+        clc
+        adc src_ptr+1
+        sta src_ptr+1
+        txa
+        clc
+        adc dst_ptr+1
+        sta dst_ptr+1
+copy_part:
+        ldy LENLO
+        beq copy_page
+copy_byte:
+        dey
+        lda $ffff,y
+src_ptr = * - 2
+        sta $ffff,y             ; patched: one above the end of the program
+dst_ptr = * - 2
+        tya
+        bne copy_byte
+copy_page:
+        txa
+        beq copy_end
+        dex
+        dec src_ptr+1
+        dec dst_ptr+1
+        bne copy_byte           ; always: the program lies above page 0
+copy_end:
+        rts
+
+; Gamma number into LENHI:LENLO; returns with carry clear.
+gamma:  lda #0
+        sta LENHI
+        lda #1
+        sta LENLO
+gamma_next:
+        jsr get_bit
+        bcc gamma_end
+        jsr get_bit
+        rol LENLO
+        rol LENHI
+        bcc gamma_next
+gamma_end:
+        rts
+
+; The next bit into carry; keeps A, X and Y.
+get_bit:
+        asl BITS
+        bne get_bit_end
+        pha
+        jsr get_byte
+        sec
+        rol a
+        sta BITS
+        pla
+get_bit_end:
+        rts
+
+; The next stream byte into A; keeps X and Y.
+get_byte:
+        lda stream_ptr
+        bne get_byte_low
+        dec stream_ptr+1
+get_byte_low:
+        dec stream_ptr
+        lda $ffff               ; patched: one above the last stream byte
+stream_ptr = * - 2
+        rts
+
+offset_bits:    .byte 3, 6, 3, 7
+offset_raw:     .byte 0, 0, 1, 1
+offset_base_lo: .byte <0, <8, <72, <2120
+offset_base_hi: .byte >0, >8, >72, >2120
+core_end:
