@@ -19,7 +19,7 @@ using Bytes = std::vector<uint8_t>;
 constexpr unsigned kCoreLinkedAt = 0x1000, kCoreLinkedHigh = 0x2000;
 constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
-constexpr unsigned kCopyBytes = 512;  // init copies two pages: core and tail
+constexpr unsigned kCopyBytes = 512;  // init copies two pages: core, tail and what follows
 constexpr unsigned kTailMax = kCopyBytes - kCoreBytes;
 constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
 static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
@@ -35,7 +35,7 @@ struct OffsetClasses {
     for (int i = 0; i < kClasses; ++i) {
       OffsetClass &k = c[i];
       k.prefix_bits = i < kClasses - 1 ? i + 1 : kClasses - 1;
-      k.raw = core(kDecrunch_offset_raw + i) != 0;
+      k.raw = i >= kDecrunch_OFFSET_RAW_FROM;
       k.value_bits = core(kDecrunch_offset_bits + i) + (k.raw ? 8 : 0);
       k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
       k.size = 1u << k.value_bits;
@@ -114,7 +114,7 @@ struct Arrival {
   unsigned repeat = 0;  // the offset a repeat match would use
 };
 
-constexpr unsigned kMaxLiteralRun = 4096;
+constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr unsigned kLengthsTried = 64;  // longer matches are tried at these and at full length
 constexpr int kChainLimit = 768;
 
@@ -146,6 +146,7 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
       for (int32_t j = head[r[i] << 8 | r[i + 1]]; j >= 0 && steps < kChainLimit; j = prev[j], ++steps) {
         const unsigned offset = static_cast<unsigned>(i - j);
         if (offset >= classes.limit) break;
+        if (i + best >= n || r[i + best] != r[i + best - offset]) continue;  // cannot be longer
         const size_t k = match_length(i, offset);
         if (k > best) {
           found.push_back({offset, k});
@@ -160,10 +161,15 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
       const Arrival here = at[i][state];
       if (here.cost == std::numeric_limits<uint32_t>::max()) continue;
       if (state == 1) {
-        const size_t most = std::min<size_t>(n - i, kMaxLiteralRun);
+        const size_t most = std::min<size_t>(n - i, kLiteralRunsTried);
         for (size_t k = 1; k <= most; ++k)
           relax(i + k, 0, here.cost + 1 + gamma_bits(k) + 8 * k, i, 1, {kLiteral, static_cast<unsigned>(k), 0}, here.repeat);
-      } else if (here.repeat && here.repeat <= i) {
+      } else {
+        // Longer runs: this run grown by one byte.
+        const unsigned k = here.token.length;
+        relax(i + 1, 0, here.cost + 8 + gamma_bits(k + 1) - gamma_bits(k), here.from, 1, {kLiteral, k + 1, 0}, here.repeat);
+      }
+      if (state == 0 && here.repeat && here.repeat <= i) {
         lengths(1, match_length(i, here.repeat), [&](size_t k) {
           relax(i + k, 1, here.cost + 1 + gamma_bits(k), i, 0, {kRepeat, static_cast<unsigned>(k), here.repeat}, here.repeat);
         });
@@ -353,7 +359,8 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     }
     const unsigned core_load = init_at + kCoreOffset;
     const unsigned file_end = static_cast<unsigned>(core_load + kCoreBytes + kept);
-    const unsigned run = ((std::max(end, core_load + kCopyBytes) + 255) & ~255u);
+    // init copies whole pages upwards: the copy must not overlap what it still has to read.
+    const unsigned run = (std::max(end, core_load + kCopyBytes) + 255) & ~255u;
     if (file_end > kBasicEnd || run + kCopyBytes > kBasicEnd) {
       *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
       return false;

@@ -31,13 +31,14 @@ OFFLO    = $5a
 OFFHI    = $5b
 
 OFFSET_CLASSES = 4
+OFFSET_RAW_FROM = 2              ; classes from this one on end in a whole byte
 
-        .export OFFSET_CLASSES, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
+        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_ptr, tail_len, tail_dst, start_addr
-        .export offset_bits, offset_raw, offset_base_lo, offset_base_hi
+        .export offset_bits, offset_base_lo, offset_base_hi
 
         .segment "INIT"
-; Copies two pages (core, tail and whatever follows) to where core runs.
+; Copies two pages (core, tail and whatever follows) to where core runs, then starts it.
 init:   ldx #0
 init_copy:
         lda $ffff,x             ; patched: where core is loaded
@@ -59,7 +60,6 @@ core:   lda #$80
 
 literal:
         jsr gamma
-        jsr lower_dst
         sec
         lda stream_ptr
         sbc LENLO
@@ -69,18 +69,38 @@ literal:
         sbc LENHI
         sta stream_ptr+1
         sta src_ptr+1
+        jsr lower_dst
         jsr copy
-        jsr get_bit
-        bcs new_offset
+        asl BITS
+        bne :+
+        jsr refill
+:       bcs new_offset
         jsr gamma               ; repeat match; gamma ends with carry clear
         bcc match
+
+match:  jsr lower_dst
+        clc
+        lda dst_ptr
+        adc OFFLO
+        sta src_ptr
+        lda dst_ptr+1
+        adc OFFHI
+        sta src_ptr+1
+        jsr copy
+        asl BITS
+        bne :+
+        jsr refill
+:       bcs new_offset
+        bcc literal
 
 new_offset:
         ldx #0
 class:  cpx #OFFSET_CLASSES-1
         beq class_bits
-        jsr get_bit
-        bcc class_bits
+        asl BITS
+        bne :+
+        jsr refill
+:       bcc class_bits
         inx
         bne class
 class_bits:
@@ -89,13 +109,15 @@ class_bits:
         ldy offset_bits,x
         beq class_raw
 class_bit:
-        jsr get_bit
-        rol a
+        asl BITS
+        bne :+
+        jsr refill
+:       rol a
         dey
         bne class_bit
 class_raw:
-        ldy offset_raw,x
-        beq class_base
+        cpx #OFFSET_RAW_FROM
+        bcc class_base
         sta OFFHI
         jsr get_byte
 class_base:
@@ -111,19 +133,7 @@ class_base:
         inc LENLO
         bne match
         inc LENHI
-
-match:  jsr lower_dst
-        clc
-        lda dst_ptr
-        adc OFFLO
-        sta src_ptr
-        lda dst_ptr+1
-        adc OFFHI
-        sta src_ptr+1
-        jsr copy
-        jsr get_bit
-        bcs new_offset
-        jmp literal
+        bne match               ; always
 
 done:   ldx #$00                ; patched: tail length
 tail_len = * - 1
@@ -182,32 +192,33 @@ copy_page:
 copy_end:
         rts
 
-; Gamma number into LENHI:LENLO; returns with carry clear.
+; Gamma number into LENHI:LENLO (and A); returns with carry clear.
 gamma:  lda #0
         sta LENHI
         lda #1
-        sta LENLO
 gamma_next:
-        jsr get_bit
-        bcc gamma_end
-        jsr get_bit
-        rol LENLO
+        asl BITS
+        bne :+
+        jsr refill
+:       bcc gamma_end
+        asl BITS
+        bne :+
+        jsr refill
+:       rol a
         rol LENHI
         bcc gamma_next
 gamma_end:
+        sta LENLO
         rts
 
-; The next bit into carry; keeps A, X and Y.
-get_bit:
-        asl BITS
-        bne get_bit_end
-        pha
+; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
+; returns its top bit in carry. Keeps A, X and Y.
+refill: pha
         jsr get_byte
         sec
         rol a
         sta BITS
         pla
-get_bit_end:
         rts
 
 ; The next stream byte into A; keeps X and Y.
@@ -221,8 +232,8 @@ get_byte_low:
 stream_ptr = * - 2
         rts
 
-offset_bits:    .byte 3, 6, 3, 7
-offset_raw:     .byte 0, 0, 1, 1
-offset_base_lo: .byte <0, <8, <72, <2120
-offset_base_hi: .byte >0, >8, >72, >2120
+; Widths 3, 7, 9 and 13 bits, tuned on the editor's export programs.
+offset_bits:    .byte 3, 7, 1, 5
+offset_base_lo: .byte <0, <8, <136, <648
+offset_base_hi: .byte >0, >8, >136, >648
 core_end:

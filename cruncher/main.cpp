@@ -6,8 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -27,17 +25,15 @@ int fail(const std::string &message) {
 }
 
 bool read_file(const std::string &path, std::vector<uint8_t> *bytes, std::string *error) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    *error = "cannot read " + path + ": " + std::strerror(errno);
-    return false;
-  }
-  bytes->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  if (file.bad()) {
-    *error = "cannot read " + path;
-    return false;
-  }
-  return true;
+  std::FILE *file = std::fopen(path.c_str(), "rb");
+  bool ok = file != nullptr;
+  uint8_t buffer[4096];
+  for (size_t got; ok && (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;) bytes->insert(bytes->end(), buffer, buffer + got);
+  ok = ok && !std::ferror(file);
+  const int saved = errno;
+  if (file) std::fclose(file);
+  if (!ok) *error = "cannot read " + path + ": " + std::strerror(saved);
+  return ok;
 }
 
 bool write_file(const std::string &path, const std::vector<uint8_t> &bytes, std::string *error) {
