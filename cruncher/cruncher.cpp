@@ -35,7 +35,7 @@ struct OffsetClasses {
     for (int i = 0; i < kClasses; ++i) {
       OffsetClass &k = c[i];
       k.prefix_bits = i < kClasses - 1 ? i + 1 : kClasses - 1;
-      k.raw = i >= kDecrunch_OFFSET_RAW_FROM;
+      k.raw = i >= static_cast<int>(kDecrunch_OFFSET_RAW_FROM);
       k.value_bits = core(kDecrunch_offset_bits + i) + (k.raw ? 8 : 0);
       k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
       k.size = 1u << k.value_bits;
