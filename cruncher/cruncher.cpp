@@ -36,7 +36,8 @@ struct OffsetClasses {
       OffsetClass &k = c[i];
       k.prefix_bits = i < kClasses - 1 ? i + 1 : kClasses - 1;
       k.raw = i >= static_cast<int>(kDecrunch_OFFSET_RAW_FROM);
-      k.value_bits = core(kDecrunch_offset_bits + i) + (k.raw ? 8 : 0);
+      const unsigned marker = core(kDecrunch_offset_bits + i);  // leaves A after the bits
+      k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + (k.raw ? 8 : 0);
       k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
       k.size = 1u << k.value_bits;
       limit = k.base + k.size;
@@ -381,7 +382,8 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     const Bytes core = relocated_core(run >> 8);
     file.insert(file.end(), core.begin(), core.end());
     put16(file, core_pos + core_at(kDecrunch_dst_ptr), end);
-    put16(file, core_pos + core_at(kDecrunch_stream_ptr), stream_at + static_cast<unsigned>(p));
+    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p);
+    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p) >> 8);
     file[core_pos + core_at(kDecrunch_tail_len)] = static_cast<uint8_t>(kept);
     put16(file, core_pos + core_at(kDecrunch_tail_dst), load - 1);
     put16(file, core_pos + core_at(kDecrunch_start_addr), static_cast<unsigned>(start));

@@ -21,7 +21,7 @@
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
 ;
-; Zero page: the BASIC floating point work area $57-$5B; interrupts and $01 are left alone.
+; Zero page: the BASIC floating point work area $57-$5D; interrupts and $01 are left alone.
         .setcpu "6502"
 
 BITS     = $57
@@ -29,12 +29,13 @@ LENLO    = $58
 LENHI    = $59
 OFFLO    = $5a
 OFFHI    = $5b
+STREAM   = $5c                  ; and $5d: one above the next stream byte
 
 OFFSET_CLASSES = 4
 OFFSET_RAW_FROM = 2              ; classes from this one on end in a whole byte
 
         .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
-        .export dst_ptr, stream_ptr, tail_len, tail_dst, start_addr
+        .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
         .export offset_bits, offset_base_lo, offset_base_hi
 
         .segment "INIT"
@@ -55,42 +56,56 @@ init_dst2 = * - 2
 init_jmp = * - 2
 
         .segment "CORE"
-core:   lda #$80
+core:   lda #$ff                ; patched: one above the last stream byte, low
+stream_lo = * - 1
+        sta STREAM
+        lda #$ff                ; patched: and high
+stream_hi = * - 1
+        sta STREAM+1
+        lda #$80
         sta BITS
 
 literal:
         jsr gamma
         sec
-        lda stream_ptr
+        lda STREAM
         sbc LENLO
-        sta stream_ptr
+        sta STREAM
         sta src_ptr
-        lda stream_ptr+1
+        lda STREAM+1
         sbc LENHI
-        sta stream_ptr+1
+        sta STREAM+1
         sta src_ptr+1
-        jsr lower_dst
+        lda dst_ptr             ; carry is set: the stream does not wrap
+        sbc LENLO
+        sta dst_ptr
+        lda dst_ptr+1
+        sbc LENHI
+        sta dst_ptr+1
         jsr copy
-        asl BITS
-        bne :+
-        jsr refill
-:       bcs new_offset
+        bcs new_offset
         jsr gamma               ; repeat match; gamma ends with carry clear
         bcc match
 
-match:  jsr lower_dst
-        clc
+; dst_ptr -= length; src_ptr = dst_ptr + offset
+match:  sec
         lda dst_ptr
+        sbc LENLO
+        sta dst_ptr
+        tax
+        lda dst_ptr+1
+        sbc LENHI
+        sta dst_ptr+1
+        tay
+        clc
+        txa
         adc OFFLO
         sta src_ptr
-        lda dst_ptr+1
+        tya
         adc OFFHI
         sta src_ptr+1
         jsr copy
-        asl BITS
-        bne :+
-        jsr refill
-:       bcs new_offset
+        bcs new_offset
         bcc literal
 
 new_offset:
@@ -106,15 +121,14 @@ class:  cpx #OFFSET_CLASSES-1
 class_bits:
         lda #0
         sta OFFHI
-        ldy offset_bits,x
+        lda offset_bits,x       ; a marker bit that leaves A after the class's bits
         beq class_raw
 class_bit:
         asl BITS
         bne :+
         jsr refill
 :       rol a
-        dey
-        bne class_bit
+        bcc class_bit
 class_raw:
         cpx #OFFSET_RAW_FROM
         bcc class_base
@@ -148,19 +162,8 @@ done_start:
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; dst_ptr -= LENHI:LENLO
-lower_dst:
-        sec
-        lda dst_ptr
-        sbc LENLO
-        sta dst_ptr
-        lda dst_ptr+1
-        sbc LENHI
-        sta dst_ptr+1
-        rts
-
-; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first;
-; leaves both pointers at the lowest byte.
+; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first,
+; then reads the next bit into carry.
 copy:   ldx LENHI
         beq copy_part
         txa
@@ -184,15 +187,29 @@ dst_ptr = * - 2
         bne copy_byte
 copy_page:
         txa
-        beq copy_end
+        beq get_bit
         dex
         dec src_ptr+1
         dec dst_ptr+1
         bne copy_byte           ; always: the program lies above page 0
-copy_end:
+
+; The next bit into carry; keeps A and X.
+get_bit:
+        asl BITS
+        bne get_bit_end
+
+; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
+; returns its top bit in carry. Keeps A and X.
+refill: pha
+        jsr get_byte
+        sec
+        rol a
+        sta BITS
+        pla
+get_bit_end:
         rts
 
-; Gamma number into LENHI:LENLO (and A); returns with carry clear.
+; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X.
 gamma:  lda #0
         sta LENHI
         lda #1
@@ -211,29 +228,20 @@ gamma_end:
         sta LENLO
         rts
 
-; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
-; returns its top bit in carry. Keeps A, X and Y.
-refill: pha
-        jsr get_byte
-        sec
-        rol a
-        sta BITS
-        pla
-        rts
-
-; The next stream byte into A; keeps X and Y.
+; The next stream byte into A; keeps X.
 get_byte:
-        lda stream_ptr
+        lda STREAM
         bne get_byte_low
-        dec stream_ptr+1
+        dec STREAM+1
 get_byte_low:
-        dec stream_ptr
-        lda $ffff               ; patched: one above the last stream byte
-stream_ptr = * - 2
+        dec STREAM
+        ldy #0
+        lda (STREAM),y
         rts
 
-; Widths 3, 7, 9 and 13 bits, tuned on the editor's export programs.
-offset_bits:    .byte 3, 7, 1, 5
+; Widths 3, 7, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
+; (as the marker bit that leaves A after them), then a whole byte from class 2 on.
+offset_bits:    .byte $20, $02, $80, $08
 offset_base_lo: .byte <0, <8, <136, <648
 offset_base_hi: .byte >0, >8, >136, >648
 core_end:
