@@ -199,9 +199,15 @@ get_bit:
         bne get_bit_end
 
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
-; returns its top bit in carry. Keeps A and X.
+; returns its top bit in carry. Keeps A and X (the stream read is get_byte's, inline).
 refill: pha
-        jsr get_byte
+        lda STREAM
+        bne refill_low
+        dec STREAM+1
+refill_low:
+        dec STREAM
+        ldy #0
+        lda (STREAM),y
         sec
         rol a
         sta BITS
