@@ -16,7 +16,7 @@
 ;   new offset match  the offset's class (up to OFFSET_CLASSES - 1 bits: 1 = next class),
 ;                     the class's bit count of offset bits, then a whole byte as the low 8
 ;                     bits when the class says so; plus the class's base. Offset 0 ends the
-;                     stream. Then gamma (length - 1).
+;                     stream. Then gamma length, less 1 from class 1 on.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
@@ -32,7 +32,7 @@ OFFHI    = $5b
 STREAM   = $5c                  ; and $5d: one above the next stream byte
 
 OFFSET_CLASSES = 4
-OFFSET_RAW_FROM = 2              ; classes from this one on end in a whole byte
+OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
 
         .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
@@ -144,6 +144,8 @@ class_base:
         ora OFFLO
         beq done
         jsr gamma
+        txa                     ; the nearest offsets send the length itself
+        beq match
         inc LENLO
         bne match
         inc LENHI
@@ -245,9 +247,9 @@ get_byte_low:
         lda (STREAM),y
         rts
 
-; Widths 3, 7, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
+; Widths 3, 8, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
 ; (as the marker bit that leaves A after them), then a whole byte from class 2 on.
-offset_bits:    .byte $20, $02, $80, $08
-offset_base_lo: .byte <0, <8, <136, <648
-offset_base_hi: .byte >0, >8, >136, >648
+offset_bits:    .byte $20, $00, $80, $08
+offset_base_lo: .byte <0, <8, <264, <776
+offset_base_hi: .byte >0, >8, >264, >776
 core_end:
