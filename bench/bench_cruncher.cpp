@@ -1,7 +1,8 @@
 // The cruncher on the editor's export programs: for each sample picture (or each picture
 // given) and for generated pictures, the export PRG with a few bars is crunched and run on
 // the 6502 core. Prints input size, crunched size (total and stream), decrunch cycles per
-// output byte and crunch time, with multicolour re-encoding off and on, and the sums.
+// output byte and crunch time, with multicolour re-encoding off and on, the sums, and where
+// the crunched bytes go.
 //
 // Usage: quillbar-bench-cruncher [PICTURE...]   (default: the sample pictures, if present)
 #include <glib.h>
@@ -22,7 +23,17 @@
 
 namespace {
 
-struct Totals { size_t pictures = 0, input = 0, output = 0, stream = 0; uint64_t cycles = 0; double seconds = 0, worst = 0; };
+struct Totals {
+  size_t pictures = 0, input = 0, output = 0, stream = 0;
+  size_t decruncher = 0, tail = 0, literal_bytes = 0, literal_bits = 0, match_bits = 0, tokens = 0;
+  uint64_t cycles = 0;
+  double seconds = 0, worst = 0;
+  void add(const Totals &t) {
+    pictures += t.pictures, input += t.input, output += t.output, stream += t.stream, decruncher += t.decruncher;
+    tail += t.tail, literal_bytes += t.literal_bytes, literal_bits += t.literal_bits, match_bits += t.match_bits;
+    tokens += t.tokens, cycles += t.cycles, seconds += t.seconds, worst = std::max(worst, t.worst);
+  }
+};
 
 // Three bars a side, as an artist might start: Compact mode lines.
 void paint_a_few_bars() {
@@ -64,13 +75,9 @@ void crunch_and_run(const std::string &name, const std::vector<uint8_t> &prg, To
   std::printf("%-22s %6zu %6zu %6zu %5zu %9llu %6.1f %7.1f\n", name.c_str(), stats.input_bytes + 2, stats.output_bytes,
               stats.stream_bytes, stats.literal_bytes, static_cast<unsigned long long>(run.cycles),
               static_cast<double>(run.cycles) / static_cast<double>(stats.input_bytes), seconds * 1000);
-  totals->pictures++;
-  totals->input += stats.input_bytes + 2;
-  totals->output += stats.output_bytes;
-  totals->stream += stats.stream_bytes;
-  totals->cycles += run.cycles;
-  totals->seconds += seconds;
-  totals->worst = std::max(totals->worst, seconds);
+  totals->add({1, stats.input_bytes + 2, stats.output_bytes, stats.stream_bytes, stats.decruncher_bytes, stats.tail_bytes,
+               stats.literal_bytes, stats.literal_bits, stats.match_bits,
+               stats.literal_runs + stats.repeat_matches + stats.new_matches, run.cycles, seconds, seconds});
 }
 
 void print_totals(const char *what, const Totals &t) {
@@ -79,6 +86,9 @@ void print_totals(const char *what, const Totals &t) {
               t.stream, static_cast<unsigned long long>(t.cycles),
               static_cast<double>(t.cycles) / static_cast<double>(t.input - 2 * t.pictures), t.seconds * 1000, t.pictures,
               t.worst * 1000);
+  std::printf("%-22s where the bytes go: decruncher %zu, tail %zu, literal bytes %zu, literal run codes %zu,"
+              " match codes %zu (bits / 8); %zu tokens\n", "", t.decruncher + 2 * t.pictures, t.tail, t.literal_bytes,
+              t.literal_bits / 8, t.match_bits / 8, t.tokens);
 }
 
 // A generated picture: smooth bands, a dithered gradient and a checkerboard, in each kind.
@@ -132,9 +142,8 @@ int main(int argc, char **argv) {
     }
     print_totals("hires", hires);
     print_totals("multicolour", mc);
-    samples = hires;
-    samples.pictures += mc.pictures, samples.input += mc.input, samples.output += mc.output, samples.stream += mc.stream;
-    samples.cycles += mc.cycles, samples.seconds += mc.seconds, samples.worst = std::max(samples.worst, mc.worst);
+    samples.add(hires);
+    samples.add(mc);
     print_totals("all pictures", samples);
     Totals generated;
     const char *kinds[] = {"generated hires", "generated multicolour", "generated petscii"};
@@ -142,6 +151,7 @@ int main(int argc, char **argv) {
       generate_picture(kind);
       crunch_and_run(kinds[kind], export_prg(dir), &generated);
     }
+    print_totals("generated", generated);
   }
   gchar *prg = g_build_filename(dir, "export.prg", nullptr);
   g_remove(prg);
