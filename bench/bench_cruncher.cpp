@@ -49,13 +49,14 @@ void paint_a_few_bars() {
 
 std::vector<uint8_t> export_prg(const std::string &dir) {
   const std::string path = dir + "/export.prg";
-  int (*write)(const char *) = picture_data.format == 1 ? export_petscii_to_executable
+  int (*write)(const char *) = picture_data.format == 1   ? export_petscii_to_executable
                                : picture_data.format <= 5 ? export_hires_to_executable
                                                           : export_mc_to_executable;
   std::vector<uint8_t> prg;
   gchar *bytes = nullptr;
   gsize length = 0;
-  if (write(path.c_str()) == 1 && g_file_get_contents(path.c_str(), &bytes, &length, nullptr)) prg.assign(bytes, bytes + length);
+  if (write(path.c_str()) == 1 && g_file_get_contents(path.c_str(), &bytes, &length, nullptr))
+    prg.assign(bytes, bytes + length);
   g_free(bytes);
   return prg;
 }
@@ -75,20 +76,21 @@ void crunch_and_run(const std::string &name, const std::vector<uint8_t> &prg, To
   std::printf("%-22s %6zu %6zu %6zu %5zu %9llu %6.1f %7.1f\n", name.c_str(), stats.input_bytes + 2, stats.output_bytes,
               stats.stream_bytes, stats.literal_bytes, static_cast<unsigned long long>(run.cycles),
               static_cast<double>(run.cycles) / static_cast<double>(stats.input_bytes), seconds * 1000);
-  totals->add({1, stats.input_bytes + 2, stats.output_bytes, stats.stream_bytes, stats.decruncher_bytes, stats.tail_bytes,
-               stats.literal_bytes, stats.literal_bits, stats.match_bits,
+  totals->add({1, stats.input_bytes + 2, stats.output_bytes, stats.stream_bytes, stats.decruncher_bytes,
+               stats.tail_bytes, stats.literal_bytes, stats.literal_bits, stats.match_bits,
                stats.literal_runs + stats.repeat_matches + stats.new_matches, run.cycles, seconds, seconds});
 }
 
 void print_totals(const char *what, const Totals &t) {
   if (!t.pictures) return;
-  std::printf("%-22s %6zu %6zu %6zu       %9llu %6.1f %7.1f  (%zu programs, slowest crunch %.0f ms)\n", what, t.input, t.output,
-              t.stream, static_cast<unsigned long long>(t.cycles),
-              static_cast<double>(t.cycles) / static_cast<double>(t.input - 2 * t.pictures), t.seconds * 1000, t.pictures,
-              t.worst * 1000);
-  std::printf("%-22s where the bytes go: decruncher %zu, tail %zu, literal bytes %zu, literal run codes %zu,"
-              " match codes %zu (bits / 8); %zu tokens\n", "", t.decruncher + 2 * t.pictures, t.tail, t.literal_bytes,
-              t.literal_bits / 8, t.match_bits / 8, t.tokens);
+  std::printf("%-22s %6zu %6zu %6zu       %9llu %6.1f %7.1f  (%zu programs, slowest crunch %.0f ms)\n", what, t.input,
+              t.output, t.stream, static_cast<unsigned long long>(t.cycles),
+              static_cast<double>(t.cycles) / static_cast<double>(t.input - 2 * t.pictures), t.seconds * 1000,
+              t.pictures, t.worst * 1000);
+  std::printf(
+      "%-22s where the bytes go: decruncher %zu, tail %zu, literal bytes %zu, literal run codes %zu,"
+      " match codes %zu (bits / 8); %zu tokens\n",
+      "", t.decruncher + 2 * t.pictures, t.tail, t.literal_bytes, t.literal_bits / 8, t.match_bits / 8, t.tokens);
 }
 
 // A generated picture: smooth bands, a dithered gradient and a checkerboard, in each kind.
@@ -97,10 +99,13 @@ void generate_picture(int kind) {
   picture_data.format = kind == 0 ? 2 : kind == 1 ? 6 : 1;
   for (int i = 0; i < 8000; ++i) {
     const int cell = i / 8, row = i % 8, x = cell % 40, y = cell / 40 * 8 + row;
-    picture_data.bitmap[i] = static_cast<unsigned char>(y < 60 ? 0x00 : y < 120 ? ((x + y) & 1 ? 0x55 : 0xAA) : (x * 7 + y * 3) * 37 >> 3);
+    picture_data.bitmap[i] = static_cast<unsigned char>(y < 60    ? 0x00
+                                                        : y < 120 ? ((x + y) & 1 ? 0x55 : 0xAA)
+                                                                  : (x * 7 + y * 3) * 37 >> 3);
   }
   for (int i = 0; i < 1000; ++i) {
-    picture_data.screen[i] = static_cast<unsigned char>(kind == 2 ? 0x20 + (i * 13 % 64) : 0x10 * (i / 40 % 16) + (i % 40 / 5));
+    picture_data.screen[i] =
+        static_cast<unsigned char>(kind == 2 ? 0x20 + (i * 13 % 64) : 0x10 * (i / 40 % 16) + (i % 40 / 5));
     picture_data.color[i] = static_cast<unsigned char>(i / 200 + 1);
   }
   picture_data.background = 0;
@@ -113,10 +118,11 @@ int main(int argc, char **argv) {
   gchar *dir = g_dir_make_tmp("quillbar-bench-XXXXXX", nullptr);
   std::vector<std::string> pictures(argv + 1, argv + argc);
   if (pictures.empty()) {
-    const char *names[] = {"aas2-1.ocp", "aas2-2.mpic", "aas2-3.mpic", "artstudio-1.aas", "artstudio-2.art",
-                           "artstudio-3.art", "artstudio-4.art", "blazing-1.pi", "doodle-1.dd", "doodle-2.dd",
-                           "interpaint-1.ip64h", "interpaint-2.ip64h", "interpaint-3.ip64h", "interpaint-4.ip64h",
-                           "koala-1.kla", "koala-2.koa", "koala-3.koa", "koala-4.kla", "vidcom-1.vid", "wigmore-1.a64"};
+    const char *names[] = {"aas2-1.ocp",         "aas2-2.mpic",        "aas2-3.mpic",        "artstudio-1.aas",
+                           "artstudio-2.art",    "artstudio-3.art",    "artstudio-4.art",    "blazing-1.pi",
+                           "doodle-1.dd",        "doodle-2.dd",        "interpaint-1.ip64h", "interpaint-2.ip64h",
+                           "interpaint-3.ip64h", "interpaint-4.ip64h", "koala-1.kla",        "koala-2.koa",
+                           "koala-3.koa",        "koala-4.kla",        "vidcom-1.vid",       "wigmore-1.a64"};
     for (const char *name : names) {
       const std::string path = std::string(QUILLBAR_SHARED_DIR) + "/pictures/" + name;
       if (g_file_test(path.c_str(), G_FILE_TEST_EXISTS)) pictures.push_back(path);
@@ -124,7 +130,8 @@ int main(int argc, char **argv) {
   }
   border_color_index = 6;
   paint_a_few_bars();
-  std::printf("%-22s %6s %6s %6s %5s %9s %6s %7s\n", "program", "input", "output", "stream", "lits", "cycles", "cyc/B", "ms");
+  std::printf("%-22s %6s %6s %6s %5s %9s %6s %7s\n", "program", "input", "output", "stream", "lits", "cycles", "cyc/B",
+              "ms");
   for (int reencode : {0, 1}) {
     options_reencode_graphics = reencode;
     std::printf("-- multicolour re-encoding %s\n", reencode ? "on" : "off");

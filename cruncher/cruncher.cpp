@@ -5,8 +5,8 @@
 #include "cruncher.h"
 
 #include <algorithm>
-#include <cctype>
 #include <array>
+#include <cctype>
 #include <cstring>
 #include <limits>
 
@@ -26,7 +26,11 @@ static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
 static_assert(kCoreBytes < kCopyBytes);
 
 // Offset classes as decrunch.s tabulates them.
-struct OffsetClass { int prefix_bits, value_bits; bool raw; unsigned base, size; };
+struct OffsetClass {
+  int prefix_bits, value_bits;
+  bool raw;
+  unsigned base, size;
+};
 struct OffsetClasses {
   std::array<OffsetClass, kClasses> c{};
   unsigned limit = 0;  // one past the largest offset
@@ -64,7 +68,10 @@ unsigned length_code(unsigned offset, size_t length) {
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
-struct Token { Kind kind; unsigned length, offset; };
+struct Token {
+  Kind kind;
+  unsigned length, offset;
+};
 
 // The stream as the decruncher reads it, with the number of bytes read before each write.
 class BitWriter {
@@ -122,7 +129,7 @@ struct Arrival {
 };
 
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
-constexpr unsigned kLengthsTried = 64;  // longer matches are tried at these and at full length
+constexpr unsigned kLengthsTried = 64;      // longer matches are tried at these and at full length
 constexpr int kChainLimit = 768;
 // Extra bits charged per token in the parse, for its decoding time: a new offset costs the
 // decruncher about as much as all other work of a token, so a single byte copied from near
@@ -178,15 +185,18 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
       if (state == 1) {
         const size_t most = std::min<size_t>(n - i, kLiteralRunsTried);
         for (size_t k = 1; k <= most; ++k)
-          relax(i + k, 0, here.cost + 1 + gamma_bits(k) + 8 * k, i, 1, {kLiteral, static_cast<unsigned>(k), 0}, here.repeat);
+          relax(i + k, 0, here.cost + 1 + gamma_bits(k) + 8 * k, i, 1, {kLiteral, static_cast<unsigned>(k), 0},
+                here.repeat);
       } else {
         // Longer runs: this run grown by one byte.
         const unsigned k = here.token.length;
-        relax(i + 1, 0, here.cost + 8 + gamma_bits(k + 1) - gamma_bits(k), here.from, 1, {kLiteral, k + 1, 0}, here.repeat);
+        relax(i + 1, 0, here.cost + 8 + gamma_bits(k + 1) - gamma_bits(k), here.from, 1, {kLiteral, k + 1, 0},
+              here.repeat);
       }
       if (state == 0 && here.repeat && here.repeat <= i) {
         lengths(1, match_length(i, here.repeat), [&](size_t k) {
-          relax(i + k, 1, here.cost + 1 + gamma_bits(k), i, 0, {kRepeat, static_cast<unsigned>(k), here.repeat}, here.repeat);
+          relax(i + k, 1, here.cost + 1 + gamma_bits(k), i, 0, {kRepeat, static_cast<unsigned>(k), here.repeat},
+                here.repeat);
         });
       }
       for (unsigned offset = 1; offset < classes.c[0].size && offset <= i; ++offset)
@@ -198,7 +208,8 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
       for (auto [offset, longest] : found) {
         const int offset_cost = 1 + classes.cost(offset);
         lengths(shorter + 1, longest, [&](size_t k) {
-          relax(i + k, 1, here.cost + offset_cost + gamma_bits(length_code(offset, k)), i, state, {kNew, static_cast<unsigned>(k), offset}, offset);
+          relax(i + k, 1, here.cost + offset_cost + gamma_bits(length_code(offset, k)), i, state,
+                {kNew, static_cast<unsigned>(k), offset}, offset);
         });
         shorter = longest;
       }
@@ -287,13 +298,17 @@ bool cruncher_parse_start(const std::string &text, long *start) {
   }
   int base = 10;
   size_t skip = 0;
-  if (text.starts_with("$")) base = 16, skip = 1;
-  else if (text.starts_with("0x") || text.starts_with("0X")) base = 16, skip = 2;
+  if (text.starts_with("$"))
+    base = 16, skip = 1;
+  else if (text.starts_with("0x") || text.starts_with("0X"))
+    base = 16, skip = 2;
   const std::string digits = text.substr(skip);
   if (digits.empty() || digits.size() > 6) return false;
   long value = 0;
   for (char ch : digits) {
-    const int d = ch >= '0' && ch <= '9' ? ch - '0' : base == 16 && std::isxdigit(static_cast<unsigned char>(ch)) ? std::tolower(ch) - 'a' + 10 : -1;
+    const int d = ch >= '0' && ch <= '9'                                        ? ch - '0'
+                  : base == 16 && std::isxdigit(static_cast<unsigned char>(ch)) ? std::tolower(ch) - 'a' + 10
+                                                                                : -1;
     if (d < 0) return false;
     value = value * base + d;
   }
@@ -311,7 +326,8 @@ long cruncher_sys_address(const std::vector<uint8_t> &prg) {
   while (i < prg.size() && prg[i] == ' ') ++i;
   long value = 0;
   size_t digits = 0;
-  for (; i < prg.size() && prg[i] >= '0' && prg[i] <= '9' && digits < 6; ++i, ++digits) value = value * 10 + prg[i] - '0';
+  for (; i < prg.size() && prg[i] >= '0' && prg[i] <= '9' && digits < 6; ++i, ++digits)
+    value = value * 10 + prg[i] - '0';
   return digits && value <= 0xFFFF ? value : -1;
 }
 

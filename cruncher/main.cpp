@@ -28,7 +28,8 @@ bool read_file(const std::string &path, std::vector<uint8_t> *bytes, std::string
   std::FILE *file = std::fopen(path.c_str(), "rb");
   bool ok = file != nullptr;
   uint8_t buffer[4096];
-  for (size_t got; ok && (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;) bytes->insert(bytes->end(), buffer, buffer + got);
+  for (size_t got; ok && (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+    bytes->insert(bytes->end(), buffer, buffer + got);
   ok = ok && !std::ferror(file);
   const int saved = errno;
   if (file) std::fclose(file);

@@ -8,8 +8,8 @@
 #include <vector>
 
 struct SfxRun {
-  bool reached = false;     // PC came to `start` within the cycle limit
-  uint64_t cycles = 0;      // processor cycles from entry to `start`
+  bool reached = false;  // PC came to `start` within the cycle limit
+  uint64_t cycles = 0;   // processor cycles from entry to `start`
   uint8_t sp_before = 0, sp_after = 0;
   std::vector<uint8_t> ram_before, ram;  // memory at entry and at `start`
 };

@@ -24,7 +24,9 @@ Bytes read_bytes(const std::string &path) {
 }
 
 int (*writer_for(unsigned format))(const char *) {
-  return format == 1 ? export_petscii_to_executable : format <= 5 ? export_hires_to_executable : export_mc_to_executable;
+  return format == 1   ? export_petscii_to_executable
+         : format <= 5 ? export_hires_to_executable
+                       : export_mc_to_executable;
 }
 
 // A picture of each kind with structure and noise, as pictures have.
@@ -34,7 +36,8 @@ void generate_picture(unsigned format, unsigned seed) {
   picture_data.charset = seed & 1;
   unsigned x = seed * 2654435761u;
   auto noise = [&] { return x = x * 1103515245 + 12345, x >> 24; };
-  for (int i = 0; i < 8000; ++i) picture_data.bitmap[i] = static_cast<unsigned char>(i / 320 % 3 == 0 ? 0 : i % 8 < 4 ? 0xAA : noise());
+  for (int i = 0; i < 8000; ++i)
+    picture_data.bitmap[i] = static_cast<unsigned char>(i / 320 % 3 == 0 ? 0 : i % 8 < 4 ? 0xAA : noise());
   for (int i = 0; i < 1000; ++i) {
     picture_data.screen[i] = static_cast<unsigned char>(i % 40 < 20 ? 0x10 : noise());
     picture_data.color[i] = static_cast<unsigned char>(i / 40);
@@ -79,7 +82,8 @@ std::vector<int> borders_shown(const Bytes &prg, long entry, int frames) {
   EXPECT_FALSE(m->cpu.jammed);
   std::vector<int> shown;
   for (int line = 0; line < kC64Lines; ++line)
-    for (int cycle : {kLeftBorderCycle, kRightBorderCycle}) shown.push_back(c64_border_at(m.get(), frames - 2, line, cycle));
+    for (int cycle : {kLeftBorderCycle, kRightBorderCycle})
+      shown.push_back(c64_border_at(m.get(), frames - 2, line, cycle));
   return shown;
 }
 
@@ -93,7 +97,8 @@ TEST_F(CrunchedExport, SamplePicturesComeBackByteForByte) {
   int pictures = 0;
   for (const gchar *name; (name = g_dir_read_name(dir_handle));) {
     GdkPixbuf *image = nullptr;
-    if (!hiresdecoder_decode_hires_screen_file((folder + "/" + name).c_str(), 0, &image, &picture_data, nullptr)) continue;
+    if (!hiresdecoder_decode_hires_screen_file((folder + "/" + name).c_str(), 0, &image, &picture_data, nullptr))
+      continue;
     g_object_unref(image);
     ++pictures;
     for (int reencode : {0, 1}) {
@@ -107,9 +112,16 @@ TEST_F(CrunchedExport, SamplePicturesComeBackByteForByte) {
 }
 
 TEST_F(CrunchedExport, GeneratedPicturesOfEachKindComeBack) {
-  struct Row { const char *what; unsigned format; int reencode; };
-  const Row rows[] = {{"hires", 2, 0}, {"multicolour", 6, 0}, {"multicolour re-encoded", 7, 1},
-                      {"petscii", 1, 0}, {"petscii lower case", 1, 0}};
+  struct Row {
+    const char *what;
+    unsigned format;
+    int reencode;
+  };
+  const Row rows[] = {{"hires", 2, 0},
+                      {"multicolour", 6, 0},
+                      {"multicolour re-encoded", 7, 1},
+                      {"petscii", 1, 0},
+                      {"petscii lower case", 1, 0}};
   unsigned seed = 0;
   for (const Row &row : rows) {
     generate_picture(row.format, seed++);
@@ -141,7 +153,8 @@ TEST_F(CrunchedExport, ExportCommandWritesACrunchedProgramThatPlaysTheSameBars) 
     const long entry = cruncher_entry(crunched);
     ASSERT_GT(entry, kTemplateStart);  // its own SYS line, into the decruncher
     const std::vector<int> before = borders_shown(plain, kTemplateStart, 45);
-    EXPECT_EQ((std::vector<int>{before[2 * 75], before[2 * 155 + 1], before[2 * 155]}), (std::vector<int>{75 % 16, 2, 6}));
+    EXPECT_EQ((std::vector<int>{before[2 * 75], before[2 * 155 + 1], before[2 * 155]}),
+              (std::vector<int>{75 % 16, 2, 6}));
     EXPECT_EQ(borders_shown(crunched, entry, 140), before);
   }
 }

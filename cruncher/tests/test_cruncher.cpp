@@ -37,7 +37,9 @@ Bytes bitmap_like(size_t n) {
   std::mt19937 random(5);
   for (size_t i = 0; i < n; ++i) {
     if (i % 4000 > 3000) continue;  // zero gaps
-    b[i] = static_cast<uint8_t>(i % 8 < 4 ? 0x55 << (i / 320 % 2) : random() % 3 == 0 ? random() : b[i >= 8 ? i - 8 : i]);
+    b[i] = static_cast<uint8_t>(i % 8 < 4           ? 0x55 << (i / 320 % 2)
+                                : random() % 3 == 0 ? random()
+                                                    : b[i >= 8 ? i - 8 : i]);
   }
   return b;
 }
@@ -65,7 +67,8 @@ void expect_round_trip(const std::string &what, const Bytes &prg, long start) {
     }
   }
   EXPECT_TRUE(std::equal(run.ram.begin() + 0x100 + run.sp_before + 1, run.ram.begin() + 0x200,
-                         run.ram_before.begin() + 0x100 + run.sp_before + 1)) << "stack above SP";
+                         run.ram_before.begin() + 0x100 + run.sp_before + 1))
+      << "stack above SP";
 }
 
 }  // namespace
@@ -74,14 +77,25 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
   Bytes basic_sys = {0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', '6', '1', 0, 0, 0, 0xEA, 0x60};
   Bytes with_sys = prg_at(kBasicStart, basic_sys);
   const Bytes large_random = random_bytes(12000, 1);
-  struct Row { const char *what; Bytes prg; long start; };
+  struct Row {
+    const char *what;
+    Bytes prg;
+    long start;
+  };
   const Row rows[] = {
       {"one byte", prg_at(kBasicStart, {0x60}), kBasicStart},
       {"one byte high up", prg_at(0x9D00, {0x60}), 0x9D00},
       {"random, small", prg_at(kBasicStart, random_bytes(1000, 2)), 0x0900},
       {"random, large", prg_at(0x1000, large_random), 0x1000 + 11999},
       {"all zero", prg_at(kBasicStart, Bytes(30000, 0)), kBasicStart},
-      {"one byte repeated with a period", prg_at(kBasicStart, [] { Bytes b(20000); for (size_t i = 0; i < b.size(); ++i) b[i] = i % 3 ? 0xAA : 0x55; return b; }()), 0x2000},
+      {"one byte repeated with a period",
+       prg_at(kBasicStart,
+              [] {
+                Bytes b(20000);
+                for (size_t i = 0; i < b.size(); ++i) b[i] = i % 3 ? 0xAA : 0x55;
+                return b;
+              }()),
+       0x2000},
       {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
       {"loads above the crunched file", prg_at(0x8000, bitmap_like(4000)), 0x8000},
       {"start from the SYS line", with_sys, kStartFromSys},
@@ -93,7 +107,12 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
 // and so is data that does not crunch enough to leave room for the decruncher.
 TEST(Cruncher, LargestProgramThatFitsAndTooLarge) {
   expect_round_trip("largest", prg_at(kBasicStart, bitmap_like(kBasicBytes - 1024)), kBasicStart);
-  struct Row { const char *what; Bytes prg; long start; const char *message; };
+  struct Row {
+    const char *what;
+    Bytes prg;
+    long start;
+    const char *message;
+  };
   const Row rows[] = {
       {"past the BASIC area", prg_at(kBasicStart, Bytes(kBasicBytes + 1, 0)), kBasicStart, "must lie within"},
       {"random filling it", prg_at(kBasicStart, random_bytes(30000, 3)), kBasicStart, "too large"},
@@ -130,20 +149,39 @@ TEST(Cruncher, CompressesAndIsDeterministic) {
 }
 
 TEST(Cruncher, StartAddressesAndSysLines) {
-  struct Row { const char *text; bool ok; long value; };
-  const Row rows[] = {{"2061", true, 2061}, {"$080d", true, 0x080D}, {"0x80D", true, 0x080D}, {"0X1000", true, 0x1000},
-                      {"sys", true, kStartFromSys}, {"65535", true, 65535}, {"65536", false, 0}, {"$", false, 0},
-                      {"12a", false, 0}, {"", false, 0}, {"-1", false, 0}, {"SYS", false, 0}, {"$10000", false, 0}};
+  struct Row {
+    const char *text;
+    bool ok;
+    long value;
+  };
+  const Row rows[] = {{"2061", true, 2061},
+                      {"$080d", true, 0x080D},
+                      {"0x80D", true, 0x080D},
+                      {"0X1000", true, 0x1000},
+                      {"sys", true, kStartFromSys},
+                      {"65535", true, 65535},
+                      {"65536", false, 0},
+                      {"$", false, 0},
+                      {"12a", false, 0},
+                      {"", false, 0},
+                      {"-1", false, 0},
+                      {"SYS", false, 0},
+                      {"$10000", false, 0}};
   for (const Row &row : rows) {
     long value = 0;
     EXPECT_EQ(cruncher_parse_start(row.text, &value), row.ok) << row.text;
-    if (row.ok) { EXPECT_EQ(value, row.value) << row.text; }
+    if (row.ok) {
+      EXPECT_EQ(value, row.value) << row.text;
+    }
   }
-  struct Line { Bytes prg; long sys; };
+  struct Line {
+    Bytes prg;
+    long sys;
+  };
   const Line lines[] = {{{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', '6', '1', 0}, 2061},
                         {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, ' ', '4', '9', '1', '5', '2', 0}, 49152},
-                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x99, '2', '0', 0}, -1},   // PRINT, not SYS
-                        {{0x01, 0x10, 0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', 0}, -1},   // not at $0801
+                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x99, '2', '0', 0}, -1},  // PRINT, not SYS
+                        {{0x01, 0x10, 0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', 0}, -1},  // not at $0801
                         {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0}, -1}};
   for (const Line &line : lines) EXPECT_EQ(cruncher_sys_address(line.prg), line.sys);
 }

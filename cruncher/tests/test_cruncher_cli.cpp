@@ -1,9 +1,9 @@
 // The built `exomizer` program run as a process, as the editor runs it: its exit status,
 // its one-line messages, the output replacing the input only after success, and the input
 // left untouched on every failure.
-#include <gtest/gtest.h>
 #include <glib.h>
 #include <glib/gstdio.h>
+#include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
@@ -17,7 +17,11 @@ using Bytes = std::vector<uint8_t>;
 
 struct Folder {
   std::string path;
-  Folder() { gchar *p = g_dir_make_tmp("cruncher-cli-XXXXXX", nullptr); path = p; g_free(p); }
+  Folder() {
+    gchar *p = g_dir_make_tmp("cruncher-cli-XXXXXX", nullptr);
+    path = p;
+    g_free(p);
+  }
   ~Folder() {
     GDir *dir = g_dir_open(path.c_str(), 0, nullptr);
     for (const gchar *name; dir && (name = g_dir_read_name(dir));) g_remove((path + "/" + name).c_str());
@@ -27,20 +31,27 @@ struct Folder {
   std::string file(const std::string &name) const { return path + "/" + name; }
 };
 
-void put(const std::string &path, const Bytes &b) { std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(b.data()), static_cast<std::streamsize>(b.size())); }
+void put(const std::string &path, const Bytes &b) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char *>(b.data()), static_cast<std::streamsize>(b.size()));
+}
 Bytes get(const std::string &path) {
   std::ifstream f(path, std::ios::binary);
   return Bytes((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
 }
 
-struct Result { int status; std::string out, err; };
+struct Result {
+  int status;
+  std::string out, err;
+};
 Result run(const std::vector<std::string> &args) {
   std::vector<gchar *> argv = {const_cast<gchar *>(QUILLBAR_CRUNCHER)};
   for (const std::string &a : args) argv.push_back(const_cast<gchar *>(a.c_str()));
   argv.push_back(nullptr);
   gchar *out = nullptr, *err = nullptr;
   gint status = -1;
-  EXPECT_TRUE(g_spawn_sync(nullptr, argv.data(), nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &out, &err, &status, nullptr));
+  EXPECT_TRUE(
+      g_spawn_sync(nullptr, argv.data(), nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &out, &err, &status, nullptr));
   Result r{g_spawn_check_wait_status(status, nullptr) ? 0 : 1, out ? out : "", err ? err : ""};
   g_free(out);
   g_free(err);
@@ -64,7 +75,10 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
   put(dir.file("empty.prg"), {});
   put(dir.file("high.prg"), {0x00, 0x10, 0x60});
   put(dir.file("huge.prg"), Bytes(0xA000, 0x01));
-  struct Row { std::vector<std::string> args; const char *message; };
+  struct Row {
+    std::vector<std::string> args;
+    const char *message;
+  };
   const Row rows[] = {
       {{}, "sfx"},
       {{"level", "2061", in, "-o", out}, "sfx"},
@@ -103,7 +117,10 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
 TEST(CruncherCommandLine, CrunchesInPlaceAndToAnotherFile) {
   Folder dir;
   const std::string in = dir.file("pic.prg");
-  struct Row { std::vector<std::string> args; std::string result; };
+  struct Row {
+    std::vector<std::string> args;
+    std::string result;
+  };
   const Row rows[] = {{{"sfx", "2061", in, "-o", in, "-n"}, in},
                       {{"sfx", "sys", in, "-o", dir.file("b.prg")}, dir.file("b.prg")},
                       {{"sfx", "$080d", "-n", in, "-o", dir.file("c.prg")}, dir.file("c.prg")},
