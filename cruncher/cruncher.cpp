@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr unsigned kCoreLinkedAt = 0x1000, kCoreLinkedHigh = 0x2000;
+constexpr unsigned kCoreLinkedAt = kDecrunch_core;  // the build links core here and one page $10 higher
 constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
 constexpr unsigned kCopyBytes = 512;  // init copies two pages: core, tail and what follows
