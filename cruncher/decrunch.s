@@ -64,6 +64,7 @@ stream_hi = * - 1
         sta STREAM+1
         lda #$80
         sta BITS
+        ldy #0                  ; Y is 0 between tokens (copy, refill and get_byte leave it so)
 
 literal:
         jsr gamma
@@ -119,8 +120,7 @@ class:  cpx #OFFSET_CLASSES-1
         inx
         bne class
 class_bits:
-        lda #0
-        sta OFFHI
+        sty OFFHI
         lda offset_bits,x       ; a marker bit that leaves A after the class's bits
         beq class_raw
 class_bit:
@@ -166,8 +166,9 @@ start_addr = * - 2
 
 ; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first,
 ; then reads the next bit into carry.
-copy:   ldx LENHI
-        beq copy_part
+copy:   ldy LENLO
+        ldx LENHI
+        beq copy_byte           ; under 256 bytes: LENLO is not 0
         txa
         clc
         adc src_ptr+1
@@ -176,8 +177,7 @@ copy:   ldx LENHI
         clc
         adc dst_ptr+1
         sta dst_ptr+1
-copy_part:
-        ldy LENLO
+        tya
         beq copy_page
 copy_byte:
         dey
@@ -217,9 +217,8 @@ refill_low:
 get_bit_end:
         rts
 
-; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X.
-gamma:  lda #0
-        sta LENHI
+; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X; Y must be 0.
+gamma:  sty LENHI
         lda #1
 gamma_next:
         asl BITS
