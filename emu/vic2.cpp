@@ -189,20 +189,21 @@ void access(Vic2 *v, bool bad) {
 
 void step_beam(Vic2 *v) {
   v->clock++;
-  if (v->cycle == v->model->cycles_per_line) {
-    vertical_border_rules(v, v->reg[VIC2_CTRL1]);
-    v->cycle = 1;
-    if (++v->line == v->model->lines) {
-      v->line = 0;
-      v->vcbase = 0;
-      v->den_seen = false;
-    } else {
-      check_raster_irq(v);
-    }
+  const int cycle = v->cycle + 1;
+  if (cycle <= v->model->cycles_per_line) {
+    v->cycle = cycle;
+    if (cycle == kVic2RasterIrqCycleLine0 && v->line == 0) check_raster_irq(v);
     return;
   }
-  v->cycle++;
-  if (v->line == 0 && v->cycle == kVic2RasterIrqCycleLine0) check_raster_irq(v);
+  vertical_border_rules(v, v->reg[VIC2_CTRL1]);
+  v->cycle = 1;
+  if (++v->line == v->model->lines) {
+    v->line = 0;
+    v->vcbase = 0;
+    v->den_seen = false;
+  } else {
+    check_raster_irq(v);
+  }
 }
 
 }  // namespace
