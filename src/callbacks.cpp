@@ -312,7 +312,7 @@ gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *, GdkEventMo
 // ---------------------------------------------------------------------------------------
 // Extended mode's tool buttons and list views
 
-static bool need_picture() {
+bool need_picture() {
   if (picture_loaded != 0) return true;
   report_info(kNeedPicture);
   return false;
@@ -568,20 +568,14 @@ constexpr int prg_border = 1281;          // $0D00
 constexpr int prg_charset_operand = 393;  // $0988, the LDA #$15 that sets $D018
 constexpr unsigned char prg_lower_case = 0x17;
 
-int export_to_executable(const PrgKind &kind, const char *filename) {
+std::vector<unsigned char> executable_bytes(const PrgKind &kind) {
   std::vector<unsigned char> prg(kind.length, 0);
   prg[0] = 0x01;  // load address $0801
   prg[1] = 0x08;
   std::copy(kind.code->begin(), kind.code->end(), prg.begin() + 2);
   if (kind.has_charset && picture_data.charset != 0) prg[prg_charset_operand] = prg_lower_case;
   prg[prg_border] = static_cast<unsigned char>(border_color_index);
-  if (interface_extended == 1) {
-    rastermodel_get_bars_left(&prg[prg_left_table], border_color_index);
-    rastermodel_get_bars_right(&prg[prg_right_table], border_color_index);
-  } else {
-    rasterarray_get_bars_left(&prg[prg_left_table], border_color_index);
-    rasterarray_get_bars_right(&prg[prg_right_table], border_color_index);
-  }
+  export_get_bar_tables(&prg[prg_left_table], &prg[prg_right_table]);
 
   const PictureData *graphics = &picture_data;
   PictureData reencoded{};
@@ -596,7 +590,11 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   put(kind.screen, graphics->screen, sizeof graphics->screen);
   put(kind.color, graphics->color, sizeof graphics->color);
   if (kind.background) prg[kind.background] = graphics->background & 15;
+  return prg;
+}
 
+int export_to_executable(const PrgKind &kind, const char *filename) {
+  const std::vector<unsigned char> prg = executable_bytes(kind);
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
@@ -658,6 +656,26 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 }  // namespace
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
+
+void export_get_bar_tables(unsigned char *left, unsigned char *right) {
+  if (interface_extended == 1) {
+    rastermodel_get_bars_left(left, border_color_index);
+    rastermodel_get_bars_right(right, border_color_index);
+  } else {
+    rasterarray_get_bars_left(left, border_color_index);
+    rasterarray_get_bars_right(right, border_color_index);
+  }
+}
+
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
+                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
+                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
+                                                                                : nullptr;
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind);
+  return 1;
+}
 
 int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
 
