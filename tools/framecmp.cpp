@@ -3,7 +3,6 @@
 // writes a difference image. Exit status 0 when every visible pixel is equal.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "c64.h"
@@ -25,26 +24,12 @@ int usage(const char *program) {
 
 int main(int argc, char **argv) {
   Vic2Model model = VIC2_PAL_6569;
-  int frames = 0, shown = kDefaultShown;
-  const char *diff_png = nullptr, *paths[2] = {nullptr, nullptr};
-  int path_count = 0;
-  for (int i = 1; i < argc; i++) {
-    const bool has_value = i + 1 < argc;
-    if (!std::strcmp(argv[i], "--machine") && has_value) {
-      if (!frame_model_from_name(argv[++i], &model)) return usage(argv[0]);
-    } else if (!std::strcmp(argv[i], "--frames") && has_value) {
-      frames = std::atoi(argv[++i]);
-    } else if (!std::strcmp(argv[i], "--show") && has_value) {
-      shown = std::atoi(argv[++i]);
-    } else if (!std::strcmp(argv[i], "--diff") && has_value) {
-      diff_png = argv[++i];
-    } else if (argv[i][0] != '-' && path_count < 2) {
-      paths[path_count++] = argv[i];
-    } else {
-      return usage(argv[0]);
-    }
-  }
-  if (path_count != 2) return usage(argv[0]);
+  int frames = 0;
+  const char *diff_png = nullptr, *show = nullptr;
+  std::vector<const char *> paths;
+  if (!frame_parse_arguments(argc, argv, &model, &frames, {{"--show", &show}, {"--diff", &diff_png}}, &paths) || paths.size() != 2)
+    return usage(argv[0]);
+  const int shown = show ? std::atoi(show) : kDefaultShown;
   const Vic2ModelInfo &info = vic2_models[model];
   if (frames <= 0) frames = static_cast<int>(kDefaultSeconds * info.clock_hz / (info.cycles_per_line * info.lines)) + 1;
 

@@ -3,6 +3,7 @@
 #include "frames.h"
 
 #include <cairo.h>
+#include <cstdlib>
 #include <zlib.h>
 
 #include "palette.h"
@@ -98,4 +99,29 @@ bool frame_model_from_name(const std::string &name, Vic2Model *model) {
       return true;
     }
   return false;
+}
+
+bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames, std::initializer_list<FrameOption> named,
+                           std::vector<const char *> *files) {
+  for (int i = 1; i < argc; i++) {
+    const std::string word = argv[i];
+    if (word.empty() || word[0] != '-') {
+      files->push_back(argv[i]);
+      continue;
+    }
+    if (i + 1 == argc) return false;
+    const char *value = argv[++i];
+    if (word == "--machine") {
+      if (!frame_model_from_name(value, model)) return false;
+    } else if (word == "--frames") {
+      *frames = std::atoi(value);
+    } else {
+      const FrameOption *match = nullptr;
+      for (const FrameOption &option : named)
+        if (word == option.option) match = &option;
+      if (!match) return false;
+      *match->value = value;
+    }
+  }
+  return true;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -28,3 +29,13 @@ bool frame_write_diff_png(const std::string &path, Vic2Model model, const uint8_
 
 // "pal", "ntsc", "ntsc-old" or "paln" to the model; false for other names.
 bool frame_model_from_name(const std::string &name, Vic2Model *model);
+
+// The tools' command line: --machine NAME, --frames N and the tool's own options that take a
+// value (`named`: option and where its value goes); the other words are files. False on an
+// unknown option, a missing value or an unknown machine.
+struct FrameOption {
+  const char *option;
+  const char **value;
+};
+bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames, std::initializer_list<FrameOption> named,
+                           std::vector<const char *> *files);

@@ -3,7 +3,6 @@
 // complete frame as a PNG image.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "c64.h"
@@ -25,22 +24,11 @@ int usage(const char *program) {
 int main(int argc, char **argv) {
   Vic2Model model = VIC2_PAL_6569;
   int frames = kDefaultFrames;
-  const char *png = nullptr, *path = nullptr;
-  for (int i = 1; i < argc; i++) {
-    const bool has_value = i + 1 < argc;
-    if (!std::strcmp(argv[i], "--machine") && has_value) {
-      if (!frame_model_from_name(argv[++i], &model)) return usage(argv[0]);
-    } else if (!std::strcmp(argv[i], "--frames") && has_value) {
-      frames = std::atoi(argv[++i]);
-    } else if (!std::strcmp(argv[i], "--frame-png") && has_value) {
-      png = argv[++i];
-    } else if (argv[i][0] != '-' && !path) {
-      path = argv[i];
-    } else {
-      return usage(argv[0]);
-    }
-  }
-  if (!path) return usage(argv[0]);
+  const char *png = nullptr;
+  std::vector<const char *> files;
+  if (!frame_parse_arguments(argc, argv, &model, &frames, {{"--frame-png", &png}}, &files) || files.size() != 1)
+    return usage(argv[0]);
+  const char *path = files[0];
   if (frames < kMinFrames) {
     std::fprintf(stderr, "--frames must be at least %d\n", kMinFrames);
     return 2;
