@@ -86,7 +86,10 @@ constexpr int kVic2WindowLeft[2] = {31 + kVic2FrameXOffset, 24 + kVic2FrameXOffs
 constexpr int kVic2WindowRight[2] = {335 + kVic2FrameXOffset, 344 + kVic2FrameXOffset};  // by CSEL
 constexpr int kVic2WindowTop[2] = {55, 51};                                              // by RSEL
 constexpr int kVic2WindowBottom[2] = {247, 251};                                         // by RSEL
-constexpr int kVic2GraphicsLeft = kVic2WindowLeft[1];  // first pixel of column 0 at XSCROLL 0
+// Cycle c draws frame x = 8 (c - 2): column 0, fetched in the first graphics cycle, starts at
+// the 40-column window's left edge at XSCROLL 0.
+constexpr int kVic2GraphicsLeft = 8 * (kVic2FirstGraphicsCycle + kVic2GraphicsDelay - 2);
+static_assert(kVic2GraphicsLeft == kVic2WindowLeft[1]);
 
 // Memory as the chip sees it: RAM, the colour RAM (low nibbles) and the character ROM.
 struct Vic2Memory {
@@ -131,7 +134,7 @@ void vic2_cycle(Vic2 *v);
 bool vic2_blocks(const Vic2 *v, bool write);
 
 bool vic2_irq(const Vic2 *v);
-uint8_t vic2_read(Vic2 *v, int reg);        // as the processor reads it; collisions clear
+uint8_t vic2_read(Vic2 *v, int reg);        // as the processor reads it (no collisions: 0)
 uint8_t vic2_peek(const Vic2 *v, int reg);  // the same without side effects
 void vic2_write(Vic2 *v, int reg, uint8_t value);
 
