@@ -21,6 +21,16 @@ constexpr int kCharRomBankMask = 0x4000;      // banks 0 and 2 see the character
 constexpr uint16_t kCharRomWindow = 0x1000, kCharRomWindowMask = 0x3000;
 constexpr uint64_t kFill = 0x0101010101010101ULL;
 
+// For each graphics byte, 8 bytes that are $FF where its bit is set, leftmost pixel first.
+struct BitMasks {
+  uint8_t mask[256][8];
+  constexpr BitMasks() : mask() {
+    for (int g = 0; g < 256; g++)
+      for (int i = 0; i < 8; i++) mask[g][i] = g & (0x80 >> i) ? 0xFF : 0;
+  }
+};
+constexpr BitMasks kBitMasks;
+
 bool is_delayed(int reg) { return reg == VIC2_CTRL1 || reg == VIC2_CTRL2 || (reg >= VIC2_BORDER && reg <= VIC2_LAST_COLOUR); }
 
 uint8_t fetch(const Vic2 *v, uint16_t address) {
@@ -95,7 +105,10 @@ void column_pixels(const Vic2 *v, int k, uint8_t px[8]) {
   if (multi) {
     for (int i = 0; i < 8; i += 2) px[i] = px[i + 1] = pair[g >> (6 - i) & 3];
   } else {
-    for (int i = 0; i < 8; i++) px[i] = g & (0x80 >> i) ? fg : bg;
+    uint64_t mask;
+    std::memcpy(&mask, kBitMasks.mask[g], 8);
+    const uint64_t pixels = (fg * kFill & mask) | (bg * kFill & ~mask);
+    std::memcpy(px, &pixels, 8);
   }
 }
 
@@ -136,6 +149,11 @@ void draw(Vic2 *v) {
     std::memcpy(out, &fill, 8);
     return;
   }
+  const int offset = x - kVic2GraphicsLeft;
+  if (!edge && !(v->shown[VIC2_CTRL2] & VIC2_CTRL2_XSCROLL) && offset >= 0 && offset < 8 * kVic2Columns) {
+    column_pixels(v, offset >> 3, out);  // a whole column in this cycle's 8 pixels
+    return;
+  }
   Sequencer seq;
   for (int i = 0; i < 8; i++) {
     if (x + i == right) v->main_border = true;
@@ -143,7 +161,7 @@ void draw(Vic2 *v) {
       vertical_border_rules(v, ctrl1);
       if (!v->vertical_border) v->main_border = false;
     }
-    out[i] = v->main_border ? border : graphics_pixel(v, &seq, x + i) & 15;
+    out[i] = v->main_border ? border : graphics_pixel(v, &seq, x + i);
   }
 }
 

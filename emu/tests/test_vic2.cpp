@@ -116,6 +116,7 @@ TEST(Vic2, GraphicsModes) {
       {"multicolour text", 0x1B, 0x18, 0x14, {mc, mc, b2, b2, b1, b1, mc, mc}},
       {"extended colour text", 0x5B, 0x08, 0x14, {b2, b2, b2, fg, fg, b2, b2, b2}},
       {"hires bitmap", 0x3B, 0x08, 0x18, {lo, lo, lo, hi, hi, lo, hi, hi}},
+      {"hires bitmap, XSCROLL 3", 0x3B, 0x0B, 0x18, {bg, bg, bg, lo, lo, lo, hi, hi}},
       {"multicolour bitmap", 0x3B, 0x18, 0x18, {bg, bg, hi, hi, lo, lo, fg, fg}},
       {"invalid: ECM with bitmap", 0x7B, 0x08, 0x18, {0, 0, 0, 0, 0, 0, 0, 0}},
   };
