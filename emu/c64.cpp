@@ -98,7 +98,7 @@ void wait_for_bus(C64 *m, bool write) {
 uint8_t io_read(C64 *m, uint16_t address) {
   if (address < kVicEnd) return vic2_read(&m->vic, address);
   if (address < kColorRamStart) return 0;
-  if (address < kCia1Start) return m->color_ram[address & 0x3FF];
+  if (address < kCia1Start) return m->color_ram[address & (kC64ColorRamSize - 1)];
   if (address < kCia2Start) return cia_read(&m->cia[0], address);
   if (address < kCia2Start + 0x100) return cia_read(&m->cia[1], address);
   return 0;
@@ -106,11 +106,11 @@ uint8_t io_read(C64 *m, uint16_t address) {
 
 void io_write(C64 *m, uint16_t address, uint8_t value) {
   if (address < kVicEnd) {
-    if ((address & 0x3F) == VIC2_BORDER)
+    if ((address & (VIC2_REGISTER_COUNT - 1)) == VIC2_BORDER)
       m->border_writes.push_back({static_cast<uint16_t>(m->vic.line), static_cast<uint8_t>(m->vic.cycle), static_cast<uint8_t>(value & 15)});
     vic2_write(&m->vic, address, value);
   } else if (address >= kColorRamStart && address < kCia1Start) {
-    m->color_ram[address & 0x3FF] = value & 15;
+    m->color_ram[address & (kC64ColorRamSize - 1)] = value & 15;
   } else if (address >= kCia1Start && address < kCia2Start) {
     cia_write(&m->cia[0], address, value);
   } else if (address >= kCia2Start && address < kCia2Start + 0x100) {
@@ -164,7 +164,7 @@ uint8_t c64_peek(const C64 *m, uint16_t address) {
     if (char_rom_visible(m)) return char_rom.bytes[address & 0x0FFF];
     if (io_visible(m)) {
       if (address < kVicEnd) return vic2_peek(&m->vic, address);
-      if (address >= kColorRamStart && address < kCia1Start) return m->color_ram[address & 0x3FF];
+      if (address >= kColorRamStart && address < kCia1Start) return m->color_ram[address & (kC64ColorRamSize - 1)];
       if (address >= kCia1Start && address < kCia2Start) return cia_peek(&m->cia[0], address);
       if (address >= kCia2Start && address < kCia2Start + 0x100) return cia_peek(&m->cia[1], address);
       return 0;

@@ -179,12 +179,12 @@ void access(Vic2 *v, bool bad) {
     uint16_t address;
     if (v->display_state) {
       if (ctrl1 & VIC2_CTRL1_BMM)
-        address = static_cast<uint16_t>((memory & 0x08) << 10 | v->vc << 3 | v->rc);
+        address = static_cast<uint16_t>((memory & VIC2_MEMORY_BITMAP) << 10 | v->vc << 3 | v->rc);
       else
         address = static_cast<uint16_t>((memory & VIC2_MEMORY_CHARS) << 10 | v->matrix[v->vmli] << 3 | v->rc);
       if (ctrl1 & VIC2_CTRL1_ECM) address &= kEcmAddressMask;
       v->graphics[k] = fetch(v, address);
-      v->vc = (v->vc + 1) & 0x3FF;
+      v->vc = (v->vc + 1) & kVic2VcMask;
       v->vmli++;
     } else {
       v->graphics[k] = fetch(v, ctrl1 & VIC2_CTRL1_ECM ? kIdleAddressEcm : kIdleAddress);
@@ -257,7 +257,7 @@ void vic2_cycle(Vic2 *v) {
 bool vic2_irq(const Vic2 *v) { return v->irq_flags & v->reg[VIC2_IRQ_MASK] & VIC2_IRQ_ALL; }
 
 uint8_t vic2_peek(const Vic2 *v, int reg) {
-  reg &= 0x3F;
+  reg &= VIC2_REGISTER_COUNT - 1;
   switch (reg) {
     case VIC2_CTRL1: return static_cast<uint8_t>((v->reg[reg] & 0x7F) | (v->line >> 1 & VIC2_CTRL1_RST8));
     case VIC2_RASTER: return static_cast<uint8_t>(v->line);
@@ -276,7 +276,7 @@ uint8_t vic2_peek(const Vic2 *v, int reg) {
 uint8_t vic2_read(Vic2 *v, int reg) { return vic2_peek(v, reg); }
 
 void vic2_write(Vic2 *v, int reg, uint8_t value) {
-  reg &= 0x3F;
+  reg &= VIC2_REGISTER_COUNT - 1;
   switch (reg) {
     case VIC2_CTRL1:
       v->raster_compare = static_cast<uint16_t>((v->raster_compare & 0xFF) | (value & VIC2_CTRL1_RST8) << 1);

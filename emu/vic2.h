@@ -61,7 +61,7 @@ enum : uint8_t {
   VIC2_CTRL1_YSCROLL = 0x07, VIC2_CTRL1_RSEL = 0x08, VIC2_CTRL1_DEN = 0x10,
   VIC2_CTRL1_BMM = 0x20, VIC2_CTRL1_ECM = 0x40, VIC2_CTRL1_RST8 = 0x80,
   VIC2_CTRL2_XSCROLL = 0x07, VIC2_CTRL2_CSEL = 0x08, VIC2_CTRL2_MCM = 0x10,
-  VIC2_MEMORY_CHARS = 0x0E, VIC2_MEMORY_MATRIX = 0xF0,
+  VIC2_MEMORY_CHARS = 0x0E, VIC2_MEMORY_BITMAP = 0x08, VIC2_MEMORY_MATRIX = 0xF0,
   VIC2_IRQ_RASTER = 0x01, VIC2_IRQ_ALL = 0x0F, VIC2_IRQ_ANY = 0x80,
 };
 
@@ -77,6 +77,7 @@ constexpr int kVic2WriteDelay = 3;          // a colour written in cycle c shows
 constexpr int kVic2GraphicsDelay = 3;       // column k, fetched in cycle 16 + k, is drawn in 19 + k
 constexpr int kVic2FirstBadLine = 0x30, kVic2LastBadLine = 0xF7;
 constexpr int kVic2Columns = 40;
+constexpr uint16_t kVic2VcMask = 0x3FF;  // the video counter's 10 bits
 
 // Geometry of the frame and of the display window.
 constexpr int kVic2FrameXOffset = 112;  // frame x = sprite X + 112
