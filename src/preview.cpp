@@ -11,6 +11,7 @@
 
 #include "c64.h"
 #include "callbacks.h"
+#include "geometry.h"
 #include "main.h"
 #include "options.h"
 #include "palette.h"
@@ -30,14 +31,12 @@ constexpr MachineChoice kMachines[] = {{"PAL", VIC2_PAL_6569}, {"NTSC", VIC2_NTS
 
 constexpr int kFastForwardFrames = 60;  // past the program's fade: the user sees the result at once
 constexpr int kMaxCatchUpFrames = 3;    // after a stall, frames run at once before pacing starts over
-constexpr int kFirstBarLine = 51, kBarLines = 200;
-constexpr int kTableSize = kBarLines;
 constexpr int kSpacing = 4;
 
 struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
-  unsigned char left[kTableSize], right[kTableSize];  // the editor's bars when the program started
+  unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
   Surface image;                                      // the visible area at zoom 1
   guint timer = 0;
   bool iconified = false;
@@ -260,8 +259,8 @@ void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
 
 int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left, const uint8_t *right) {
   int differing = 0;
-  for (int i = 0; i < kBarLines; i++) {
-    const int line = kFirstBarLine + i;
+  for (int i = 0; i < picture_lines; i++) {
+    const int line = first_picture_line + i;
     if (vic2_side_border_colour(model, frame, line, 1) != left[i] || vic2_side_border_colour(model, frame, line, 0) != right[i])
       differing++;
   }

@@ -12,8 +12,6 @@ namespace {
 constexpr int kPaper = 0x10;  // white ink on black paper in every cell
 constexpr int kBorder = 6;
 
-void activate(const char *item) { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item))); }
-
 class Preview : public ExportTest {
  protected:
   void SetUp() override {

@@ -7,12 +7,12 @@
 
 #include "c64.h"
 #include "frames.h"
+#include "geometry.h"
 
 namespace {
 
 constexpr int kDefaultFrames = 60;  // the fade and the set-up are over after about 40
 constexpr int kMinFrames = 2;
-constexpr int kFirstBarLine = 51, kLastBarLine = 250;
 
 int usage(const char *program) {
   std::fprintf(stderr, "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--frame-png OUT.png] FILE.prg\n", program);
@@ -49,7 +49,7 @@ int main(int argc, char **argv) {
               m->vic.reg[VIC2_SPRITE_ENABLE], m->vic.reg[VIC2_BORDER], m->vic.reg[VIC2_BACKGROUND0]);
   std::printf("# last complete frame: colour of each visible side border (-1: more than one);\n");
   std::printf("# writes to $D020 as cycle:colour\n# line left right  writes\n");
-  for (int line = kFirstBarLine - 1; line <= kLastBarLine; ++line) {
+  for (int line = first_picture_line - 1; line <= last_picture_line; ++line) {
     std::printf("%6d %4d %5d  ", line, vic2_side_border_colour(info, frame, line, 1), vic2_side_border_colour(info, frame, line, 0));
     for (const C64BorderWrite &w : m->last_border_writes)
       if (w.line == line) std::printf(" %d:%d", w.cycle, w.value);
