@@ -43,7 +43,8 @@ int main(int argc, char **argv) {
   for (Vic2Model model : models) {
     auto m = std::make_unique<C64>();
     std::string error;
-    const bool started = argc > 1 ? c64_start_file(m.get(), argv[1], model, &error) : c64_start(m.get(), generated_player(), model, &error);
+    const bool started = argc > 1 ? c64_start_file(m.get(), argv[1], model, &error)
+                                  : c64_start(m.get(), generated_player(), model, &error);
     if (!started) {
       std::fprintf(stderr, "%s: %s\n", argv[1], error.c_str());
       return 1;

@@ -32,15 +32,18 @@ constexpr uint8_t kCia2BankPort = 0x97, kCia2BankDirection = 0x3F;
 
 struct Kernal {
   uint8_t rom[0x2000]{};
-  void put(uint16_t address, std::initializer_list<uint8_t> bytes) { std::copy(bytes.begin(), bytes.end(), rom + (address - kKernalStart)); }
+  void put(uint16_t address, std::initializer_list<uint8_t> bytes) {
+    std::copy(bytes.begin(), bytes.end(), rom + (address - kKernalStart));
+  }
   Kernal() {
     put(kNmiEntry, {0x78, 0x6C, kNmiVector & 0xFF, kNmiVector >> 8});                  // SEI; JMP ($0318)
-    put(kNmiDefault, {0x40});                                                             // RTI
+    put(kNmiDefault, {0x40});                                                          // RTI
     put(kIrqEntry, {0x48, 0x8A, 0x48, 0x98, 0x48, 0xBA, 0xBD, 0x04, 0x01, 0x29, 0x10,  // save registers, BRK?
                     0xF0, 0x03, 0x6C, kBrkVector & 0xFF, kBrkVector >> 8, 0x6C, kIrqVector & 0xFF, kIrqVector >> 8});
-    put(kTimerIrq, {0xAD, 0x0D, 0xDC, 0x68, 0xA8, 0x68, 0xAA, 0x68, 0x40});             // ack CIA 1, restore, RTI
-    put(kIdleLoop, {0x4C, kIdleLoop & 0xFF, kIdleLoop >> 8});                             // JMP to itself
-    put(0xFFFA, {kNmiEntry & 0xFF, kNmiEntry >> 8, kResetEntry & 0xFF, kResetEntry >> 8, kIrqEntry & 0xFF, kIrqEntry >> 8});
+    put(kTimerIrq, {0xAD, 0x0D, 0xDC, 0x68, 0xA8, 0x68, 0xAA, 0x68, 0x40});  // ack CIA 1, restore, RTI
+    put(kIdleLoop, {0x4C, kIdleLoop & 0xFF, kIdleLoop >> 8});                // JMP to itself
+    put(0xFFFA,
+        {kNmiEntry & 0xFF, kNmiEntry >> 8, kResetEntry & 0xFF, kResetEntry >> 8, kIrqEntry & 0xFF, kIrqEntry >> 8});
   }
 };
 const Kernal kernal;
@@ -107,7 +110,8 @@ uint8_t io_read(C64 *m, uint16_t address) {
 void io_write(C64 *m, uint16_t address, uint8_t value) {
   if (address < kVicEnd) {
     if ((address & (VIC2_REGISTER_COUNT - 1)) == VIC2_BORDER)
-      m->border_writes.push_back({static_cast<uint16_t>(m->vic.line), static_cast<uint8_t>(m->vic.cycle), static_cast<uint8_t>(value & 15)});
+      m->border_writes.push_back(
+          {static_cast<uint16_t>(m->vic.line), static_cast<uint8_t>(m->vic.cycle), static_cast<uint8_t>(value & 15)});
     vic2_write(&m->vic, address, value);
   } else if (address >= kColorRamStart && address < kCia1Start) {
     m->color_ram[address & (kC64ColorRamSize - 1)] = value & 15;
@@ -122,7 +126,8 @@ void io_write(C64 *m, uint16_t address, uint8_t value) {
 uint8_t bus_read(void *ctx, uint16_t address) {
   C64 *m = static_cast<C64 *>(ctx);
   wait_for_bus(m, false);
-  const uint8_t value = address >= kIoStart && address < kIoEnd && io_visible(m) ? io_read(m, address) : c64_peek(m, address);
+  const uint8_t value =
+      address >= kIoStart && address < kIoEnd && io_visible(m) ? io_read(m, address) : c64_peek(m, address);
   end_cycle(m);
   return value;
 }
@@ -130,8 +135,10 @@ uint8_t bus_read(void *ctx, uint16_t address) {
 void bus_write(void *ctx, uint16_t address, uint8_t value) {
   C64 *m = static_cast<C64 *>(ctx);
   wait_for_bus(m, true);
-  if (address >= kIoStart && address < kIoEnd && io_visible(m)) io_write(m, address, value);
-  else m->ram[address] = value;  // writes under the ROMs reach RAM
+  if (address >= kIoStart && address < kIoEnd && io_visible(m))
+    io_write(m, address, value);
+  else
+    m->ram[address] = value;  // writes under the ROMs reach RAM
   end_cycle(m);
 }
 
@@ -196,9 +203,9 @@ bool c64_start(C64 *m, const std::vector<uint8_t> &prg, Vic2Model model, std::st
   if (load != kC64LoadAddress || !sys_address(m, &start)) return fail(error, "does not start with a SYS line at $0801");
 
   vic2_init(&m->vic, model, Vic2Memory{m->ram, m->color_ram, char_rom.bytes, 0});
-  const std::pair<int, uint8_t> video[] = {{VIC2_CTRL1, 0x1B}, {VIC2_CTRL2, 0xC8}, {VIC2_MEMORY, 0x15}, {VIC2_BORDER, kLightBlue},
-                                           {VIC2_BACKGROUND0, kBlue}, {VIC2_BACKGROUND0 + 1, 1}, {VIC2_BACKGROUND0 + 2, 2},
-                                           {VIC2_BACKGROUND0 + 3, 3}};
+  const std::pair<int, uint8_t> video[] = {
+      {VIC2_CTRL1, 0x1B},        {VIC2_CTRL2, 0xC8},        {VIC2_MEMORY, 0x15},       {VIC2_BORDER, kLightBlue},
+      {VIC2_BACKGROUND0, kBlue}, {VIC2_BACKGROUND0 + 1, 1}, {VIC2_BACKGROUND0 + 2, 2}, {VIC2_BACKGROUND0 + 3, 3}};
   for (auto [reg, value] : video) m->vic.reg[reg] = m->vic.shown[reg] = value;
   for (Cia &cia : m->cia) cia_init(&cia);
   m->cia[0].reg[CIA_TA_LO] = kCia1TimerPal & 0xFF;
@@ -231,8 +238,10 @@ bool c64_start_file(C64 *m, const std::string &path, Vic2Model model, std::strin
 
 void c64_run_frames(C64 *m, uint64_t frames) {
   while (m->vic.frames < frames) {
-    if (m->cpu.jammed) end_cycle(m);
-    else m6502_step(&m->cpu);
+    if (m->cpu.jammed)
+      end_cycle(m);
+    else
+      m6502_step(&m->cpu);
   }
 }
 

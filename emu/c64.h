@@ -25,7 +25,7 @@
 
 constexpr uint16_t kC64LoadAddress = 0x0801;  // start of BASIC programs
 constexpr int kC64ColorRamSize = 1024;
-constexpr int kC64CharRomSize = 4096;         // upper-case set, then lower-case set
+constexpr int kC64CharRomSize = 4096;  // upper-case set, then lower-case set
 
 // One write to the border colour register, where the beam was.
 struct C64BorderWrite {
@@ -39,8 +39,8 @@ struct C64 {
   M6502 cpu;
   Vic2 vic;
   Cia cia[2];
-  bool nmi_line;    // CIA 2's interrupt output in the last cycle (NMI is edge-triggered)
-  uint64_t stolen;  // cycles the processor waited for the video chip
+  bool nmi_line;                                   // CIA 2's interrupt output in the last cycle (NMI is edge-triggered)
+  uint64_t stolen;                                 // cycles the processor waited for the video chip
   std::vector<C64BorderWrite> border_writes;       // in the frame being drawn
   std::vector<C64BorderWrite> last_border_writes;  // in the last complete frame
 };

@@ -9,7 +9,9 @@ constexpr int kControl[2] = {CIA_CRA, CIA_CRB};
 constexpr int kLatchLo[2] = {CIA_TA_LO, CIA_TB_LO};
 constexpr uint8_t kFlag[2] = {CIA_ICR_TA, CIA_ICR_TB};
 
-uint16_t latch(const Cia *c, int t) { return static_cast<uint16_t>(c->reg[kLatchLo[t]] | c->reg[kLatchLo[t] + 1] << 8); }
+uint16_t latch(const Cia *c, int t) {
+  return static_cast<uint16_t>(c->reg[kLatchLo[t]] | c->reg[kLatchLo[t] + 1] << 8);
+}
 
 }  // namespace
 
@@ -43,14 +45,17 @@ uint8_t cia_read(Cia *c, int reg) {
 void cia_write(Cia *c, int reg, uint8_t value) {
   reg &= 0x0F;
   if (reg == CIA_ICR) {
-    if (value & CIA_ICR_SET) c->icr_mask |= value & CIA_ICR_SOURCES;
-    else c->icr_mask &= ~value & CIA_ICR_SOURCES;
+    if (value & CIA_ICR_SET)
+      c->icr_mask |= value & CIA_ICR_SOURCES;
+    else
+      c->icr_mask &= ~value & CIA_ICR_SOURCES;
     return;
   }
   c->reg[reg] = value;
   for (int t = 0; t < 2; t++) {
     // Writing the high latch byte of a stopped timer loads it, as does the force-load bit.
-    if ((reg == kLatchLo[t] + 1 && !(c->reg[kControl[t]] & CIA_CR_START)) || (reg == kControl[t] && (value & CIA_CR_LOAD))) {
+    if ((reg == kLatchLo[t] + 1 && !(c->reg[kControl[t]] & CIA_CR_START)) ||
+        (reg == kControl[t] && (value & CIA_CR_LOAD))) {
       c->counter[t] = latch(c, t);
       c->reg[kControl[t]] &= ~CIA_CR_LOAD;
     }

@@ -12,14 +12,28 @@
 #include <cstdint>
 
 enum CiaRegister : int {
-  CIA_PRA = 0x00, CIA_PRB = 0x01, CIA_DDRA = 0x02, CIA_DDRB = 0x03,
-  CIA_TA_LO = 0x04, CIA_TA_HI = 0x05, CIA_TB_LO = 0x06, CIA_TB_HI = 0x07,
-  CIA_ICR = 0x0D, CIA_CRA = 0x0E, CIA_CRB = 0x0F,
+  CIA_PRA = 0x00,
+  CIA_PRB = 0x01,
+  CIA_DDRA = 0x02,
+  CIA_DDRB = 0x03,
+  CIA_TA_LO = 0x04,
+  CIA_TA_HI = 0x05,
+  CIA_TB_LO = 0x06,
+  CIA_TB_HI = 0x07,
+  CIA_ICR = 0x0D,
+  CIA_CRA = 0x0E,
+  CIA_CRB = 0x0F,
   CIA_REGISTER_COUNT = 0x10,
 };
 enum : uint8_t {
-  CIA_CR_START = 0x01, CIA_CR_ONESHOT = 0x08, CIA_CR_LOAD = 0x10,
-  CIA_ICR_TA = 0x01, CIA_ICR_TB = 0x02, CIA_ICR_SOURCES = 0x1F, CIA_ICR_SET = 0x80, CIA_ICR_IR = 0x80,
+  CIA_CR_START = 0x01,
+  CIA_CR_ONESHOT = 0x08,
+  CIA_CR_LOAD = 0x10,
+  CIA_ICR_TA = 0x01,
+  CIA_ICR_TB = 0x02,
+  CIA_ICR_SOURCES = 0x1F,
+  CIA_ICR_SET = 0x80,
+  CIA_ICR_IR = 0x80,
 };
 
 struct Cia {
@@ -32,6 +46,6 @@ void cia_init(Cia *c);
 uint8_t cia_read(Cia *c, int reg);        // reading the interrupt register clears it
 uint8_t cia_peek(const Cia *c, int reg);  // the same without side effects
 void cia_write(Cia *c, int reg, uint8_t value);
-void cia_cycle(Cia *c);                   // one system clock cycle
-bool cia_irq(const Cia *c);               // the interrupt output (IRQ on CIA 1, NMI on CIA 2)
-uint8_t cia_port_a(const Cia *c);         // port A lines: outputs as written, inputs high
+void cia_cycle(Cia *c);            // one system clock cycle
+bool cia_irq(const Cia *c);        // the interrupt output (IRQ on CIA 1, NMI on CIA 2)
+uint8_t cia_port_a(const Cia *c);  // port A lines: outputs as written, inputs high

@@ -31,7 +31,9 @@ struct BitMasks {
 };
 constexpr BitMasks kBitMasks;
 
-bool is_delayed(int reg) { return reg == VIC2_CTRL1 || reg == VIC2_CTRL2 || (reg >= VIC2_BORDER && reg <= VIC2_LAST_COLOUR); }
+bool is_delayed(int reg) {
+  return reg == VIC2_CTRL1 || reg == VIC2_CTRL2 || (reg >= VIC2_BORDER && reg <= VIC2_LAST_COLOUR);
+}
 
 uint8_t fetch(const Vic2 *v, uint16_t address) {
   address &= 0x3FFF;

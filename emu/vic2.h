@@ -21,13 +21,7 @@
 
 #include <cstdint>
 
-enum Vic2Model : int {
-  VIC2_PAL_6569,
-  VIC2_NTSC_6567R8,
-  VIC2_NTSC_6567R56A,
-  VIC2_PALN_6572,
-  VIC2_MODEL_COUNT
-};
+enum Vic2Model : int { VIC2_PAL_6569, VIC2_NTSC_6567R8, VIC2_NTSC_6567R56A, VIC2_PALN_6572, VIC2_MODEL_COUNT };
 
 struct Vic2ModelInfo {
   const char *name;
@@ -58,23 +52,33 @@ enum Vic2Register : int {
   VIC2_REGISTER_COUNT = 0x40,
 };
 enum : uint8_t {
-  VIC2_CTRL1_YSCROLL = 0x07, VIC2_CTRL1_RSEL = 0x08, VIC2_CTRL1_DEN = 0x10,
-  VIC2_CTRL1_BMM = 0x20, VIC2_CTRL1_ECM = 0x40, VIC2_CTRL1_RST8 = 0x80,
-  VIC2_CTRL2_XSCROLL = 0x07, VIC2_CTRL2_CSEL = 0x08, VIC2_CTRL2_MCM = 0x10,
-  VIC2_MEMORY_CHARS = 0x0E, VIC2_MEMORY_BITMAP = 0x08, VIC2_MEMORY_MATRIX = 0xF0,
-  VIC2_IRQ_RASTER = 0x01, VIC2_IRQ_ALL = 0x0F, VIC2_IRQ_ANY = 0x80,
+  VIC2_CTRL1_YSCROLL = 0x07,
+  VIC2_CTRL1_RSEL = 0x08,
+  VIC2_CTRL1_DEN = 0x10,
+  VIC2_CTRL1_BMM = 0x20,
+  VIC2_CTRL1_ECM = 0x40,
+  VIC2_CTRL1_RST8 = 0x80,
+  VIC2_CTRL2_XSCROLL = 0x07,
+  VIC2_CTRL2_CSEL = 0x08,
+  VIC2_CTRL2_MCM = 0x10,
+  VIC2_MEMORY_CHARS = 0x0E,
+  VIC2_MEMORY_BITMAP = 0x08,
+  VIC2_MEMORY_MATRIX = 0xF0,
+  VIC2_IRQ_RASTER = 0x01,
+  VIC2_IRQ_ALL = 0x0F,
+  VIC2_IRQ_ANY = 0x80,
 };
 
 // Timing, in cycles 1..cycles_per_line of a raster line, the same on all four versions.
-constexpr int kVic2BaLowCycle = 12;         // BA falls: the processor stops at its next read
-constexpr int kVic2VcLoadCycle = 14;        // VC := VCBASE, VMLI := 0 (RC := 0 on a bad line)
-constexpr int kVic2FirstMatrixCycle = 15;   // c-accesses 15..54 on a bad line
+constexpr int kVic2BaLowCycle = 12;        // BA falls: the processor stops at its next read
+constexpr int kVic2VcLoadCycle = 14;       // VC := VCBASE, VMLI := 0 (RC := 0 on a bad line)
+constexpr int kVic2FirstMatrixCycle = 15;  // c-accesses 15..54 on a bad line
 constexpr int kVic2LastMatrixCycle = 54;
 constexpr int kVic2FirstGraphicsCycle = 16;  // g-accesses 16..55
-constexpr int kVic2RowCounterCycle = 58;    // RC = 7 ends the character row
+constexpr int kVic2RowCounterCycle = 58;     // RC = 7 ends the character row
 constexpr int kVic2RasterIrqCycleLine0 = 2;  // line 0 raises its raster interrupt a cycle late
-constexpr int kVic2WriteDelay = 3;          // a colour written in cycle c shows from cycle c + 3
-constexpr int kVic2GraphicsDelay = 3;       // column k, fetched in cycle 16 + k, is drawn in 19 + k
+constexpr int kVic2WriteDelay = 3;           // a colour written in cycle c shows from cycle c + 3
+constexpr int kVic2GraphicsDelay = 3;        // column k, fetched in cycle 16 + k, is drawn in 19 + k
 constexpr int kVic2FirstBadLine = 0x30, kVic2LastBadLine = 0xF7;
 constexpr int kVic2Columns = 40;
 constexpr uint16_t kVic2VcMask = 0x3FF;  // the video counter's 10 bits
@@ -118,7 +122,10 @@ struct Vic2 {
   // What the drawing sees: the colour and mode registers kVic2WriteDelay cycles ago, and the
   // writes still on their way.
   uint8_t shown[VIC2_REGISTER_COUNT];
-  struct PendingWrite { uint64_t clock; uint8_t reg, value; } pending[8];
+  struct PendingWrite {
+    uint64_t clock;
+    uint8_t reg, value;
+  } pending[8];
   uint8_t pending_head, pending_count;
   // Two frames: one being drawn, one complete.
   uint8_t frame[2][kVic2MaxFrameWidth * kVic2MaxLines];

@@ -37,7 +37,7 @@ struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
   unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
-  Surface image;                                      // the visible area at zoom 1
+  Surface image;                                            // the visible area at zoom 1
   guint timer = 0;
   bool iconified = false;
   gint64 paced_from = 0;  // real time and frame count from which the timer keeps pace
@@ -87,13 +87,17 @@ void update_image() {
 }
 
 void update_status() {
-  const int differing = preview_count_differing_lines(&model_info(), vic2_frame(&preview.machine->vic), preview.left, preview.right);
+  const int differing =
+      preview_count_differing_lines(&model_info(), vic2_frame(&preview.machine->vic), preview.left, preview.right);
   std::string verdict;
-  if (differing == 0) verdict = _("Bars match the editor");
-  else if (differing == 1) verdict = _("1 line differs from the editor");
-  else verdict = std::to_string(differing) + _(" lines differ from the editor");
-  char *text = g_strdup_printf(_("%s, frame %llu: %s"), model_info().name, static_cast<unsigned long long>(preview_frames()),
-                               verdict.c_str());
+  if (differing == 0)
+    verdict = _("Bars match the editor");
+  else if (differing == 1)
+    verdict = _("1 line differs from the editor");
+  else
+    verdict = std::to_string(differing) + _(" lines differ from the editor");
+  char *text = g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
+                               static_cast<unsigned long long>(preview_frames()), verdict.c_str());
   gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text);
   g_free(text);
 }
@@ -101,7 +105,8 @@ void update_status() {
 void set_area_size() {
   const Vic2ModelInfo &m = model_info();
   const int z = options_expansion;
-  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), (m.last_x - m.first_x + 1) * z, m.visible_lines * z);
+  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), (m.last_x - m.first_x + 1) * z,
+                              m.visible_lines * z);
 }
 
 void show_frame() {
@@ -217,13 +222,16 @@ GtkWidget *create_window_preview(void) {
   GtkWidget *controls = named(window, gtk_hbox_new(FALSE, kSpacing), "hbox_preview_controls");
   gtk_container_set_border_width(GTK_CONTAINER(controls), kSpacing);
   gtk_box_pack_start(GTK_BOX(vbox), controls, FALSE, FALSE, 0);
-  gtk_box_pack_start(GTK_BOX(controls), named(window, gtk_label_new_with_mnemonic(_("_Machine:")), "label_preview_machine"), FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(controls),
+                     named(window, gtk_label_new_with_mnemonic(_("_Machine:")), "label_preview_machine"), FALSE, FALSE,
+                     0);
   GtkWidget *combo = named(window, gtk_combo_box_new_text(), "combobox_preview_machine");
   for (const MachineChoice &choice : kMachines) gtk_combo_box_append_text(GTK_COMBO_BOX(combo), choice.label);
   gtk_label_set_mnemonic_widget(GTK_LABEL(lookup_widget(window, "label_preview_machine")), combo);
   gtk_box_pack_start(GTK_BOX(controls), combo, FALSE, FALSE, 0);
   GtkWidget *restart = named(window, gtk_button_new_with_mnemonic(_("_Restart")), "button_preview_restart");
-  gtk_button_set_image(GTK_BUTTON(restart), named(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON), "image_preview_restart"));
+  gtk_button_set_image(GTK_BUTTON(restart), named(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON),
+                                                  "image_preview_restart"));
   gtk_box_pack_start(GTK_BOX(controls), restart, FALSE, FALSE, 0);
 
   gtk_box_pack_start(GTK_BOX(vbox), named(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE, FALSE, 0);
@@ -238,7 +246,8 @@ GtkWidget *create_window_preview(void) {
   g_signal_connect(window, "window_state_event", G_CALLBACK(on_window_preview_window_state_event), nullptr);
   g_signal_connect(combo, "changed", G_CALLBACK(on_combobox_preview_machine_changed), nullptr);
   g_signal_connect(restart, "clicked", G_CALLBACK(on_button_preview_restart_clicked), nullptr);
-  g_signal_connect(lookup_widget(window, "drawingarea_preview"), "expose_event", G_CALLBACK(on_drawingarea_preview_expose_event), nullptr);
+  g_signal_connect(lookup_widget(window, "drawingarea_preview"), "expose_event",
+                   G_CALLBACK(on_drawingarea_preview_expose_event), nullptr);
   return window;
 }
 
@@ -257,11 +266,13 @@ void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
   update_timer();
 }
 
-int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left, const uint8_t *right) {
+int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left,
+                                  const uint8_t *right) {
   int differing = 0;
   for (int i = 0; i < picture_lines; i++) {
     const int line = first_picture_line + i;
-    if (vic2_side_border_colour(model, frame, line, 1) != left[i] || vic2_side_border_colour(model, frame, line, 0) != right[i])
+    if (vic2_side_border_colour(model, frame, line, 1) != left[i] ||
+        vic2_side_border_colour(model, frame, line, 0) != right[i])
       differing++;
   }
   return differing;

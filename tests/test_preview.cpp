@@ -55,20 +55,25 @@ TEST_F(Preview, RunsTheExportOnEachMachine) {
   activate("menuitem_zoom_2x");
   activate("menuitem_tools_preview");
   ASSERT_NE(window_preview, nullptr);
-  for (const char *name : {"combobox_preview_machine", "button_preview_restart", "drawingarea_preview", "label_preview_status"})
+  for (const char *name :
+       {"combobox_preview_machine", "button_preview_restart", "drawingarea_preview", "label_preview_status"})
     EXPECT_NE(widget(name), nullptr) << name;
-  struct Row { int active; Vic2Model model; const char *status; };
+  struct Row {
+    int active;
+    Vic2Model model;
+    const char *status;
+  };
   const Row rows[] = {{0, VIC2_PAL_6569, "PAL 6569, frame 60: Bars match the editor"},
                       {1, VIC2_NTSC_6567R8, "NTSC 6567R8, frame 60: Bars match the editor"},
                       {2, VIC2_PALN_6572, "PAL-N 6572, frame 60: Bars match the editor"}};
   for (const Row &row : rows) {
     SCOPED_TRACE(row.status);
     gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), row.active);
-    EXPECT_EQ(status(), row.status);  // read before the timer's first tick
+    EXPECT_EQ(status(), row.status);                        // read before the timer's first tick
     EXPECT_EQ(shown(row.model, 100, 60), rgb_of(60 % 16));  // left border
     EXPECT_EQ(shown(row.model, 470, 110), rgb_of(7));       // right border bar
     EXPECT_EQ(shown(row.model, 470, 130), rgb_of(kBorder));
-    EXPECT_EQ(shown(row.model, 200, 60), rgb_of(0));        // the picture's black paper
+    EXPECT_EQ(shown(row.model, 200, 60), rgb_of(0));  // the picture's black paper
   }
   colors_right[130] = 2;
   gtk_button_clicked(GTK_BUTTON(widget("button_preview_restart")));
@@ -83,7 +88,7 @@ TEST_F(Preview, RunsInRealTimeOnlyWhileShown) {
   pump_events(300);
   EXPECT_TRUE(preview_running());
   const uint64_t after = preview_frames();
-  EXPECT_GE(after, 70u);   // 60 fast-forwarded, then about 15 in 300 ms
+  EXPECT_GE(after, 70u);  // 60 fast-forwarded, then about 15 in 300 ms
   EXPECT_LE(after, 80u);
   gtk_widget_hide(window_preview);
   pump_events(100);
@@ -109,13 +114,17 @@ TEST(PreviewCount, CountsLinesThatDiffer) {
   uint8_t left[200], right[200];
   std::memset(left, 3, sizeof left);
   std::memset(right, 3, sizeof right);
-  struct Row { int line, x; int differing; };
-  const Row rows[] = {{51, model->first_x, 1},  {250, model->last_x, 1}, {100, 135, 1}, {100, 456, 1},
-                      {100, model->first_x - 1, 0}, {100, 136, 0},      {50, 100, 0}};
+  struct Row {
+    int line, x;
+    int differing;
+  };
+  const Row rows[] = {{51, model->first_x, 1},      {250, model->last_x, 1}, {100, 135, 1}, {100, 456, 1},
+                      {100, model->first_x - 1, 0}, {100, 136, 0},           {50, 100, 0}};
   for (const Row &row : rows) {
     std::vector<uint8_t> changed = frame;
     changed[row.line * width + row.x] = 9;
-    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left, right), row.differing) << row.line << "," << row.x;
+    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left, right), row.differing)
+        << row.line << "," << row.x;
   }
   right[0] = 4;
   EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left, right), 1);

@@ -14,9 +14,10 @@ constexpr double kDefaultSeconds = 8.0;  // the stored frames show the machine 8
 constexpr int kDefaultShown = 20;
 
 int usage(const char *program) {
-  std::fprintf(stderr,
-               "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--show N] [--diff OUT.png] FILE.prg FRAME.idx[.gz]\n",
-               program);
+  std::fprintf(
+      stderr,
+      "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--show N] [--diff OUT.png] FILE.prg FRAME.idx[.gz]\n",
+      program);
   return 2;
 }
 
@@ -27,7 +28,8 @@ int main(int argc, char **argv) {
   int frames = 0;
   const char *diff_png = nullptr, *show = nullptr;
   std::vector<const char *> paths;
-  if (!frame_parse_arguments(argc, argv, &model, &frames, {{"--show", &show}, {"--diff", &diff_png}}, &paths) || paths.size() != 2)
+  if (!frame_parse_arguments(argc, argv, &model, &frames, {{"--show", &show}, {"--diff", &diff_png}}, &paths) ||
+      paths.size() != 2)
     return usage(argv[0]);
   const int shown = show ? std::atoi(show) : kDefaultShown;
   const Vic2ModelInfo &info = vic2_models[model];

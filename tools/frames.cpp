@@ -3,8 +3,8 @@
 #include "frames.h"
 
 #include <cairo.h>
-#include <cstdlib>
 #include <zlib.h>
+#include <cstdlib>
 
 #include "palette.h"
 
@@ -78,18 +78,23 @@ std::vector<FrameDiff> frame_compare(Vic2Model model, const uint8_t *got, const 
 }
 
 bool frame_write_png(const std::string &path, const uint8_t *pixels, int width, int height, std::string *error) {
-  return write_png(path, width, height, [&](int x, int y) { return argb(pixels[y * width + x], 0); }, error);
+  return write_png(
+      path, width, height, [&](int x, int y) { return argb(pixels[y * width + x], 0); }, error);
 }
 
-bool frame_write_diff_png(const std::string &path, Vic2Model model, const uint8_t *got, const uint8_t *want, std::string *error) {
+bool frame_write_diff_png(const std::string &path, Vic2Model model, const uint8_t *got, const uint8_t *want,
+                          std::string *error) {
   const Vic2ModelInfo &m = vic2_models[model];
   const int width = m.cycles_per_line * 8;
   std::vector<uint8_t> differs(static_cast<size_t>(width) * m.lines, 0);
   for (const FrameDiff &d : frame_compare(model, got, want)) differs[d.line * width + d.x] = 1;
-  return write_png(path, width, m.lines, [&](int x, int y) {
-    const int at = y * width + x;
-    return differs[at] ? argb(got[at], 0) : argb(want[at], kDimShift);
-  }, error);
+  return write_png(
+      path, width, m.lines,
+      [&](int x, int y) {
+        const int at = y * width + x;
+        return differs[at] ? argb(got[at], 0) : argb(want[at], kDimShift);
+      },
+      error);
 }
 
 bool frame_model_from_name(const std::string &name, Vic2Model *model) {
@@ -101,8 +106,8 @@ bool frame_model_from_name(const std::string &name, Vic2Model *model) {
   return false;
 }
 
-bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames, std::initializer_list<FrameOption> named,
-                           std::vector<const char *> *files) {
+bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames,
+                           std::initializer_list<FrameOption> named, std::vector<const char *> *files) {
   for (int i = 1; i < argc; i++) {
     const std::string word = argv[i];
     if (word.empty() || word[0] != '-') {

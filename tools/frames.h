@@ -25,7 +25,8 @@ bool frame_write_png(const std::string &path, const uint8_t *pixels, int width, 
 
 // `want` dimmed, with the differing pixels of the visible area in their `got` colour framed by
 // nothing else: what the model shows wrongly stands out.
-bool frame_write_diff_png(const std::string &path, Vic2Model model, const uint8_t *got, const uint8_t *want, std::string *error);
+bool frame_write_diff_png(const std::string &path, Vic2Model model, const uint8_t *got, const uint8_t *want,
+                          std::string *error);
 
 // "pal", "ntsc", "ntsc-old" or "paln" to the model; false for other names.
 bool frame_model_from_name(const std::string &name, Vic2Model *model);
@@ -37,5 +38,5 @@ struct FrameOption {
   const char *option;
   const char **value;
 };
-bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames, std::initializer_list<FrameOption> named,
-                           std::vector<const char *> *files);
+bool frame_parse_arguments(int argc, char **argv, Vic2Model *model, int *frames,
+                           std::initializer_list<FrameOption> named, std::vector<const char *> *files);

@@ -15,7 +15,8 @@ constexpr int kDefaultFrames = 60;  // the fade and the set-up are over after ab
 constexpr int kMinFrames = 2;
 
 int usage(const char *program) {
-  std::fprintf(stderr, "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--frame-png OUT.png] FILE.prg\n", program);
+  std::fprintf(stderr, "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--frame-png OUT.png] FILE.prg\n",
+               program);
   return 2;
 }
 
@@ -44,13 +45,15 @@ int main(int argc, char **argv) {
   const Vic2ModelInfo *info = m->vic.model;
   const uint8_t *frame = vic2_frame(&m->vic);
   if (m->cpu.jammed) std::printf("# processor stopped at $%04X (opcode $%02X)\n", m->cpu.pc, c64_peek(m, m->cpu.pc));
-  std::printf("# %s, after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
-              info->name, frames, m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
-              m->vic.reg[VIC2_SPRITE_ENABLE], m->vic.reg[VIC2_BORDER], m->vic.reg[VIC2_BACKGROUND0]);
+  std::printf(
+      "# %s, after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
+      info->name, frames, m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
+      m->vic.reg[VIC2_SPRITE_ENABLE], m->vic.reg[VIC2_BORDER], m->vic.reg[VIC2_BACKGROUND0]);
   std::printf("# last complete frame: colour of each visible side border (-1: more than one);\n");
   std::printf("# writes to $D020 as cycle:colour\n# line left right  writes\n");
   for (int line = first_picture_line - 1; line <= last_picture_line; ++line) {
-    std::printf("%6d %4d %5d  ", line, vic2_side_border_colour(info, frame, line, 1), vic2_side_border_colour(info, frame, line, 0));
+    std::printf("%6d %4d %5d  ", line, vic2_side_border_colour(info, frame, line, 1),
+                vic2_side_border_colour(info, frame, line, 0));
     for (const C64BorderWrite &w : m->last_border_writes)
       if (w.line == line) std::printf(" %d:%d", w.cycle, w.value);
     std::printf("\n");

@@ -22,4 +22,3 @@ inline std::vector<uint8_t> petscii_player() {
   std::fill(prg.begin() + 2049, prg.begin() + 3049, 0x20);
   return prg;
 }
-

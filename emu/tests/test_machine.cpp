@@ -22,12 +22,19 @@ std::string shared(const std::string &name) {
 // Timer A counts down once per cycle, raises its flag on the cycle after 0, reloads from its
 // latch and, in one-shot mode, stops; reading the interrupt register clears it.
 TEST(Cia, TimerUnderflows) {
-  struct Row { uint8_t control; uint16_t latch; int cycles; int underflows; bool running; };
-  const Row rows[] = {{CIA_CR_START, 9, 10, 1, true},   {CIA_CR_START, 9, 9, 0, true},
-                      {CIA_CR_START, 9, 30, 3, true},   {CIA_CR_START | CIA_CR_ONESHOT, 9, 30, 1, false},
-                      {CIA_CR_START, 0, 5, 5, true},    {0, 9, 30, 0, false}};
+  struct Row {
+    uint8_t control;
+    uint16_t latch;
+    int cycles;
+    int underflows;
+    bool running;
+  };
+  const Row rows[] = {{CIA_CR_START, 9, 10, 1, true}, {CIA_CR_START, 9, 9, 0, true},
+                      {CIA_CR_START, 9, 30, 3, true}, {CIA_CR_START | CIA_CR_ONESHOT, 9, 30, 1, false},
+                      {CIA_CR_START, 0, 5, 5, true},  {0, 9, 30, 0, false}};
   for (const Row &row : rows) {
-    SCOPED_TRACE(testing::Message() << "control " << int(row.control) << " latch " << row.latch << " cycles " << row.cycles);
+    SCOPED_TRACE(testing::Message() << "control " << int(row.control) << " latch " << row.latch << " cycles "
+                                    << row.cycles);
     Cia cia;
     cia_init(&cia);
     cia_write(&cia, CIA_TA_LO, row.latch & 0xFF);
@@ -72,7 +79,8 @@ TEST(Machine, PlayerFindsEachVideoStandard) {
       const int line = (info->first_line + i) % info->lines;
       const bool bar = line >= 51 && line <= 250;
       const int left = bar ? (line - 51) % 16 : 11, right = bar ? (3 * (line - 51) + 5) % 16 : 11;
-      if (vic2_side_border_colour(info, frame, line, 1) != left || vic2_side_border_colour(info, frame, line, 0) != right) {
+      if (vic2_side_border_colour(info, frame, line, 1) != left ||
+          vic2_side_border_colour(info, frame, line, 0) != right) {
         ADD_FAILURE() << "line " << line;
         if (++wrong == 5) break;
       }
@@ -83,8 +91,12 @@ TEST(Machine, PlayerFindsEachVideoStandard) {
 // A program whose first line is not a SYS cannot be run; neither can a file too short to be
 // a PRG or one that does not fit into memory.
 TEST(Machine, StartsOnlyProgramsItCanRun) {
-  struct Row { std::vector<uint8_t> prg; bool runs; };
-  const std::vector<uint8_t> sys = {0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0x20, 0x32, 0x30, 0x36, 0x31, 0x00, 0x00, 0x00, 0x60};
+  struct Row {
+    std::vector<uint8_t> prg;
+    bool runs;
+  };
+  const std::vector<uint8_t> sys = {0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0x20,
+                                    0x32, 0x30, 0x36, 0x31, 0x00, 0x00, 0x00, 0x60};
   std::vector<uint8_t> print = sys;
   print[6] = 0x99;  // PRINT
   const Row rows[] = {{sys, true}, {print, false}, {{0x01, 0x08}, false}, {std::vector<uint8_t>(0x1000, 0xFF), false}};
@@ -105,7 +117,10 @@ TEST(Machine, StartsOnlyProgramsItCanRun) {
 // frame over the whole visible area.
 TEST(Machine, MatchesTheReferenceFrames) {
   const char *programs[] = {"hires-every-line", "multicolour-bars", "petscii-lower-edges"};
-  struct Machine { const char *suffix; Vic2Model model; };
+  struct Machine {
+    const char *suffix;
+    Vic2Model model;
+  };
   const Machine machines[] = {{"pal", VIC2_PAL_6569}, {"ntsc", VIC2_NTSC_6567R8}, {"paln", VIC2_PALN_6572}};
   constexpr double kSeconds = 8.0;
   for (const char *program : programs) {
@@ -117,15 +132,18 @@ TEST(Machine, MatchesTheReferenceFrames) {
       const Vic2ModelInfo &info = vic2_models[machine.model];
       std::vector<uint8_t> want;
       std::string error;
-      ASSERT_TRUE(frame_read(shared("c64-reference/" + name + ".idx.gz"), size_t(info.cycles_per_line) * 8 * info.lines, &want, &error))
+      ASSERT_TRUE(frame_read(shared("c64-reference/" + name + ".idx.gz"), size_t(info.cycles_per_line) * 8 * info.lines,
+                             &want, &error))
           << error;
       auto m = std::make_unique<C64>();
       ASSERT_TRUE(c64_start_file(m.get(), prg, machine.model));
-      c64_run_frames(m.get(), static_cast<uint64_t>(std::ceil(kSeconds * info.clock_hz / (info.cycles_per_line * info.lines))));
+      c64_run_frames(m.get(),
+                     static_cast<uint64_t>(std::ceil(kSeconds * info.clock_hz / (info.cycles_per_line * info.lines))));
       const std::vector<FrameDiff> diffs = frame_compare(machine.model, vic2_frame(&m->vic), want.data());
       EXPECT_EQ(diffs.size(), 0u);
       if (!diffs.empty())
-        ADD_FAILURE() << "first at line " << diffs[0].line << " x " << diffs[0].x << ": " << diffs[0].got << " instead of " << diffs[0].want;
+        ADD_FAILURE() << "first at line " << diffs[0].line << " x " << diffs[0].x << ": " << diffs[0].got
+                      << " instead of " << diffs[0].want;
     }
   }
 }

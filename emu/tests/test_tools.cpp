@@ -1,8 +1,8 @@
 // The command-line tools as a user runs them: prgcheck prints the borders and writes the frame
 // as a PNG of the whole raster; framecmp finds a stored frame equal, then points at the one
 // pixel changed in it and writes a difference image.
-#include <gtest/gtest.h>
 #include <cairo.h>
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fstream>
@@ -32,7 +32,8 @@ ToolRun run(const std::string &command) {
 std::string temp_path(const char *name) { return std::string(testing::TempDir()) + "quillbar-tools-" + name; }
 
 void write(const std::string &path, const uint8_t *bytes, size_t size) {
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes), static_cast<std::streamsize>(size));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char *>(bytes), static_cast<std::streamsize>(size));
 }
 
 }  // namespace
@@ -41,13 +42,18 @@ TEST(Tools, PrgcheckWritesTheFrame) {
   const std::vector<uint8_t> prg = petscii_player();
   const std::string file = temp_path("player.prg"), png = temp_path("frame.png");
   write(file, prg.data(), prg.size());
-  struct Row { const char *machine; int width, height; };
+  struct Row {
+    const char *machine;
+    int width, height;
+  };
   for (const Row &row : {Row{"pal", 504, 312}, Row{"ntsc", 520, 263}, Row{"paln", 520, 312}}) {
     SCOPED_TRACE(row.machine);
     std::remove(png.c_str());
-    const ToolRun r = run(std::string(QUILLBAR_PRGCHECK) + " --machine " + row.machine + " --frame-png " + png + " " + file);
+    const ToolRun r =
+        run(std::string(QUILLBAR_PRGCHECK) + " --machine " + row.machine + " --frame-png " + png + " " + file);
     EXPECT_EQ(r.status, 0) << r.output;
-    EXPECT_NE(r.output.find("\n    60    9     0  "), std::string::npos) << r.output;  // line 60: left 9, right 32 mod 16 = 0
+    EXPECT_NE(r.output.find("\n    60    9     0  "), std::string::npos)
+        << r.output;  // line 60: left 9, right 32 mod 16 = 0
     cairo_surface_t *image = cairo_image_surface_create_from_png(png.c_str());
     EXPECT_EQ(cairo_image_surface_get_width(image), row.width);
     EXPECT_EQ(cairo_image_surface_get_height(image), row.height);
@@ -65,7 +71,8 @@ TEST(Tools, FramecmpPointsAtTheDifference) {
   c64_run_frames(m.get(), 100);
   std::vector<uint8_t> frame(vic2_frame(&m->vic), vic2_frame(&m->vic) + 520 * 263);
   write(stored, frame.data(), frame.size());
-  const std::string command = std::string(QUILLBAR_FRAMECMP) + " --machine ntsc --frames 100 --diff " + diff + " " + file + " " + stored;
+  const std::string command =
+      std::string(QUILLBAR_FRAMECMP) + " --machine ntsc --frames 100 --diff " + diff + " " + file + " " + stored;
   ToolRun r = run(command);
   EXPECT_EQ(r.status, 0) << r.output;
   EXPECT_NE(r.output.find(": 0 differing pixels"), std::string::npos) << r.output;

@@ -15,12 +15,8 @@ struct Rig {
   uint8_t ram[65536]{};
   uint8_t colours[1024]{};
   Vic2 vic;
-  explicit Rig(Vic2Model model = VIC2_PAL_6569) {
-    vic2_init(&vic, model, Vic2Memory{ram, colours, c64_char_rom(), 0});
-  }
-  void set(int reg, uint8_t value) {
-    vic2_write(&vic, reg, value);
-  }
+  explicit Rig(Vic2Model model = VIC2_PAL_6569) { vic2_init(&vic, model, Vic2Memory{ram, colours, c64_char_rom(), 0}); }
+  void set(int reg, uint8_t value) { vic2_write(&vic, reg, value); }
   void run_frames(int n) {
     const uint64_t end = vic.frames + n;
     while (vic.frames < end) vic2_cycle(&vic);
@@ -28,16 +24,19 @@ struct Rig {
   int pixel(int x, int line) const { return vic2_frame(&vic)[line * vic2_frame_width(&vic) + x]; }
 };
 
-constexpr int kBorder = 2, kBackground = 6, kForeground = 1;
+constexpr int kBorder = 2, kBackground = 6;
 
 }  // namespace
 
 // The raster interrupt is raised in cycle 1 of its line, in cycle 2 on line 0; its flag stays
 // until acknowledged, and a compare value the beam never reaches raises nothing.
 TEST(Vic2, RasterInterruptCycle) {
-  struct Row { Vic2Model model; int line, cycle; };
-  const Row rows[] = {{VIC2_PAL_6569, 0, 2},       {VIC2_PAL_6569, 1, 1},         {VIC2_PAL_6569, 311, 1},
-                      {VIC2_NTSC_6567R8, 262, 1},  {VIC2_NTSC_6567R56A, 261, 1}, {VIC2_PALN_6572, 300, 1},
+  struct Row {
+    Vic2Model model;
+    int line, cycle;
+  };
+  const Row rows[] = {{VIC2_PAL_6569, 0, 2},      {VIC2_PAL_6569, 1, 1},        {VIC2_PAL_6569, 311, 1},
+                      {VIC2_NTSC_6567R8, 262, 1}, {VIC2_NTSC_6567R56A, 261, 1}, {VIC2_PALN_6572, 300, 1},
                       {VIC2_NTSC_6567R8, 300, -1}};
   for (const Row &row : rows) {
     SCOPED_TRACE(vic2_models[row.model].name + std::string(" line ") + std::to_string(row.line));
@@ -66,7 +65,10 @@ TEST(Vic2, RasterInterruptCycle) {
 // after the last; with the display disabled the whole frame is border. The bad lines that
 // come with the display hold the bus from cycle 12 (reads) or 15 (writes) to 54.
 TEST(Vic2, DisplayWindowAndBadLines) {
-  struct Row { uint8_t ctrl1, ctrl2; int left, right, top, bottom, bad_lines; };
+  struct Row {
+    uint8_t ctrl1, ctrl2;
+    int left, right, top, bottom, bad_lines;
+  };
   const Row rows[] = {
       {0x1B, 0x08, 136, 455, 51, 250, 25},  // 25 rows, 40 columns
       {0x13, 0x00, 143, 446, 55, 246, 25},  // 24 rows, 38 columns
@@ -90,7 +92,8 @@ TEST(Vic2, DisplayWindowAndBadLines) {
           if (left < 0 || x < left) left = x;
           right = std::max(right, x);
         }
-    EXPECT_EQ((std::vector<int>{left, right, top, bottom}), (std::vector<int>{row.left, row.right, row.top, row.bottom}));
+    EXPECT_EQ((std::vector<int>{left, right, top, bottom}),
+              (std::vector<int>{row.left, row.right, row.top, row.bottom}));
     int bad = 0, blocked_reads = 0, blocked_writes = 0;
     for (int i = 0; i < 63 * 312; i++) {
       if (rig->vic.cycle == kVic2BaLowCycle && vic2_blocks(&rig->vic, false)) bad++;
@@ -107,7 +110,11 @@ TEST(Vic2, DisplayWindowAndBadLines) {
 // The first cell's top pixel row in each mode, from the same data: screen byte $A1 (code 33 /
 // colours $A and 1), colour nibble $D, bitmap byte $1B, the glyph rows of the character ROM.
 TEST(Vic2, GraphicsModes) {
-  struct Row { const char *mode; uint8_t ctrl1, ctrl2, memory; std::array<int, 8> pixels; };
+  struct Row {
+    const char *mode;
+    uint8_t ctrl1, ctrl2, memory;
+    std::array<int, 8> pixels;
+  };
   const int bg = kBackground, fg = 0xD, hi = 0xA, lo = 0x1, b1 = 3, b2 = 4, b3 = 7, mc = fg & 7;
   const Row rows[] = {
       // Code $A1 is the reversed "!" of the upper-case set (top row $E7); with extended colours
@@ -126,8 +133,9 @@ TEST(Vic2, GraphicsModes) {
     rig->ram[0x0400] = 0xA1;
     rig->colours[0] = fg;
     rig->ram[0x2000] = 0x1B;
-    const uint8_t regs[][2] = {{VIC2_CTRL1, row.ctrl1}, {VIC2_CTRL2, row.ctrl2}, {VIC2_MEMORY, row.memory},
-                               {VIC2_BORDER, kBorder},  {VIC2_BACKGROUND0, bg},   {VIC2_BACKGROUND0 + 1, b1},
+    const uint8_t regs[][2] = {{VIC2_CTRL1, row.ctrl1},    {VIC2_CTRL2, row.ctrl2},
+                               {VIC2_MEMORY, row.memory},  {VIC2_BORDER, kBorder},
+                               {VIC2_BACKGROUND0, bg},     {VIC2_BACKGROUND0 + 1, b1},
                                {VIC2_BACKGROUND0 + 2, b2}, {VIC2_BACKGROUND0 + 3, static_cast<uint8_t>(b3)}};
     for (auto &r : regs) rig->set(r[0], r[1]);
     rig->run_frames(2);
