@@ -7,7 +7,7 @@
 
 #include <memory>
 
-#include "c64run.h"
+#include "c64.h"
 #include "cruncher.h"
 #include "file_commands.h"
 #include "hiresdecoder.h"
@@ -72,18 +72,17 @@ class CrunchedExport : public ExportTest {
   }
 };
 
-// Per raster line, the left then the right border colour a program shows on the C64 model once it plays,
-// started at `entry`, after `frames` frames.
-std::vector<int> borders_shown(const Bytes &prg, long entry, int frames) {
+// Per visible raster line, the left then the right border colour a program shows on the C64
+// model in the last frame of `frames`, started as RUN starts it (at its SYS line).
+std::vector<int> borders_shown(const Bytes &prg, int frames) {
   auto m = std::make_unique<C64>();
   EXPECT_TRUE(c64_start(m.get(), prg));
-  m->cpu.pc = static_cast<uint16_t>(entry);
   c64_run_frames(m.get(), frames);
   EXPECT_FALSE(m->cpu.jammed);
+  const Vic2ModelInfo *model = m->vic.model;
   std::vector<int> shown;
-  for (int line = 0; line < kC64Lines; ++line)
-    for (int cycle : {kLeftBorderCycle, kRightBorderCycle})
-      shown.push_back(c64_border_at(m.get(), frames - 2, line, cycle));
+  for (int line = model->first_line; line < model->first_line + model->visible_lines; ++line)
+    for (int left : {1, 0}) shown.push_back(vic2_side_border_colour(model, vic2_frame(&m->vic), line, left));
   return shown;
 }
 
@@ -152,9 +151,10 @@ TEST_F(CrunchedExport, ExportCommandWritesACrunchedProgramThatPlaysTheSameBars) 
     ASSERT_LT(crunched.size(), plain.size());
     const long entry = cruncher_entry(crunched);
     ASSERT_GT(entry, kTemplateStart);  // its own SYS line, into the decruncher
-    const std::vector<int> before = borders_shown(plain, kTemplateStart, 45);
-    EXPECT_EQ((std::vector<int>{before[2 * 75], before[2 * 155 + 1], before[2 * 155]}),
-              (std::vector<int>{75 % 16, 2, 6}));
-    EXPECT_EQ(borders_shown(crunched, entry, 140), before);
+    const std::vector<int> before = borders_shown(plain, 60);
+    const int first = 2 * (75 - 16);  // line 75's left colour: two per line from line 16, the first one seen on PAL
+    EXPECT_EQ((std::vector<int>{before[first], before[first + 1], before[first + 160], before[first + 161]}),
+              (std::vector<int>{75 % 16, 6, 6, 2}));  // lines 75 and 155, left and right
+    EXPECT_EQ(borders_shown(crunched, 160), before);
   }
 }
