@@ -1,6 +1,7 @@
 // The cruncher's command line: exomizer sfx START IN.prg -o OUT.prg [-n]
 // Reads IN, crunches it, and writes OUT through a temporary file beside it that replaces
 // OUT only once it is complete, so IN (which may be OUT) is untouched on any failure.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,6 +45,17 @@ bool write_file(const std::string &path, const std::vector<uint8_t> &bytes, std:
     *error = "cannot write beside " + path + ": " + std::strerror(errno);
     return false;
   }
+  // mkstemp makes the file private: give it the mode of the file it replaces, or the usual one.
+  struct stat existing;
+  mode_t mode = 0;
+  if (stat(path.c_str(), &existing) == 0) {
+    mode = existing.st_mode & 07777;
+  } else {
+    mode = umask(0);
+    umask(mode);
+    mode = 0666 & ~mode;
+  }
+  fchmod(fd, mode);
   const bool written = write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
   const int saved = errno;
   const bool closed = close(fd) == 0;

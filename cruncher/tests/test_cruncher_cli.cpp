@@ -127,6 +127,7 @@ TEST(CruncherCommandLine, CrunchesInPlaceAndToAnotherFile) {
                       {{"sfx", "0x80D", in, "-o", dir.file("d.prg"), "-n"}, dir.file("d.prg")}};
   for (const Row &row : rows) {
     put(in, kProgram);
+    g_chmod(in.c_str(), 0640);
     const Result r = run(row.args);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.err, "");
@@ -136,6 +137,10 @@ TEST(CruncherCommandLine, CrunchesInPlaceAndToAnotherFile) {
     ASSERT_TRUE(sfx_run(crunched, 2061, &sfx));
     ASSERT_TRUE(sfx.reached);
     EXPECT_TRUE(std::equal(kProgram.begin() + 2, kProgram.end(), sfx.ram.begin() + kBasicStart));
+    GStatBuf replaced{};
+    if (row.result == in && g_stat(in.c_str(), &replaced) == 0) {
+      EXPECT_EQ(replaced.st_mode & 0777, 0640u);  // the replaced file keeps its mode
+    }
   }
   const Result help = run({"-h"});
   EXPECT_EQ(help.status, 0);
