@@ -19,3 +19,5 @@ void palette_get_rgb_at_index(int index, unsigned char rgb[3]);
 void palette_get_rgb_double_at_index(int index, double rgb[3]);
 void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]);
 unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]);
+// True when black text reads better than white on the colour (by its perceived brightness).
+bool palette_text_is_black_at_index(int index);
