@@ -63,7 +63,7 @@ constexpr MenuRow kMenuRows[] = {
     {"menuitem_file_menu", "menuitem_quit", Kind::Stock, nullptr, "gtk-quit", nullptr, 0, kNone, nullptr, on_menuitem_quit_activate, nullptr, 0, false},
 
     // No mnemonic: Alt+E paints colour 10 on a focused border. No Ctrl+Y either: y paints.
-    {nullptr, "menuitem_edit", Kind::Plain, N_("Edit"), nullptr, nullptr, 0, kNone, nullptr, nullptr, "menuitem_edit_menu", 0, false},
+    {nullptr, "menuitem_edit", Kind::Image, N_("Edit"), "gtk-edit", "image_edit", 0, kNone, nullptr, nullptr, "menuitem_edit_menu", 0, false},
     {"menuitem_edit_menu", "menuitem_undo", Kind::Image, N_("_Undo"), "gtk-undo", "image_undo", GDK_KEY_z, kControl, N_("Undo the last change to the bars"), on_menuitem_undo_activate, nullptr, 0, false},
     {"menuitem_edit_menu", "menuitem_redo", Kind::Image, N_("_Redo"), "gtk-redo", "image_redo", GDK_KEY_z, GdkModifierType(kControl | kShift), N_("Redo the change that was undone last"), on_menuitem_redo_activate, nullptr, 0, false},
 

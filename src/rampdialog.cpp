@@ -64,6 +64,11 @@ gboolean expose_strip(GtkWidget *area, GdkEventExpose *, gpointer) {
     cairo_rectangle(cr, static_cast<double>(i) * swatch_size, 0, swatch_size, swatch_size);
     cairo_fill(cr);
   }
+  // A dark outline, so that light colours stand out from the dialog.
+  cairo_set_source_rgb(cr, 0.3, 0.3, 0.3);
+  cairo_set_line_width(cr, 1.0);
+  cairo_rectangle(cr, 0.5, 0.5, static_cast<double>(colours->size()) * swatch_size - 1, swatch_size - 1);
+  cairo_stroke(cr);
   cairo_destroy(cr);
   return TRUE;
 }

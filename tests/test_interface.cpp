@@ -54,7 +54,7 @@ const struct Item {
     {"menuitem_file_menu", "menuitem_export", 'i', "Export to _executable...", "", "Export project to a self-contained executable that can be used to release to CSDb", ACT(menuitem_export), "image507", 0, false},
     {"menuitem_file_menu", "separator4", '-', "", "", "", nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_quit", 's', "_Quit", "Ctrl+Q", "", ACT(menuitem_quit), nullptr, 0, false},
-    {"menubar_main", "menuitem_edit", 'p', "Edit", "", "", nullptr, nullptr, 0, false},
+    {"menubar_main", "menuitem_edit", 'i', "Edit", "", "", nullptr, "image_edit", 0, false},
     {"menuitem_edit_menu", "menuitem_undo", 'i', "_Undo", "Ctrl+Z", "Undo the last change to the bars", ACT(menuitem_undo), "image_undo", 0, false},
     {"menuitem_edit_menu", "menuitem_redo", 'i', "_Redo", "Shift+Ctrl+Z", "Redo the change that was undone last", ACT(menuitem_redo), "image_redo", 0, false},
     {"menubar_main", "menuitem_preferences", 'i', "_Preferences", "", "", nullptr, "image508", 0, false},
