@@ -278,6 +278,7 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   send_key(GDK_y, GDK_CONTROL_MASK);
   EXPECT_EQ(lines(1), painted({{100, 1, 10}, {101, 1, 13}})) << "Alt+E and Ctrl+Y paint";
   EXPECT_EQ(selection(1), (Selection{102, 102, 0}));
+  send_key(GDK_Down, 0);  // moving on is no step
   EXPECT_EQ(undo_history.steps.size(), 2u);
 
   send_key(GDK_z, GDK_CONTROL_MASK);
@@ -296,6 +297,7 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   send_key(GDK_Z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
   send_key(GDK_Z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);  // nothing left to redo
   EXPECT_EQ(lines(1), painted({{100, 1, 10}, {101, 1, 13}}));
+  EXPECT_EQ(selection(1), (Selection{103, 103, 0})) << "redo returns to where the cursor was before undoing";
   EXPECT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
 }
 
