@@ -21,19 +21,6 @@ std::vector<int> heights_of(const std::vector<LineRun> &runs) {
   return out;
 }
 
-TEST(Ramp, PresetsFromDarkToLight) {
-  const std::vector<std::pair<const char *, std::vector<int>>> expected = {
-      {"Grey", {0, 11, 12, 15, 1}},   {"Blue", {6, 14, 3, 1}},         {"Red", {9, 2, 10, 7, 1}},
-      {"Green", {9, 5, 13, 1}},       {"Purple", {6, 4, 10, 15, 1}},   {"Brown", {9, 8, 10, 7, 1}},
-      {"Fire", {9, 2, 8, 10, 7, 1}},
-  };
-  ASSERT_EQ(ramp_presets.size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); i++) {
-    EXPECT_STREQ(ramp_presets[i].label, expected[i].first);
-    EXPECT_EQ(ramp_preset_colours(ramp_presets[i]), expected[i].second) << expected[i].first;
-  }
-}
-
 // The shaped ramp stretched over a number of lines: equal runs, the remainder given from
 // the middle outwards in pairs.
 TEST(Ramp, ShapesAndStretching) {
