@@ -49,7 +49,8 @@ HistoryStep history_diff(const EditorState &before, const EditorState &after) {
     step.splices[side] = splice;
     step.rows.insert(step.rows.end(), was.rows.begin() + splice.offset,
                      was.rows.begin() + splice.offset + splice.removed);
-    step.rows.insert(step.rows.end(), now.rows.begin() + splice.offset, now.rows.begin() + splice.offset + splice.added);
+    step.rows.insert(step.rows.end(), now.rows.begin() + splice.offset,
+                     now.rows.begin() + splice.offset + splice.added);
     step.marks_before[side] = marks_of(was);
     step.marks_after[side] = marks_of(now);
   }

@@ -9,7 +9,7 @@
 #include <deque>
 #include <vector>
 
-#include "rasterarray.h"
+#include "geometry.h"
 
 // One row of a bar list: start line, height, colour.
 struct BarRow {
@@ -27,8 +27,8 @@ struct SideState {
 };
 
 struct EditorState {
-  int extended;  // the input mode in force
-  int border;    // the border colour
+  int extended;                    // the input mode in force
+  int border;                      // the border colour
   std::array<SideState, 2> sides;  // indexed by the side flag: [1] left, [0] right
   bool operator==(const EditorState &) const = default;
 };

@@ -9,6 +9,7 @@
 
 #include "callbacks.h"
 #include "controls.h"
+#include "geometry.h"
 #include "main.h"
 #include "palette.h"
 #include "rastermodel.h"
@@ -17,9 +18,7 @@
 
 namespace {
 
-constexpr int first_bar_line = 51;
-constexpr int last_bar_line = 250;
-constexpr int swatch_size = 16;   // one colour of a strip, in pixels
+constexpr int swatch_size = palette_width / 16;  // one colour of a strip, as in the colour picker
 constexpr int custom_choice = static_cast<int>(ramp_presets.size());
 
 struct ShapeRow {
@@ -133,12 +132,6 @@ int read_choice(GtkWidget *dialog, std::vector<int> *colours, std::string *error
   return 1;
 }
 
-void report(const char *form, const char *text) {
-  gchar *message = g_strdup_printf(form, text);
-  controls_update_main_statusbar(message);
-  g_free(message);
-}
-
 }  // namespace
 
 GtkWidget *create_dialog_ramp(void) {
@@ -236,12 +229,12 @@ int ramp_target_lines(int side, int *first, int *last) {
   }
   const int selected = rastermodel_get_selected_index(side);
   if (selected < 0) {
-    *first = first_bar_line, *last = last_bar_line;
+    *first = first_picture_line, *last = last_picture_line;
     return 1;
   }
   const LineRun bar = rastermodel_get_rows(side)[selected];
-  *first = std::max(bar.start, first_bar_line);
-  *last = std::min(bar.start + bar.height - 1, last_bar_line);
+  *first = std::max(bar.start, first_picture_line);
+  *last = std::min(bar.start + bar.height - 1, last_picture_line);
   return *first <= *last;
 }
 
@@ -252,7 +245,8 @@ int ramp_paint(int side, const std::vector<int> &colours) {
   const std::vector<LineRun> runs = ramp_runs(colours, first, last - first + 1);
   if (interface_extended != 1) {
     for (const LineRun &run : runs)
-      for (int line = run.start; line < run.start + run.height; ++line) rasterarray_set_color_at_index(side, line, run.color);
+      for (int line = run.start; line < run.start + run.height; ++line)
+        rasterarray_set_color_at_index(side, line, run.color);
   } else {
     // The selected bar, or with none selected the whole side, gives way to one bar per run.
     std::vector<LineRun> rows = rastermodel_get_rows(side);
@@ -271,13 +265,13 @@ int ramp_paint(int side, const std::vector<int> &colours) {
 
 void on_menuitem_tools_ramp_activate(GtkMenuItem *, gpointer) {
   if (picture_loaded == 0) {
-    report(" Info: %s", "First open a picture or project");
+    controls_report_info("First open a picture or project");
     return;
   }
   const int side = ramp_target_side();
   int first = 0, last = 0;
   if (!ramp_target_lines(side, &first, &last)) {
-    report(" Info: %s", "The selected bar has no lines to paint");
+    controls_report_info("The selected bar has no lines to paint");
     return;
   }
   OwnedDialog dialog(create_dialog_ramp());
@@ -292,7 +286,7 @@ void on_menuitem_tools_ramp_activate(GtkMenuItem *, gpointer) {
       gtk_label_set_text(GTK_LABEL(registered(dialog.get(), "label_ramp_message")), error.c_str());
       continue;
     }
-    if (ramp_paint(side, colours)) report(" Info: %s", "Ramp painted");
+    if (ramp_paint(side, colours)) controls_report_info("Ramp painted");
     break;
   }
 }

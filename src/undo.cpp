@@ -12,6 +12,7 @@
 
 #include "callbacks.h"
 #include "main.h"
+#include "rasterarray.h"
 #include "rastermodel.h"
 #include "support.h"
 

@@ -50,7 +50,9 @@ TEST(Ramp, ShapesAndStretching) {
     const std::vector<LineRun> runs = ramp_runs(ramp_shape(c.ramp, c.shape), 100, c.lines);
     EXPECT_EQ(colours_of(runs), c.colours) << c.what;
     EXPECT_EQ(heights_of(runs), c.heights) << c.what;
-    if (!runs.empty()) EXPECT_EQ(runs.front().start, 100) << c.what;
+    if (!runs.empty()) {
+      EXPECT_EQ(runs.front().start, 100) << c.what;
+    }
   }
   // Over every length the runs fill the lines exactly and, up and down, mirror each other.
   for (int lines = 1; lines <= 200; lines++) {
@@ -74,8 +76,11 @@ TEST(Ramp, TypedRamps) {
     std::vector<int> colours;
     std::string error;
     EXPECT_EQ(ramp_parse(c.text, &colours, &error), c.colours.empty() ? 0 : 1) << c.text;
-    if (c.colours.empty()) EXPECT_EQ(error, "Type 1 to 16 colour numbers from 0 to 15, separated by spaces or commas");
-    else EXPECT_EQ(colours, c.colours) << c.text;
+    if (c.colours.empty()) {
+      EXPECT_EQ(error, "Type 1 to 16 colour numbers from 0 to 15, separated by spaces or commas");
+    } else {
+      EXPECT_EQ(colours, c.colours) << c.text;
+    }
   }
 }
 
