@@ -57,9 +57,7 @@ gboolean expose_strip(GtkWidget *area, GdkEventExpose *, gpointer) {
   if (!colours) return FALSE;
   cairo_t *cr = gdk_cairo_create(area->window);
   for (std::size_t i = 0; i < colours->size(); ++i) {
-    double rgb[3];
-    palette_get_rgb_double_at_index((*colours)[i], rgb);
-    cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
+    palette_set_cairo_source(cr, (*colours)[i]);
     cairo_rectangle(cr, static_cast<double>(i) * swatch_size, 0, swatch_size, swatch_size);
     cairo_fill(cr);
   }
