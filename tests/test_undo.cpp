@@ -27,27 +27,10 @@ void send_key(unsigned keyval, unsigned state) {
   gtk_main_do_event(reinterpret_cast<GdkEvent *>(&key));
 }
 
-// A key press straight on a side's border area.
-void border_key(int side, unsigned keyval, unsigned state = 0) {
-  GdkEventKey key{};
-  key.type = GDK_KEY_PRESS, key.window = area_of(side)->window, key.keyval = keyval, key.state = state;
-  gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&key));
-}
-
 void pick_border_colour(int colour) {
   GdkEventButton ev{};
   ev.type = GDK_BUTTON_PRESS, ev.window = drawingarea_border_color->window, ev.x = colour * 16 + 3, ev.y = 5, ev.button = 1;
   gtk_widget_event(drawingarea_border_color, reinterpret_cast<GdkEvent *>(&ev));
-}
-
-void click_tool(const char *name) { g_signal_emit_by_name(lookup_widget(window_main, name), "clicked"); }
-
-// Types `text` into a cell of a side's list, through the cell's own "edited" signal.
-void edit_cell(int side, int row, int column, const char *text) {
-  GList *cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(gtk_tree_view_get_column(view_of(side), column)));
-  g_autofree gchar *path = g_strdup_printf("%d", row);
-  g_signal_emit_by_name(cells->data, "edited", path, text);
-  g_list_free(cells);
 }
 
 bool sensitive(const char *item) { return gtk_widget_get_sensitive(lookup_widget(window_main, item)); }
@@ -123,16 +106,16 @@ TEST_F(Undo, EachUserActionIsOneStep) {
   };
 
   const std::vector<Action> actions = {
-      {"cell edit Line", extended_with_bars, [] { edit_cell(1, 0, 0, "90"); }, 1},
-      {"cell edit Height", extended_with_bars, [] { edit_cell(1, 2, 1, "7"); }, 1},
-      {"cell edit Color", extended_with_bars, [] { edit_cell(0, 0, 2, "15"); }, 1},
-      {"cell edit refused", extended_with_bars, [] { edit_cell(1, 0, 2, "16"); }, 0},
-      {"add left", extended_with_bars, [] { click_tool("toolbutton_add_bar_left"); }, 1},
-      {"add right", extended_with_bars, [] { click_tool("toolbutton_add_bar_right"); }, 1},
-      {"remove left", extended_with_bars, [] { click_tool("toolbutton_remove_bar_left"); }, 1},
-      {"remove right, nothing selected", extended_with_bars, [] { click_tool("toolbutton_remove_bar_right"); }, 0},
-      {"delete all", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_YES); click_tool("toolbutton_delete_all_bars"); }, 1},
-      {"delete all, answered no", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_NO); click_tool("toolbutton_delete_all_bars"); }, 0},
+      {"cell edit Line", extended_with_bars, [] { edit_cell(1, 0, "0", "90"); }, 1},
+      {"cell edit Height", extended_with_bars, [] { edit_cell(1, 1, "2", "7"); }, 1},
+      {"cell edit Color", extended_with_bars, [] { edit_cell(0, 2, "0", "15"); }, 1},
+      {"cell edit refused", extended_with_bars, [] { edit_cell(1, 2, "0", "16"); }, 0},
+      {"add left", extended_with_bars, [] { click("toolbutton_add_bar_left"); }, 1},
+      {"add right", extended_with_bars, [] { click("toolbutton_add_bar_right"); }, 1},
+      {"remove left", extended_with_bars, [] { click("toolbutton_remove_bar_left"); }, 1},
+      {"remove right, nothing selected", extended_with_bars, [] { click("toolbutton_remove_bar_right"); }, 0},
+      {"delete all", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_YES); click("toolbutton_delete_all_bars"); }, 1},
+      {"delete all, answered no", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_NO); click("toolbutton_delete_all_bars"); }, 0},
       {"colour key on the selected bar", extended_with_bars, [] { border_key(1, GDK_e); }, 1},
       {"Delete key on the selected bar", extended_with_bars, [] { border_key(1, GDK_Delete); }, 1},
       {"Down key picks the next bar", extended_with_bars, [] { border_key(1, GDK_Down); }, 0},
@@ -210,21 +193,21 @@ TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
         else border_key(side, compact_keys[pick(std::size(compact_keys))], states[pick(3)]);
         break;
       case 3: press(side, 40 + pick(215), pick(4) ? GDK_BUTTON_PRESS : GDK_2BUTTON_PRESS, 1, pick(2) ? GDK_SHIFT_MASK : 0); break;
-      case 4: click_tool(side ? "toolbutton_add_bar_left" : "toolbutton_add_bar_right"); break;
-      case 5: click_tool(side ? "toolbutton_remove_bar_left" : "toolbutton_remove_bar_right"); break;
+      case 4: click(side ? "toolbutton_add_bar_left" : "toolbutton_add_bar_right"); break;
+      case 5: click(side ? "toolbutton_remove_bar_left" : "toolbutton_remove_bar_right"); break;
       case 6: {
         const int rows = static_cast<int>(bars(side).size());
         if (rows == 0) break;
         const int column = pick(3);
         const int value = column == 0 ? 45 + pick(210) : column == 1 ? pick(205) - 2 : pick(18) - 1;
-        edit_cell(side, pick(rows), column, std::to_string(value).c_str());
+        edit_cell(side, column, std::to_string(pick(rows)).c_str(), std::to_string(value).c_str());
         break;
       }
       case 7: pick_border_colour(pick(16)); break;
       case 8: activate(pick(2) ? "menuitem_interface_compact" : "menuitem_interface_extended"); break;
       case 9: ramp_paint(side, ramp_shape(ramp_preset_colours(ramp_presets[pick(7)]), RampShape(pick(3)))); break;
       case 10: if (pick(8) == 0) activate("menuitem_tools_auto_expand_picture"); break;
-      case 11: if (pick(10) == 0) { answer_next_dialog(GTK_RESPONSE_YES); click_tool("toolbutton_delete_all_bars"); } break;
+      case 11: if (pick(10) == 0) { answer_next_dialog(GTK_RESPONSE_YES); click("toolbutton_delete_all_bars"); } break;
     }
     const EditorState after = undo_capture_state();
     if (undo_history.done == steps) {
