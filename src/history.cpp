@@ -30,6 +30,10 @@ RowSplice splice_of(const std::vector<BarRow> &before, const std::vector<BarRow>
           static_cast<int>(after.size() - head - tail)};
 }
 
+std::size_t step_bytes(const HistoryStep &step) {
+  return sizeof step + step.lines.capacity() * sizeof(LineChange) + step.rows.capacity() * sizeof(BarRow);
+}
+
 }  // namespace
 
 HistoryStep history_diff(const EditorState &before, const EditorState &after) {
@@ -95,15 +99,24 @@ void history_keep_selection(HistoryStep &step, const EditorState &state) {
 }
 
 void history_record(History &history, HistoryStep step) {
-  history.steps.erase(history.steps.begin() + static_cast<std::ptrdiff_t>(history.done), history.steps.end());
+  while (history.steps.size() > history.done) {
+    history.bytes -= step_bytes(history.steps.back());
+    history.steps.pop_back();
+  }
+  history.bytes += step_bytes(step);
   history.steps.push_back(std::move(step));
-  if (history.steps.size() > history_limit) history.steps.pop_front();
+  while (history.steps.size() > history_limit ||
+         (history.bytes > history_byte_budget && history.steps.size() > history_kept_steps)) {
+    history.bytes -= step_bytes(history.steps.front());
+    history.steps.pop_front();
+  }
   history.done = history.steps.size();
 }
 
 void history_clear(History &history) {
   history.steps.clear();
   history.done = 0;
+  history.bytes = 0;
 }
 
 int history_can_undo(const History &history) { return history.done > 0; }
@@ -122,7 +135,6 @@ HistoryStep *history_take_redo(History &history) {
 
 std::size_t history_bytes(const History &history) {
   std::size_t bytes = 0;
-  for (const HistoryStep &step : history.steps)
-    bytes += sizeof step + step.lines.capacity() * sizeof(LineChange) + step.rows.capacity() * sizeof(BarRow);
+  for (const HistoryStep &step : history.steps) bytes += step_bytes(step);
   return bytes;
 }

@@ -60,10 +60,15 @@ struct HistoryStep {
 
 // Steps kept before the oldest is dropped.
 constexpr std::size_t history_limit = 10000;
+// Bytes the steps may take before the oldest are dropped (steps of whole projects are
+// large), keeping at least history_kept_steps of them.
+constexpr std::size_t history_byte_budget = 16u << 20;
+constexpr std::size_t history_kept_steps = 200;
 
 struct History {
   std::deque<HistoryStep> steps;
-  std::size_t done = 0;  // steps[0 .. done-1] are applied; the rest can be redone
+  std::size_t done = 0;   // steps[0 .. done-1] are applied; the rest can be redone
+  std::size_t bytes = 0;  // what the steps take, as history_bytes counts it
 };
 
 // The difference from `before` to `after`.
@@ -75,7 +80,8 @@ void history_apply(EditorState &state, const HistoryStep &step, int forward);
 // Makes the selections of `state` the ones the step restores when it is redone.
 void history_keep_selection(HistoryStep &step, const EditorState &state);
 
-// Appends a step, dropping the steps that could be redone and the oldest beyond the limit.
+// Appends a step, dropping the steps that could be redone and the oldest beyond the
+// limit or the byte budget.
 void history_record(History &history, HistoryStep step);
 void history_clear(History &history);
 int history_can_undo(const History &history);

@@ -97,6 +97,18 @@ TEST(History, EndsRedoDropAndLimit) {
   }
   EXPECT_EQ(history.steps.size(), history_limit);
   EXPECT_EQ(history.steps.front().border_before, 5);  // the first five were dropped
+  EXPECT_EQ(history.bytes, history_bytes(history));
+
+  // Steps of whole arrays: the oldest go once the byte budget is used, down to 200 kept.
+  history_clear(history);
+  EditorState full = a;
+  for (SideState &side : full.sides) side.lines.fill(0);
+  for (int i = 0; i < 5000; ++i) history_record(history, history_diff(i % 2 ? full : a, i % 2 ? a : full));
+  EXPECT_LE(history.bytes, history_byte_budget);
+  EXPECT_GE(history.steps.size(), history_kept_steps);
+  EXPECT_LT(history.steps.size(), 5000u);
+  EXPECT_EQ(history.bytes, history_bytes(history));
+  EXPECT_EQ(history.done, history.steps.size());
 }
 
 // 10,000 steps of single-line painting in Compact mode stay under 2 MB.
