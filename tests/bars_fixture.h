@@ -121,6 +121,7 @@ std::vector<Row> colour_key_rows() {
   return rows;
 }
 
+constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 // The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
 constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
                                 GDK_SHIFT_MASK | GDK_MOD1_MASK};

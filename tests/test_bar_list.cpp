@@ -96,7 +96,6 @@ TEST_F(BarList, DrawingTableAndPickWithOverlaps) {
   EXPECT_EQ(selected_row(1), 0);
 }
 
-constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 const Bars three{{60, 2, 9}, {70, 2, 9}, {80, 2, 9}};
 
 class BarKeys : public BarsTest {

@@ -79,7 +79,6 @@ TEST_F(LineArrays, KeysAreSwallowed) {
   EXPECT_TRUE(redraw_pending());
 }
 
-constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 const Bars before_keys{{first_picture_line, picture_lines, 7}};  // every picture line holds 7 before each key
 
 // What a key does from the cursor on line 100 (no range): paint a colour (0..15), clear the
