@@ -26,6 +26,7 @@
 #include "rastermodel.h"
 #include "reencode.h"
 #include "support.h"
+#include "undo.h"
 
 int picture_loaded = 0;
 GdkPixbuf *pixbuf_picture = nullptr;
@@ -268,6 +269,7 @@ gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExp
 
 gboolean on_drawingarea_border_color_button_press_event(GtkWidget *, GdkEventButton *event, gpointer) {
   if (event->type != GDK_BUTTON_PRESS || event->button != 1) return FALSE;
+  UserAction action;
   border_color_index = static_cast<int>(event->x / (16 * options_expansion)) % 16;
   for (GtkWidget *area : {drawingarea_border_color, drawingarea_upper_border, drawingarea_left_border,
                           drawingarea_right_border, drawingarea_lower_border})
@@ -292,6 +294,7 @@ static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *even
 
 static gboolean side_border_key_press(GtkWidget *widget, GdkEventKey *event, int side) {
   if (picture_loaded == 0) return TRUE;
+  UserAction action;
   const unsigned int state = event->state & (GDK_SHIFT_MASK | GDK_CONTROL_MASK | GDK_MOD1_MASK);
   if (active_mode().key_press[side](event->keyval, state) == 1) gtk_widget_queue_draw(widget);
   return TRUE;
@@ -320,7 +323,7 @@ gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *, GdkEventMo
 // ---------------------------------------------------------------------------------------
 // Extended mode's tool buttons and list views
 
-static bool need_picture() {
+bool need_picture() {
   if (picture_loaded != 0) return true;
   report_info(kNeedPicture);
   return false;
@@ -329,6 +332,7 @@ static bool need_picture() {
 // An add or remove button: the operation on its side's list, then that side is redrawn.
 static void bar_button(void (*operation)(void), GtkWidget *area) {
   if (!need_picture()) return;
+  UserAction action;
   operation();
   redraw(area);
 }
@@ -352,6 +356,7 @@ void on_toolbutton_remove_bar_right_clicked(GtkToolButton *, gpointer) {
 void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {
   if (!need_picture()) return;
   if (controls_get_user_confirmation("<b>WARNING!!!</b>\n\nAre you sure you want to proceed?") != 1) return;
+  UserAction action;
   rastermodel_delete_all_bars();
   redraw_sides();
 }
@@ -492,6 +497,7 @@ void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   char *chosen = nullptr;
   if (fileopen_open_project_file(&chosen) != 1) return;
   OwnedString path(chosen);
+  UserAction action;
   OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
   if (g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error))
@@ -516,6 +522,7 @@ void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {
 
 // Decodes `path` as the current picture; on success redraws and reports `done`.
 static void load_picture_and_report(const char *path, const char *done) {
+  UserAction action;
   picture_loaded = open_picture(path, 1);
   if (picture_loaded != 1) return;
   redraw_all_areas();
@@ -571,15 +578,14 @@ constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, fa
 constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
 constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
 
-int export_to_executable(const PrgKind &kind, const char *filename) {
+std::vector<unsigned char> executable_bytes(const PrgKind &kind) {
   std::vector<unsigned char> prg(prg_offset(kind.end), 0);
   prg[0] = prg_first_address & 0xFF;
   prg[1] = prg_first_address >> 8;
   std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
   if (kind.has_charset && picture_data.charset != 0) prg[prg_offset(prg_charset_operand)] = prg_lower_case;
   prg[prg_offset(prg_border)] = static_cast<unsigned char>(border_color_index);
-  active_mode().get_bars[1](&prg[prg_offset(prg_left_table)], border_color_index);
-  active_mode().get_bars[0](&prg[prg_offset(prg_right_table)], border_color_index);
+  export_get_bar_tables(&prg[prg_offset(prg_left_table)], &prg[prg_offset(prg_right_table)]);
 
   const PictureData *graphics = &picture_data;
   PictureData reencoded{};
@@ -594,7 +600,11 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   put(kind.screen, graphics->screen, sizeof graphics->screen);
   put(kind.color, graphics->color, sizeof graphics->color);
   if (kind.background) prg[prg_offset(kind.background)] = graphics->background & 15;
+  return prg;
+}
 
+int export_to_executable(const PrgKind &kind, const char *filename) {
+  const std::vector<unsigned char> prg = executable_bytes(kind);
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
@@ -651,6 +661,21 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 }  // namespace
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
+
+void export_get_bar_tables(unsigned char *left, unsigned char *right) {
+  active_mode().get_bars[1](left, border_color_index);
+  active_mode().get_bars[0](right, border_color_index);
+}
+
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
+                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
+                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
+                                                                                : nullptr;
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind);
+  return 1;
+}
 
 int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
 
@@ -758,6 +783,7 @@ void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
 
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
+  UserAction action;
   rastermodel_delete_all_bars();
   active_mode().expand(pixbuf_picture, border_color_index);
   redraw_sides();
@@ -781,6 +807,7 @@ static void show_controls(bool shown) {
 // Switches the input mode, converting the bars of the old mode into the new one; the
 // chosen mode is also the option for the next start.
 static void select_input_mode(int extended) {
+  UserAction action;
   if (interface_extended != extended) {
     if (extended == 1)
       rastermodel_fill_models_from_arrays();
@@ -808,6 +835,7 @@ void on_menuitem_interface_compact_activate(GtkMenuItem *item, gpointer) {
 // is rendered again in the new colours, keeping the border colour chosen by hand.
 static void select_palette(int palette) {
   options_palette = palette;
+  rastermodel_redraw_views();
   const int z = options_expansion;
   options_expansion = z < 2 ? z + 1 : z - 1;
   set_zoom_level();

@@ -21,6 +21,7 @@
 #include "main.h"
 #include "options.h"
 #include "rastermodel.h"
+#include "undo.h"
 
 GtkWidget *window_main = nullptr;
 char *app_folder = nullptr;
@@ -56,6 +57,7 @@ void main_start_up(void) {
   rastermodel_module_init();
   options_module_init();
   controls_adjust_from_options();
+  undo_module_init();
 }
 
 namespace {
