@@ -413,9 +413,9 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     const size_t core_pos = file.size();
     const Bytes core = relocated_core(run >> 8);
     file.insert(file.end(), core.begin(), core.end());
-    put16(file, core_pos + core_at(kDecrunch_dst_ptr), end);
-    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p);
-    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p) >> 8);
+    put16(file, core_pos + core_at(kDecrunch_dst_ptr), end - 1);
+    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
     file[core_pos + core_at(kDecrunch_tail_len)] = static_cast<uint8_t>(kept);
     put16(file, core_pos + core_at(kDecrunch_tail_dst), load - 1);
     put16(file, core_pos + core_at(kDecrunch_start_addr), static_cast<unsigned>(start));

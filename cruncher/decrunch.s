@@ -29,7 +29,7 @@ LENLO    = $58
 LENHI    = $59
 OFFLO    = $5a
 OFFHI    = $5b
-STREAM   = $5c                  ; and $5d: one above the next stream byte
+STREAM   = $5c                  ; and $5d: the next stream byte
 
 OFFSET_CLASSES = 4
 OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
@@ -56,7 +56,7 @@ init_dst2 = * - 2
 init_jmp = * - 2
 
         .segment "CORE"
-core:   lda #$ff                ; patched: one above the last stream byte, low
+core:   lda #$ff                ; patched: the last stream byte, low
 stream_lo = * - 1
         sta STREAM
         lda #$ff                ; patched: and high
@@ -164,36 +164,19 @@ done_start:
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first,
-; then reads the next bit into carry.
+; Copies LENHI:LENLO (at least 1) bytes from src_ptr + 1 up to dst_ptr + 1 up, highest
+; byte first, then reads the next bit into carry. Whole pages first (from the top), then
+; the rest with the short loop.
 copy:   ldy LENLO
         ldx LENHI
-        beq copy_byte           ; under 256 bytes: LENLO is not 0
-        txa
-        clc
-        adc src_ptr+1
-        sta src_ptr+1
-        txa
-        clc
-        adc dst_ptr+1
-        sta dst_ptr+1
-        tya
-        beq copy_page
-copy_byte:
-        dey
+        bne copy_long
+copy_short:
         lda $ffff,y
 src_ptr = * - 2
-        sta $ffff,y             ; patched: one above the end of the program
+        sta $ffff,y             ; patched: the program's last byte
 dst_ptr = * - 2
-        tya
-        bne copy_byte
-copy_page:
-        txa
-        beq get_bit
-        dex
-        dec src_ptr+1
-        dec dst_ptr+1
-        bne copy_byte           ; always: the program lies above page 0
+        dey
+        bne copy_short
 
 ; The next bit into carry; keeps A and X.
 get_bit:
@@ -201,21 +184,54 @@ get_bit:
         bne get_bit_end
 
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
-; returns its top bit in carry. Keeps A and X (the stream read is get_byte's, inline).
+; returns its top bit in carry. Keeps A and X; Y is 0 on entry and exit.
 refill: pha
-        lda STREAM
+        lda (STREAM),y
+        rol a
+        sta BITS
+        ldy STREAM
         bne refill_low
         dec STREAM+1
 refill_low:
         dec STREAM
         ldy #0
-        lda (STREAM),y
-        sec
-        rol a
-        sta BITS
         pla
 get_bit_end:
         rts
+
+; The pages above the rest, each copied from its top; X = LENHI, Y = LENLO.
+copy_long:
+        sec
+        tya
+        adc src_ptr
+        sta page_src
+        txa
+        adc src_ptr+1
+        sta page_src+1
+        sec
+        tya
+        adc dst_ptr
+        sta page_dst
+        txa
+        adc dst_ptr+1
+        sta page_dst+1
+copy_page:
+        dec page_src+1
+        dec page_dst+1
+        ldy #0
+copy_page_byte:
+        dey
+        lda $ffff,y
+page_src = * - 2
+        sta $ffff,y
+page_dst = * - 2
+        tya
+        bne copy_page_byte
+        dex
+        bne copy_page
+        ldy LENLO
+        bne copy_short
+        beq get_bit
 
 ; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X; Y must be 0.
 gamma:  sty LENHI
@@ -235,15 +251,15 @@ gamma_end:
         sta LENLO
         rts
 
-; The next stream byte into A; keeps X.
+; The next stream byte into A; keeps X; Y is 0 on entry and exit.
 get_byte:
-        lda STREAM
+        lda (STREAM),y
+        ldy STREAM
         bne get_byte_low
         dec STREAM+1
 get_byte_low:
         dec STREAM
         ldy #0
-        lda (STREAM),y
         rts
 
 ; Widths 3, 8, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
