@@ -19,8 +19,8 @@ using Bytes = std::vector<uint8_t>;
 constexpr unsigned kCoreLinkedAt = kDecrunch_core;  // the build links core here and one page $10 higher
 constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
-constexpr unsigned kCopyBytes = 512;  // init copies two pages: core, tail and what follows
-constexpr unsigned kTailMax = kCopyBytes - kCoreBytes;
+constexpr unsigned kCopyBytes = 512;  // init copies core and tail in two halves of at most a page
+constexpr unsigned kTailMax = kCopyBytes - 2 - kCoreBytes;  // each half under 256 bytes
 constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
 static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
 static_assert(kCoreBytes < kCopyBytes);
@@ -405,10 +405,12 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     file.insert(file.end(), stream.rbegin(), stream.rend());
     const size_t init_pos = file.size();
     file.insert(file.end(), kDecrunchLo, kDecrunchLo + kCoreOffset);
-    put16(file, init_pos + kDecrunch_init_src, core_load);
-    put16(file, init_pos + kDecrunch_init_dst, run);
-    put16(file, init_pos + kDecrunch_init_src2, core_load + 256);
-    put16(file, init_pos + kDecrunch_init_dst2, run + 256);
+    const unsigned half = static_cast<unsigned>(kCoreBytes + kept + 1) / 2;
+    file[init_pos + kDecrunch_copy_half] = static_cast<uint8_t>(half);
+    put16(file, init_pos + kDecrunch_init_src, core_load - 1);
+    put16(file, init_pos + kDecrunch_init_dst, run - 1);
+    put16(file, init_pos + kDecrunch_init_src2, core_load - 1 + half);
+    put16(file, init_pos + kDecrunch_init_dst2, run - 1 + half);
     put16(file, init_pos + kDecrunch_init_jmp, run);
     const size_t core_pos = file.size();
     const Bytes core = relocated_core(run >> 8);

@@ -34,21 +34,23 @@ STREAM   = $5c                  ; and $5d: the next stream byte
 OFFSET_CLASSES = 4
 OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
 
-        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
+        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, copy_half, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
         .export offset_bits, offset_base_lo, offset_base_hi
 
         .segment "INIT"
-; Copies two pages (core, tail and whatever follows) to where core runs, then starts it.
-init:   ldx #0
+; Copies core and the tail (two halves of COPY_HALF bytes, at most a page each) to where
+; core runs, then starts it.
+init:   ldx #$ff                ; patched: COPY_HALF
+copy_half = * - 1
 init_copy:
-        lda $ffff,x             ; patched: where core is loaded
+        lda $ffff,x             ; patched: where core is loaded - 1
 init_src = * - 2
-        sta $ffff,x             ; patched: where core runs
+        sta $ffff,x             ; patched: where core runs - 1
 init_dst = * - 2
-        lda $ffff,x             ; patched: where core is loaded + 256
+        lda $ffff,x             ; patched: the same + COPY_HALF
 init_src2 = * - 2
-        sta $ffff,x             ; patched: where core runs + 256
+        sta $ffff,x             ; patched: the same + COPY_HALF
 init_dst2 = * - 2
         dex
         bne init_copy
