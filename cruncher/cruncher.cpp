@@ -44,8 +44,8 @@ struct OffsetClasses {
       k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + (k.raw ? 8 : 0);
       k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
       k.size = 1u << k.value_bits;
-      limit = k.base + k.size;
     }
+    limit = kDecrunch_OFFSET_END;
   }
   int of(unsigned offset) const {
     for (int i = 0; i < kClasses; ++i)
@@ -64,7 +64,7 @@ int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
 // The number a new offset match's length is sent as: the length itself for the nearest
 // offsets (the only ones that may copy a single byte), else the length - 1.
 unsigned length_code(unsigned offset, size_t length) {
-  return static_cast<unsigned>(offset < classes.c[0].size ? length : length - 1);
+  return static_cast<unsigned>(classes.of(offset) == 0 ? length : length - 1);
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
@@ -199,7 +199,7 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
                 here.repeat);
         });
       }
-      for (unsigned offset = 1; offset < classes.c[0].size && offset <= i; ++offset)
+      for (unsigned offset = classes.c[0].base; offset < classes.c[0].base + classes.c[0].size && offset <= i; ++offset)
         if (r[i] == r[i - offset]) {  // a single byte from near by
           relax(i + 1, 1, here.cost + 1 + classes.cost(offset) + gamma_bits(1), i, state, {kNew, 1, offset}, offset);
           break;
@@ -258,7 +258,7 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     pos += k.length;
   }
   w.bit(1);
-  put_offset(w, 0);
+  put_offset(w, kDecrunch_OFFSET_END);
   return w.bytes;
 }
 
@@ -367,7 +367,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   // The smallest tail for which the writes never reach unread stream bytes while the stream
   // lies straight after the BASIC line; failing that, the stream is placed above the program.
   for (size_t tail = 0;; ++tail) {
-    const bool above = tail > std::min<size_t>(kTailMax, n);
+    const bool above = tail > std::min<size_t>(kTailMax, n - 1);  // the stream holds at least one token
     const size_t kept = above ? 0 : tail;
     const std::vector<Token> tokens = tokens_to(at, n - kept);
     CrunchStats counted;

@@ -15,8 +15,8 @@
 ;   repeat match      gamma length; copy from the last offset
 ;   new offset match  the offset's class (up to OFFSET_CLASSES - 1 bits: 1 = next class),
 ;                     the class's bit count of offset bits, then a whole byte as the low 8
-;                     bits when the class says so; plus the class's base. Offset 0 ends the
-;                     stream. Then gamma length, less 1 from class 1 on.
+;                     bits when the class says so; plus the class's base. Offsets from
+;                     OFFSET_END on end the stream. Then gamma length, less 1 from class 1 on.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
@@ -36,7 +36,7 @@ OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
 
         .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, copy_half, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
-        .export offset_bits, offset_base_lo, offset_base_hi
+        .export offset_bits, offset_base_lo, offset_base_hi, OFFSET_END
 
         .segment "INIT"
 ; Copies core and the tail (two halves of COPY_HALF bytes, at most a page each) to where
@@ -143,7 +143,7 @@ class_base:
         lda OFFHI
         adc offset_base_hi,x
         sta OFFHI
-        ora OFFLO
+        cmp #>OFFSET_END        ; the end marker
         beq done
         jsr gamma
         txa                     ; the nearest offsets send the length itself
@@ -265,8 +265,10 @@ get_byte_low:
         rts
 
 ; Widths 3, 8, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
-; (as the marker bit that leaves A after them), then a whole byte from class 2 on.
+; (as the marker bit that leaves A after them), then a whole byte from class 1 on; offsets
+; from 1, so that the next cell of a bitmap (8 back) is among the nearest.
 offset_bits:    .byte $20, $00, $80, $08
-offset_base_lo: .byte <0, <8, <264, <776
-offset_base_hi: .byte >0, >8, >264, >776
+offset_base_lo: .byte <1, <9, <265, <777
+offset_base_hi: .byte >1, >9, >265, >777
+OFFSET_END = (777 + $2000) & $ff00      ; from here on the last class's offsets end the stream
 core_end:
