@@ -264,11 +264,12 @@ get_byte_low:
         ldy #0
         rts
 
-; Widths 3, 8, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
-; (as the marker bit that leaves A after them), then a whole byte from class 1 on; offsets
-; from 1, so that the next cell of a bitmap (8 back) is among the nearest.
-offset_bits:    .byte $20, $00, $80, $08
+; Widths 3, 8, 9 and 12 bits, tuned on the editor's export programs: bits read one by one
+; (as the marker bit that leaves A after them), then a whole byte from class 1 on. Offsets
+; count from 1, so that the next cell of a bitmap (8 back) is among the nearest; the page
+; after the last class ends the stream.
+offset_bits:    .byte $20, $00, $80, $10
 offset_base_lo: .byte <1, <9, <265, <777
 offset_base_hi: .byte >1, >9, >265, >777
-OFFSET_END = (777 + $2000) & $ff00      ; from here on the last class's offsets end the stream
+OFFSET_END = (777 + $1000) & $ff00
 core_end:
