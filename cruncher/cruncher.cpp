@@ -130,7 +130,7 @@ struct Arrival {
 
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr unsigned kLengthsTried = 256;     // longer matches are tried at these and at full length
-constexpr int kChainLimit = 4096;
+constexpr int kChainLimit = 1024;
 // Extra bits charged per token in the parse, for its decoding time: a new offset costs the
 // decruncher about as much as all other work of a token, so a single byte copied from near
 // by is not worth it when it saves only a bit. (Benchmark: 1 bit here costs 0.05 % in size
