@@ -21,7 +21,7 @@
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
 ;
-; Zero page: the BASIC floating point work area $57-$5D; interrupts and $01 are left alone.
+; Zero page: the BASIC floating point work area $57-$5E; interrupts and $01 are left alone.
         .setcpu "6502"
 
 BITS     = $57
@@ -30,6 +30,7 @@ LENHI    = $59
 OFFLO    = $5a
 OFFHI    = $5b
 STREAM   = $5c                  ; and $5d: the next stream byte
+KIND     = $5e                  ; 0 after a literal run, else after a match
 
 OFFSET_CLASSES = 4
 OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
@@ -67,9 +68,46 @@ stream_hi = * - 1
         lda #$80
         sta BITS
         ldy #0                  ; Y is 0 between tokens (copy, refill and get_byte leave it so)
+        beq literal             ; always
+
+; The pages above the rest, each copied from its top; X = LENHI, Y = LENLO.
+copy_long:
+        sec
+        tya
+        adc src_ptr
+        sta page_src
+        txa
+        adc src_ptr+1
+        sta page_src+1
+        sec
+        tya
+        adc dst_ptr
+        sta page_dst
+        txa
+        adc dst_ptr+1
+        sta page_dst+1
+copy_page:
+        dec page_src+1
+        dec page_dst+1
+        ldy #0
+copy_page_byte:
+        dey
+        lda $ffff,y
+page_src = * - 2
+        sta $ffff,y
+page_dst = * - 2
+        tya
+        bne copy_page_byte
+        dex
+        bne copy_page
+        ldy LENLO
+        bne copy_short
+        beq copied
+
 
 literal:
         jsr gamma
+literal_length:                 ; the length read
         sec
         lda STREAM
         sbc LENLO
@@ -85,10 +123,30 @@ literal:
         lda dst_ptr+1
         sbc LENHI
         sta dst_ptr+1
-        jsr copy
-        bcs new_offset
-        jsr gamma               ; repeat match; gamma ends with carry clear
-        bcc match
+        sty KIND                ; 0: a literal run
+
+; Copies LENHI:LENLO (at least 1) bytes from src_ptr + 1 up to dst_ptr + 1 up, highest
+; byte first: whole pages first (from the top), then the rest with the short loop.
+copy:   ldy LENLO
+        ldx LENHI
+        bne copy_long
+copy_short:
+        lda $ffff,y
+src_ptr = * - 2
+        sta $ffff,y             ; patched: the program's last byte
+dst_ptr = * - 2
+        dey
+        bne copy_short
+
+; The next token: 1 = a new offset match, else a length for a literal run (after a match)
+; or a repeat match (after a literal run).
+copied: asl BITS
+        bne :+
+        jsr refill
+:       bcs new_offset
+        jsr gamma
+        ldx KIND
+        bne literal_length
 
 ; dst_ptr -= length; src_ptr = dst_ptr + offset
 match:  sec
@@ -106,10 +164,9 @@ match:  sec
         sta src_ptr
         tya
         adc OFFHI
-        sta src_ptr+1
-        jsr copy
-        bcs new_offset
-        bcc literal
+        sta src_ptr+1           ; not 0: the program lies above page 0
+        sta KIND                ; not 0: a match
+        bne copy                ; always
 
 new_offset:
         ldx #0
@@ -166,25 +223,6 @@ done_start:
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; Copies LENHI:LENLO (at least 1) bytes from src_ptr + 1 up to dst_ptr + 1 up, highest
-; byte first, then reads the next bit into carry. Whole pages first (from the top), then
-; the rest with the short loop.
-copy:   ldy LENLO
-        ldx LENHI
-        bne copy_long
-copy_short:
-        lda $ffff,y
-src_ptr = * - 2
-        sta $ffff,y             ; patched: the program's last byte
-dst_ptr = * - 2
-        dey
-        bne copy_short
-
-; The next bit into carry; keeps A and X.
-get_bit:
-        asl BITS
-        bne get_bit_end
-
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
 ; returns its top bit in carry. Keeps A and X; Y is 0 on entry and exit.
 refill: pha
@@ -198,42 +236,7 @@ refill_low:
         dec STREAM
         ldy #0
         pla
-get_bit_end:
         rts
-
-; The pages above the rest, each copied from its top; X = LENHI, Y = LENLO.
-copy_long:
-        sec
-        tya
-        adc src_ptr
-        sta page_src
-        txa
-        adc src_ptr+1
-        sta page_src+1
-        sec
-        tya
-        adc dst_ptr
-        sta page_dst
-        txa
-        adc dst_ptr+1
-        sta page_dst+1
-copy_page:
-        dec page_src+1
-        dec page_dst+1
-        ldy #0
-copy_page_byte:
-        dey
-        lda $ffff,y
-page_src = * - 2
-        sta $ffff,y
-page_dst = * - 2
-        tya
-        bne copy_page_byte
-        dex
-        bne copy_page
-        ldy LENLO
-        bne copy_short
-        beq get_bit
 
 ; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X; Y must be 0.
 gamma:  sty LENHI
