@@ -12,6 +12,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -33,6 +34,11 @@ cairo_surface_t *surface_border_color = nullptr;
 char *utf8_path_and_filename_picture = nullptr;
 char *utf8_path_and_filename_project = nullptr;
 int interface_extended = 1;
+
+// Set while the project path names a file that Open project could not read as a project (a
+// picture chosen by mistake, a damaged file: no key file, or one without any project group):
+// Save then asks for a name rather than overwriting that file.
+static int project_path_unread = 0;
 
 GtkWidget *drawingarea_upper_border = nullptr;
 GtkWidget *drawingarea_lower_border = nullptr;
@@ -56,6 +62,24 @@ void report_info(const char *text) { report(" Info: %s", text); }
 void report_error(const char *text) {
   report(" Error: %s", text);
   controls_show_message_dialog(text, GTK_MESSAGE_ERROR);
+}
+
+// GLib writes a file through a temporary one beside it and names that one ("p.ini.I1SCZ3")
+// when it cannot be created: the message is given the file the user chose instead.
+std::string message_naming(const char *message, const char *path) {
+  std::string text = message;
+  OwnedString shown(g_filename_display_name(path));
+  const std::string temporary = std::string(shown.get()) + ".";
+  constexpr std::size_t kSuffix = 7;  // "." and the six random characters
+  const std::size_t at = text.find(temporary);
+  if (at != std::string::npos && at + temporary.size() - 1 + kSuffix <= text.size())
+    text.erase(at + temporary.size() - 1, kSuffix);
+  return text;
+}
+
+// Reports a failed write of `path`.
+void report_write_error(const GError *error, const char *path) {
+  report_error(message_naming(error ? error->message : "The file could not be written", path).c_str());
 }
 
 void redraw(GtkWidget *area) {
@@ -411,6 +435,13 @@ OwnedString locate_project_picture(const char *value, const char *project_path) 
   return beside;
 }
 
+// Whether a key file holds any of a project's groups.
+bool has_project_group(GKeyFile *key_file) {
+  for (const char *group : {"image", "colors", "left", "right"})
+    if (g_key_file_has_group(key_file, group)) return true;
+  return false;
+}
+
 // Applies a parsed project: title, picture, border colour, the active mode's bars.
 void apply_project(GKeyFile *key_file, const char *project_path) {
   OwnedString title(g_path_get_basename(project_path));
@@ -456,7 +487,7 @@ int save_project_to_file(const char *path) {
 
   GError *error = nullptr;
   if (!g_key_file_save_to_file(key_file.get(), path, &error)) {
-    report_error(error ? error->message : "The project could not be written");
+    report_write_error(error, path);
     if (error) g_error_free(error);
     return 0;
   }
@@ -467,25 +498,40 @@ int save_project_to_file(const char *path) {
   return 1;
 }
 
-// Suggests the project's own name, or else the picture's name with ".ini" in place of its
-// extension; the chosen name gets ".ini" unless it already ends in ".ini" or ".INI".
-void choose_name_and_save_project_to_file(void) {
-  OwnedString suggestion;
-  if (utf8_path_and_filename_project) {
-    suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
-  } else if (utf8_path_and_filename_picture) {
-    OwnedString base(g_path_get_basename(utf8_path_and_filename_picture));
-    if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
-    suggestion.reset(g_strdup_printf("%s.ini", base.get()));
-  }
+namespace {
+
+// A file's base name with everything from its last "." replaced by ".ini".
+OwnedString project_name_for(const char *path) {
+  OwnedString base(g_path_get_basename(path));
+  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+  return OwnedString(g_strdup_printf("%s.ini", base.get()));
+}
+
+// Runs the project save chooser with `suggestion`, then saves under the chosen name, which
+// gets ".ini" unless it already ends in ".ini" or ".INI", and makes it the project path.
+void save_project_under_chosen_name(const char *suggestion) {
   char *chosen = nullptr;
-  if (fileopen_save_project_file(suggestion.get(), &chosen) != 1) return;
+  if (fileopen_save_project_file(suggestion, &chosen) != 1) return;
   OwnedString chosen_path(chosen);
   OwnedString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
                                ? g_strdup(chosen)
                                : g_strdup_printf("%s.ini", chosen));
   save_project_to_file(final_name.get());
   replace_string(utf8_path_and_filename_project, final_name.get());
+  project_path_unread = 0;  // the user chose this file to write to
+}
+
+}  // namespace
+
+// Suggests the project's own name, or else the picture's name with ".ini" in place of its
+// extension.
+void choose_name_and_save_project_to_file(void) {
+  OwnedString suggestion;
+  if (utf8_path_and_filename_project)
+    suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
+  else if (utf8_path_and_filename_picture)
+    suggestion = project_name_for(utf8_path_and_filename_picture);
+  save_project_under_chosen_name(suggestion.get());
 }
 
 void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
@@ -494,21 +540,25 @@ void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   OwnedString path(chosen);
   OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
-  if (g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error)) {
+  const bool read = g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error);
+  if (read) {
     apply_project(key_file.get(), path.get());
   } else {
     report_error(error ? error->message : "The project could not be read");
     if (error) g_error_free(error);
   }
   replace_string(utf8_path_and_filename_project, path.get());
+  project_path_unread = read && has_project_group(key_file.get()) ? 0 : 1;
 }
 
 void on_menuitem_save_project_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  if (utf8_path_and_filename_project)
-    save_project_to_file(utf8_path_and_filename_project);
-  else
+  if (!utf8_path_and_filename_project)
     choose_name_and_save_project_to_file();
+  else if (project_path_unread)  // never overwrite a file that was not read as a project
+    save_project_under_chosen_name(project_name_for(utf8_path_and_filename_project).get());
+  else
+    save_project_to_file(utf8_path_and_filename_project);
 }
 
 void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {
@@ -600,7 +650,7 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
-    report_error(error->message);
+    report_write_error(error, filename);
     g_error_free(error);
     return 0;
   }

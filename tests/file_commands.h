@@ -84,6 +84,12 @@ inline std::string status_text() {
   return text;
 }
 
+// Whether an error message names the file `path` itself, not a temporary file beside it.
+inline bool names_file(const std::string &message, const std::string &path) {
+  const std::size_t at = message.find(path);
+  return at != std::string::npos && message.compare(at + path.size(), 1, ".") != 0;
+}
+
 // Closes every open error box and returns how many there were.
 inline int close_error_boxes() {
   int count = 0;
