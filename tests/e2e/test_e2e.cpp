@@ -1,0 +1,251 @@
+// The editor as a user meets it: the built program started with its own home, driven with
+// keys, clicks and typing through the X server, and checked by what the server shows (window
+// titles, pixels of screenshots) and by the files it writes.
+#include <glib/gstdio.h>
+
+#include <optional>
+
+#include "harness.h"
+#include "palette.h"
+
+namespace {
+
+// The screen's geometry at zoom 1 (PAL lines 3..298 shown; the picture on lines 51..250).
+constexpr int kBorderWidth = 48, kPictureWidth = 320, kPictureHeight = 200;
+constexpr int kScreenWidth = 2 * kBorderWidth + kPictureWidth, kScreenHeight = 296;
+constexpr int kFirstLine = 3, kPictureLine = 51;
+constexpr int kOuterStrip = 4;  // the side borders' outer edge is always black
+
+uint32_t rgb(int index) {
+  unsigned char c[3];
+  palette_get_rgb_at_index(index, c);
+  return uint32_t(c[0]) << 16 | c[1] << 8 | c[2];
+}
+
+// Where the simulated screen is on the X screen, at a zoom.
+struct View {
+  int x = 0, y = 0, zoom = 1;
+  // Screen coordinates of the middle of a picture pixel, and of a side border's row for a line.
+  int picture_x(int px) const { return x + (kBorderWidth + px) * zoom + zoom / 2; }
+  int picture_y(int py) const { return y + (kBorderWidth + py) * zoom + zoom / 2; }
+  int line_y(int line) const { return y + (line - kFirstLine) * zoom + zoom / 2; }
+  int left_x() const { return x + kBorderWidth * zoom / 2; }
+  int right_x() const { return x + (kBorderWidth + kPictureWidth + kBorderWidth / 2) * zoom; }
+  int right_edge() const { return x + kScreenWidth * zoom; }
+};
+
+// Finds the screen in a screenshot: its top row is one run of the border colour across the
+// whole width, less the black outer strips of the side borders when the border is not black;
+// the run is centred either way.
+std::optional<View> locate(const Shot &shot, int zoom, uint32_t border) {
+  const Rect &a = shot.area;
+  for (int y = a.y; y < a.y + a.height; y++)
+    for (int x = a.x; x < a.x + a.width; x++) {
+      if (shot.at(x, y) != border) continue;
+      int end = x;
+      while (end + 1 < a.x + a.width && shot.at(end + 1, y) == border) end++;
+      const int length = end - x + 1;
+      if (length >= (kScreenWidth - 2 * kOuterStrip) * zoom && length <= kScreenWidth * zoom)
+        return View{(x + end + 1) / 2 - kScreenWidth * zoom / 2, y, zoom};
+      x = end;
+    }
+  return std::nullopt;
+}
+
+// A Koala Painter picture whose colours follow the place: every bitmap byte is %00011011,
+// so the four double pixels of a cell row show the background, the screen byte's high and
+// low nibble and the colour RAM.
+constexpr int kKoalaBackground = 11;
+std::vector<unsigned char> koala_picture() {
+  std::vector<unsigned char> bytes(10003, 0x1B);
+  bytes[0] = 0x00;
+  bytes[1] = 0x60;
+  for (int cell = 0; cell < 1000; cell++) {
+    bytes[8002 + cell] = static_cast<unsigned char>((cell % 16) << 4 | (cell / 40) % 16);
+    bytes[9002 + cell] = static_cast<unsigned char>(cell % 7 + 1);
+  }
+  bytes[10002] = kKoalaBackground;
+  return bytes;
+}
+int koala_colour(int px, int py) {
+  const int cell = py / 8 * 40 + px / 8;
+  switch (px % 8 / 2) {
+    case 0: return kKoalaBackground;
+    case 1: return cell % 16;
+    case 2: return cell / 40 % 16;
+    default: return cell % 7 + 1;
+  }
+}
+
+// An Art Studio hires picture: the left half of every cell row in the screen byte's high
+// nibble, the right half in its low nibble; it stores border colour 18 (shown as 2).
+constexpr int kArtBorder = 18;
+std::vector<unsigned char> art_picture() {
+  std::vector<unsigned char> bytes(9009, 0xF0);
+  bytes[0] = 0x00;
+  bytes[1] = 0x20;
+  for (int cell = 0; cell < 1000; cell++)
+    bytes[8002 + cell] = static_cast<unsigned char>((cell / 40 + 3) % 16 << 4 | (cell % 16));
+  bytes[9002] = kArtBorder;
+  return bytes;
+}
+int art_colour(int px, int py) {
+  const int cell = py / 8 * 40 + px / 8;
+  return px % 8 < 4 ? (cell / 40 + 3) % 16 : cell % 16;
+}
+
+// Picture pixels looked at: corners, edges and a spread over the inside.
+std::vector<std::pair<int, int>> sample_points() {
+  std::vector<std::pair<int, int>> points = {{0, 0}, {319, 0}, {0, 199}, {319, 199}};
+  for (int py = 3; py < kPictureHeight; py += 37)
+    for (int px = 1; px < kPictureWidth; px += 13) points.emplace_back(px, py);
+  return points;
+}
+
+class EndToEnd : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(Session::get().x(), nullptr);
+    g_mkdir_with_parents("e2e-shots", 0700);
+  }
+
+  void start() {
+    app = std::make_unique<App>(home.path());
+    ASSERT_TRUE(app->started());
+  }
+
+  // A screenshot of the main window, also saved for a human under e2e-shots/.
+  Shot shot(const std::string &name) {
+    Shot s = app->shot();
+    const auto *info = ::testing::UnitTest::GetInstance()->current_test_info();
+    s.save(std::string("e2e-shots/") + info->name() + "-" + name + ".png");
+    return s;
+  }
+
+  // The whole X screen, saved for a human when something went wrong.
+  void save_screen(const std::string &name) {
+    const auto *info = ::testing::UnitTest::GetInstance()->current_test_info();
+    grab({0, 0, 1920, 1440}).save(std::string("e2e-shots/") + info->name() + "-" + name + ".png");
+  }
+
+  // Waits until the screen shows with the border colour at the zoom, and returns it.
+  View view(int zoom, int border) {
+    std::optional<View> found;
+    wait_for([&] { return (found = locate(app->shot(), zoom, rgb(border))).has_value(); });
+    if (!found) {
+      save_screen("no-screen");
+      ADD_FAILURE() << "no screen at zoom " << zoom << " with border colour " << border;
+    }
+    return found.value_or(View{});
+  }
+
+  // Runs a chooser through its menu key, types `path` and accepts. An open chooser gets the
+  // path in its location field (opened with Control+L, wherever the chooser shows); a save
+  // chooser in its name field, replacing the suggested name. A full path works in both.
+  void choose(const std::string &keys, const std::string &chooser, const std::string &path, bool save = false) {
+    ASSERT_TRUE(app->wait_main_focus());
+    press_keys(keys);
+    ASSERT_TRUE(app->wait_window(chooser)) << chooser;
+    if (save) {
+      press_keys("ctrl+a");
+    } else {
+      const Shot before = grab(app->client(chooser));
+      type_text(path.substr(0, 1));
+      ASSERT_TRUE(wait_for([&] { return grab(app->client(chooser)).pixels != before.pixels; })) << "no location field";
+      press_keys("ctrl+a");
+    }
+    type_text(path);
+    press_keys("Return");
+    if (!app->wait_gone(chooser)) {
+      save_screen("stuck-chooser");
+      FAIL() << chooser << " still open after typing " << path;
+    }
+  }
+
+  // Whether the picture pixels at the sample points show `colour` at their place.
+  static bool picture_shown(const Shot &s, const View &v, int (*colour)(int, int)) {
+    for (auto [px, py] : sample_points())
+      if (s.at(v.picture_x(px), v.picture_y(py)) != rgb(colour(px, py))) return false;
+    return true;
+  }
+
+  TempDir home, work;
+  std::unique_ptr<App> app;
+};
+
+// First start: the window shows, the settings file holds the defaults, and the screen is the
+// empty one (blue picture area, black borders, the picker's frame on colour 0).
+TEST_F(EndToEnd, FirstStart) {
+  start();
+  EXPECT_EQ(app->title(), "Quillbar - raster bar editor for C64 graphics");
+  const std::string settings = home.path() + "/.config/quillbar/user.ini";
+  ASSERT_TRUE(wait_for([&] { return g_file_test(settings.c_str(), G_FILE_TEST_IS_REGULAR); }));
+  GKeyFile *keys = g_key_file_new();
+  ASSERT_TRUE(g_key_file_load_from_file(keys, settings.c_str(), G_KEY_FILE_NONE, nullptr));
+  const std::vector<std::tuple<const char *, const char *, const char *>> defaults = {
+      {"interface", "input_mode", "1"}, {"interface", "palette", "0"}, {"interface", "expansion", "1"},
+      {"misc", "reencode_graphics", "false"}, {"directories", "picture_dir", "(NULL)"}};
+  for (auto [group, key, value] : defaults) {
+    gchar *got = g_key_file_get_value(keys, group, key, nullptr);
+    EXPECT_STREQ(got, value) << group << "/" << key;
+    g_free(got);
+  }
+  g_key_file_free(keys);
+
+  const View v = view(1, 0);
+  const Shot s = shot("empty");
+  for (auto [px, py] : sample_points()) ASSERT_EQ(s.at(v.picture_x(px), v.picture_y(py)), rgb(6)) << px << "," << py;
+  for (int line : {kFirstLine, kPictureLine, 150, 298}) {
+    EXPECT_EQ(s.at(v.left_x(), v.line_y(line)), rgb(0)) << line;
+    EXPECT_EQ(s.at(v.right_x(), v.line_y(line)), rgb(0)) << line;
+  }
+  // The picker below the screen: cell 2 is the first red there; the white frame is on cell 0.
+  int px = -1, py = -1;
+  for (int y = v.y + kScreenHeight; y < s.area.y + s.area.height && px < 0; y++)
+    for (int x = s.area.x; x < s.area.x + s.area.width && px < 0; x++)
+      if (s.at(x, y) == rgb(2)) px = x - 32, py = y - 1;
+  ASSERT_GE(px, 0) << "no colour picker";
+  auto white_in_cell = [&](int cell) {
+    int count = 0;
+    for (int y = py; y < py + 16; y++)
+      for (int x = px + 16 * cell; x < px + 16 * cell + 16; x++) count += s.at(x, y) == 0xFFFFFF;
+    return count;
+  };
+  EXPECT_GE(white_in_cell(0), 40);
+  EXPECT_EQ(white_in_cell(5), 0);
+  EXPECT_TRUE(app->quit());
+}
+
+// F3 with pictures typed into the chooser: the title names the picture, its pixels are at
+// their place at zoom 1 and 3, and the chooser remembers the folder of the typed file.
+TEST_F(EndToEnd, PicturesTypedIntoTheChooser) {
+  write_file(work.file("colours.kla"), koala_picture());
+  write_file(work.file("hires.art"), art_picture());
+  start();
+  choose("F3", "Select a picture file", work.file("colours.kla"));
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  View v = view(1, 0);
+  EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, koala_colour); }));
+  shot("koala");
+  const std::string settings = read_text(home.path() + "/.config/quillbar/user.ini");
+  EXPECT_NE(settings.find("\npicture_dir=file://" + work.path() + "\n"), std::string::npos) << settings;
+
+  // The next chooser opens in that folder, where a plain name is enough.
+  choose("F3", "Select a picture file", "hires.art");
+  ASSERT_TRUE(app->wait_title("Quillbar - hires.art"));
+  v = view(1, kArtBorder % 16);
+  EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, art_colour); }));
+  press_keys("F7");
+  v = view(3, kArtBorder % 16);
+  EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, art_colour); }));
+  const Shot s = shot("hires-zoom3");
+  // Every screen pixel of a picture pixel shows it.
+  for (int dy = 0; dy < 3; dy++)
+    for (int dx = 0; dx < 3; dx++)
+      EXPECT_EQ(s.at(v.x + (kBorderWidth + 4) * 3 + dx, v.y + kBorderWidth * 3 + dy), rgb(art_colour(4, 0)));
+  press_keys("F5");
+  view(1, kArtBorder % 16);
+  EXPECT_TRUE(app->quit());
+}
+
+}  // namespace
