@@ -264,7 +264,11 @@ std::vector<std::string> Session::environment(const std::string &home) const {
 // Input and read-back
 
 void press_keys(const std::string &keys) {
-  EXPECT_TRUE(run_tool({"xdotool", "key", "--clearmodifiers", "--delay", "30", keys})) << keys;
+  std::vector<std::string> argv = {"xdotool", "key", "--clearmodifiers", "--delay", "30"};
+  gchar **names = g_strsplit(keys.c_str(), " ", -1);
+  for (gchar **name = names; *name; name++) argv.push_back(*name);
+  g_strfreev(names);
+  EXPECT_TRUE(run_tool(argv)) << keys;
 }
 
 void type_text(const std::string &text) {
@@ -272,7 +276,7 @@ void type_text(const std::string &text) {
 }
 
 void click_at(int x, int y) {
-  EXPECT_TRUE(run_tool({"xdotool", "mousemove", "--sync", std::to_string(x), std::to_string(y), "click", "1"}));
+  EXPECT_TRUE(run_tool({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"}));
 }
 
 Shot grab(const Rect &wanted) {
@@ -406,17 +410,37 @@ Rect App::client(const std::string &title) const {
   return {};
 }
 
-bool App::status_shows(const std::string &text) const {
+bool App::status_shows(const std::string &text, bool whole) const {
   // The status bar is the window's bottom strip; its frame and the resize grip are left out.
   constexpr int kStrip = 22, kInset = 3, kGrip = 24;
   const Rect c = client();
   const Ink &expected = reference_ink(text);
   return wait_for([&] {
     const Shot strip = grab({c.x + kInset, c.y + c.height - kStrip, c.width - kGrip, kStrip - kInset});
-    const Ink shown = ink_of([&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); },
-                             strip.area.width, strip.area.height);
-    return shown == expected;
+    auto pixel = [&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); };
+    const Ink shown = ink_of(pixel, strip.area.width, strip.area.height);
+    if (whole) return shown == expected;
+    // A beginning: the expected ink at the left end of the shown ink, at some height.
+    int left = strip.area.width;
+    for (int y = 0; y < strip.area.height; y++)
+      for (int x = 0; x < left; x++)
+        if (dark(pixel(x, y))) left = x;
+    if (left + expected.width > strip.area.width) return false;
+    for (int top = 0; top + expected.height <= strip.area.height; top++) {
+      bool same = true;
+      for (int y = 0; y < expected.height && same; y++)
+        for (int x = 0; x < expected.width && same; x++)
+          same = dark(pixel(left + x, top + y)) == expected.dots[y * expected.width + x];
+      if (same) return true;
+    }
+    return false;
   }, 5.0);
+}
+
+bool App::close_error_box() const {
+  if (!wait_window("Error")) return false;
+  press_keys("Return");
+  return wait_gone("Error");
 }
 
 bool App::quit() {

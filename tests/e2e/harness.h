@@ -74,7 +74,7 @@ class Session {
 };
 
 // Real input through the X server, to the window that has the focus.
-void press_keys(const std::string &keys);  // xdotool key names: "ctrl+q", "F3", "shift+Down"
+void press_keys(const std::string &keys);  // xdotool key names, one after the other: "ctrl+q F3 shift+Down"
 void type_text(const std::string &text);
 void click_at(int x, int y);
 
@@ -97,8 +97,11 @@ class App {
   Rect client() const;  // the main window's inside, in screen coordinates
   Rect client(const std::string &title) const;  // the inside of the program's window titled so
   Shot shot() const { return grab(client()); }
-  // The status bar shows `text` (compared with the same text drawn by the toolkit here).
-  bool status_shows(const std::string &text) const;
+  // The status bar shows `text`, or (with `whole` false) begins with it; compared with the
+  // same text drawn by the toolkit here.
+  bool status_shows(const std::string &text, bool whole = true) const;
+  // Waits for an error box, then closes it with its OK button's key.
+  bool close_error_box() const;
   // Quits through the menu key and the confirmation; true when the program ended with 0.
   bool quit();
 

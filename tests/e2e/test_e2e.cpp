@@ -102,6 +102,8 @@ std::vector<std::pair<int, int>> sample_points() {
   return points;
 }
 
+constexpr int kToolBarWidth = 45;  // wide enough to hold the tool buttons' icons
+
 class EndToEnd : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -167,6 +169,86 @@ class EndToEnd : public ::testing::Test {
     for (auto [px, py] : sample_points())
       if (s.at(v.picture_x(px), v.picture_y(py)) != rgb(colour(px, py))) return false;
     return true;
+  }
+
+  // The colour each PAL line shows in the middle of a side border (1 left, 0 right), lines
+  // 3..298, as palette indexes (-1 for a colour of no index).
+  static std::vector<int> border_lines(const Shot &s, const View &v, int side) {
+    std::vector<int> colours;
+    for (int line = kFirstLine; line < kFirstLine + kScreenHeight; line++) {
+      const uint32_t shown = s.at(side == 1 ? v.left_x() : v.right_x(), v.line_y(line));
+      int index = -1;
+      for (int i = 0; i < 16 && index < 0; i++)
+        if (rgb(i) == shown) index = i;
+      colours.push_back(index);
+    }
+    return colours;
+  }
+
+  // Lines 3..298 of a side: `base` except where `bars` (first line, last line, colour) say.
+  static std::vector<int> lines_with(int base, const std::vector<std::tuple<int, int, int>> &bars) {
+    std::vector<int> colours(kScreenHeight, base);
+    for (auto [first, last, colour] : bars)
+      for (int line = first; line <= last; line++) colours[line - kFirstLine] = colour;
+    return colours;
+  }
+
+  // Waits until both side borders show the wanted lines.
+  bool borders_show(const View &v, const std::vector<int> &left, const std::vector<int> &right) {
+    return wait_for([&] {
+      const Shot s = app->shot();
+      return border_lines(s, v, 1) == left && border_lines(s, v, 0) == right;
+    });
+  }
+
+  // The tool buttons, found by their blue plus and minus icons in the tool bar right of the
+  // screen, top to bottom: add left, remove left, add right, remove right.
+  std::vector<std::pair<int, int>> tool_buttons(const View &v) {
+    const Shot s = app->shot();
+    std::vector<std::pair<int, int>> found;
+    int run_top = -1, x_sum = 0, x_count = 0;
+    for (int y = v.y; y <= v.y + kScreenHeight * v.zoom; y++) {
+      int row_sum = 0, row_count = 0;
+      for (int x = v.right_edge(); x < v.right_edge() + kToolBarWidth && s.contains(x, y); x++) {
+        const uint32_t c = s.at(x, y);
+        const int r = c >> 16 & 255, g = c >> 8 & 255, b = c & 255;
+        if (b > r + 40 && b > g + 15) row_sum += x, row_count++;
+      }
+      if (row_count && run_top < 0) run_top = y;
+      if (row_count) x_sum += row_sum, x_count += row_count;
+      if (!row_count && run_top >= 0) {
+        found.emplace_back(x_sum / x_count, (run_top + y) / 2);
+        run_top = -1, x_sum = x_count = 0;
+      }
+    }
+    return found;
+  }
+
+  // The rows area of the bar lists (0 left, 1 right): the white areas right of the tool bar,
+  // found while they are empty; their top is just below the column titles.
+  std::vector<Rect> bar_lists(const View &v) {
+    const Shot s = app->shot();
+    std::vector<Rect> lists;
+    const int y = v.y + kScreenHeight * v.zoom * 3 / 4;
+    for (int x = v.right_edge(); x < s.area.x + s.area.width; x++) {
+      int end = x;
+      while (end < s.area.x + s.area.width && s.at(end, y) == 0xFFFFFF) end++;
+      if (end - x >= 60) {
+        int top = y;
+        while (s.at(x + 10, top - 1) == 0xFFFFFF) top--;
+        lists.push_back({x, top, end - x, y - top});
+      }
+      x = end;
+    }
+    return lists;
+  }
+
+  // The region of the screen in a screenshot, for comparing two of them.
+  static std::vector<uint32_t> screen_pixels(const Shot &s, const View &v) {
+    std::vector<uint32_t> pixels;
+    for (int y = v.y; y < v.y + kScreenHeight * v.zoom; y++)
+      for (int x = v.x; x < v.right_edge(); x++) pixels.push_back(s.at(x, y));
+    return pixels;
   }
 
   TempDir home, work;
@@ -245,6 +327,64 @@ TEST_F(EndToEnd, PicturesTypedIntoTheChooser) {
       EXPECT_EQ(s.at(v.x + (kBorderWidth + 4) * 3 + dx, v.y + kBorderWidth * 3 + dy), rgb(art_colour(4, 0)));
   press_keys("F5");
   view(1, kArtBorder % 16);
+  EXPECT_TRUE(app->quit());
+}
+
+// Extended mode: bars added with the tool buttons, a cell edited by typing, a bar clicked in
+// the border and recoloured with a key. Then Compact mode from the menu keeps the bars; lines
+// are painted with keys, a range made with Shift+Down is repeated with keypad *; back in
+// Extended mode the bars are kept, as runs. The border pixels follow every step.
+TEST_F(EndToEnd, BarsInBothModes) {
+  write_file(work.file("colours.kla"), koala_picture());
+  start();
+  choose("F3", "Select a picture file", work.file("colours.kla"));
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  View v = view(1, 0);
+  const std::vector<Rect> lists = bar_lists(v);
+  ASSERT_EQ(lists.size(), 2u);
+  const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
+  ASSERT_EQ(buttons.size(), 4u);
+
+  // A new bar is one white line after the last one.
+  for (int button : {0, 0, 2}) click_at(buttons[button].first, buttons[button].second);
+  EXPECT_TRUE(borders_show(v, lines_with(0, {{51, 52, 1}}), lines_with(0, {{51, 51, 1}})));
+  shot("added");
+
+  // The first bar's height, typed into its cell: Right moves to the "Height" column, Return edits.
+  click_at(lists[0].x + 8, lists[0].y + 6);
+  press_keys("Right Return");
+  type_text("10");
+  press_keys("Return");
+  EXPECT_TRUE(borders_show(v, lines_with(0, {{51, 60, 1}}), lines_with(0, {{51, 51, 1}})));
+
+  // Clicked in the border, the bar is selected (marked white in the outer strip); "3" makes
+  // it red, and the later bar on line 52 stays on top.
+  click_at(v.left_x(), v.line_y(56));
+  press_keys("3");
+  const std::vector<int> left = lines_with(0, {{51, 60, 2}, {52, 52, 1}}), right = lines_with(0, {{51, 51, 1}});
+  EXPECT_TRUE(borders_show(v, left, right));
+  Shot s = shot("recoloured");
+  EXPECT_EQ(s.at(v.x + 1, v.line_y(51)), rgb(1));
+  EXPECT_EQ(s.at(v.x + 1, v.line_y(60)), rgb(1));
+  EXPECT_EQ(s.at(v.x + 1, v.line_y(61)), rgb(0));
+
+  // Compact mode: the same lines; the left border has the focus.
+  press_keys("alt+p i c");
+  v = view(1, 0);
+  EXPECT_TRUE(borders_show(v, left, right));
+  click_at(v.left_x(), v.line_y(80));
+  press_keys("3 5 Up Up shift+Down KP_Multiply");
+  std::vector<int> painted = left;
+  for (int line = 80; line <= 250; line++) painted[line - kFirstLine] = line % 2 == 0 ? 2 : 4;
+  EXPECT_TRUE(borders_show(v, painted, right));
+  shot("compact");
+
+  // Back to Extended mode: nothing changes on screen.
+  press_keys("alt+p i e");
+  v = view(1, 0);
+  EXPECT_TRUE(borders_show(v, painted, right));
+  EXPECT_EQ(bar_lists(v).size(), 2u) << "the bar lists are shown again";
+  shot("extended-again");
   EXPECT_TRUE(app->quit());
 }
 
