@@ -411,12 +411,16 @@ Rect App::client(const std::string &title) const {
 }
 
 bool App::status_shows(const std::string &text, bool whole) const {
-  // The status bar is the window's bottom strip; its frame and the resize grip are left out.
-  constexpr int kStrip = 22, kInset = 3, kGrip = 24;
+  // The status bar is the window's bottom strip inside a dark frame line (found up the frame's
+  // left side); the frame and the resize grip are left out.
+  constexpr int kGrip = 24;
   const Rect c = client();
   const Ink &expected = reference_ink(text);
+  const Shot edge = grab({c.x + 1, c.y, 1, c.height});
+  int top = c.y + c.height - 2;
+  while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
   return wait_for([&] {
-    const Shot strip = grab({c.x + kInset, c.y + c.height - kStrip, c.width - kGrip, kStrip - kInset});
+    const Shot strip = grab({c.x + 2, top + 1, c.width - kGrip, c.y + c.height - 2 - (top + 1)});
     auto pixel = [&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); };
     const Ink shown = ink_of(pixel, strip.area.width, strip.area.height);
     if (whole) return shown == expected;

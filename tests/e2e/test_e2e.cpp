@@ -1,10 +1,12 @@
 // The editor as a user meets it: the built program started with its own home, driven with
 // keys, clicks and typing through the X server, and checked by what the server shows (window
 // titles, pixels of screenshots) and by the files it writes.
+#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <glib/gstdio.h>
 
 #include <optional>
 
+#include "c64run.h"
 #include "harness.h"
 #include "palette.h"
 
@@ -103,6 +105,7 @@ std::vector<std::pair<int, int>> sample_points() {
 }
 
 constexpr int kToolBarWidth = 45;  // wide enough to hold the tool buttons' icons
+constexpr int kPickerCell = 16;    // one colour of the picker at zoom 1
 
 class EndToEnd : public ::testing::Test {
  protected:
@@ -193,11 +196,14 @@ class EndToEnd : public ::testing::Test {
     return colours;
   }
 
-  // Waits until both side borders show the wanted lines.
-  bool borders_show(const View &v, const std::vector<int> &left, const std::vector<int> &right) {
+  // Waits until both side borders show the wanted lines and, when given, the picture area the
+  // picture (so also after a dialog that covered them has gone and they are drawn again).
+  bool borders_show(const View &v, const std::vector<int> &left, const std::vector<int> &right,
+                    int (*picture)(int, int) = nullptr) {
     return wait_for([&] {
       const Shot s = app->shot();
-      return border_lines(s, v, 1) == left && border_lines(s, v, 0) == right;
+      return border_lines(s, v, 1) == left && border_lines(s, v, 0) == right &&
+             (!picture || picture_shown(s, v, picture));
     });
   }
 
@@ -243,6 +249,15 @@ class EndToEnd : public ::testing::Test {
     return lists;
   }
 
+  // The top-left corner of the colour picker below the screen (zoom 1): its cell 2 holds the
+  // first red there. {-1, -1} when there is none.
+  static std::pair<int, int> picker(const Shot &s, const View &v) {
+    for (int y = v.y + kScreenHeight; y < s.area.y + s.area.height; y++)
+      for (int x = s.area.x; x < s.area.x + s.area.width; x++)
+        if (s.at(x, y) == rgb(2)) return {x - 2 * kPickerCell, y - 1};
+    return {-1, -1};
+  }
+
   // The region of the screen in a screenshot, for comparing two of them.
   static std::vector<uint32_t> screen_pixels(const Shot &s, const View &v) {
     std::vector<uint32_t> pixels;
@@ -281,11 +296,8 @@ TEST_F(EndToEnd, FirstStart) {
     EXPECT_EQ(s.at(v.left_x(), v.line_y(line)), rgb(0)) << line;
     EXPECT_EQ(s.at(v.right_x(), v.line_y(line)), rgb(0)) << line;
   }
-  // The picker below the screen: cell 2 is the first red there; the white frame is on cell 0.
-  int px = -1, py = -1;
-  for (int y = v.y + kScreenHeight; y < s.area.y + s.area.height && px < 0; y++)
-    for (int x = s.area.x; x < s.area.x + s.area.width && px < 0; x++)
-      if (s.at(x, y) == rgb(2)) px = x - 32, py = y - 1;
+  // The white frame of the picker is on cell 0.
+  const auto [px, py] = picker(s, v);
   ASSERT_GE(px, 0) << "no colour picker";
   auto white_in_cell = [&](int cell) {
     int count = 0;
@@ -385,6 +397,198 @@ TEST_F(EndToEnd, BarsInBothModes) {
   EXPECT_TRUE(borders_show(v, painted, right));
   EXPECT_EQ(bar_lists(v).size(), 2u) << "the bar lists are shown again";
   shot("extended-again");
+  EXPECT_TRUE(app->quit());
+}
+
+// F2 with a name typed without extension writes the ".ini" beside the picture; after Quit and
+// a new start, F1 brings back the picture, the border colour and the bars, pixel for pixel.
+TEST_F(EndToEnd, SaveQuitStartAgainAndOpen) {
+  write_file(work.file("hires.art"), art_picture());
+  start();
+  choose("F3", "Select a picture file", work.file("hires.art"));
+  ASSERT_TRUE(app->wait_title("Quillbar - hires.art"));
+  View v = view(1, kArtBorder % 16);
+  const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
+  ASSERT_EQ(buttons.size(), 4u);
+  for (int button : {0, 2, 2}) click_at(buttons[button].first, buttons[button].second);
+  const auto [px, py] = picker(app->shot(), v);
+  ASSERT_GE(px, 0) << "no colour picker";
+  click_at(px + 5 * kPickerCell + kPickerCell / 2, py + kPickerCell / 2);
+  v = view(1, 5);
+  ASSERT_TRUE(borders_show(v, lines_with(5, {{51, 51, 1}}), lines_with(5, {{51, 52, 1}})));
+
+  choose("F2", "Save project file", "mywork", true);
+  ASSERT_TRUE(app->wait_title("Quillbar - mywork.ini"));
+  ASSERT_TRUE(borders_show(v, lines_with(5, {{51, 51, 1}}), lines_with(5, {{51, 52, 1}}), art_colour));
+  const std::string project = read_text(work.file("mywork.ini"));
+  EXPECT_NE(project.find("\nfile=file://" + work.file("hires.art") + "\n"), std::string::npos) << project;
+  EXPECT_NE(project.find("\nbase=5\n"), std::string::npos) << project;
+  const std::vector<uint32_t> saved = screen_pixels(shot("saved"), v);
+  ASSERT_TRUE(app->quit());
+
+  start();
+  choose("F1", "Open a project file", "mywork.ini");
+  ASSERT_TRUE(app->wait_title("Quillbar - hires.art"));
+  v = view(1, 5);
+  EXPECT_TRUE(wait_for([&] { return screen_pixels(app->shot(), v) == saved; }));
+  shot("opened");
+  EXPECT_TRUE(app->quit());
+}
+
+// A project with bars on both sides, and its Koala picture, in the work folder.
+void write_project(const TempDir &work) {
+  write_file(work.file("colours.kla"), koala_picture());
+  write_text(work.file("bars.ini"), "[image]\nfile=file://" + work.file("colours.kla") +
+                                        "\n[colors]\nbase=6\n[left]\nstart=60;100;\nheight=10;20;\ncolor=2;5;\n"
+                                        "[right]\nstart=80;\nheight=30;\ncolor=7;\n");
+}
+const std::vector<std::tuple<int, int, int>> kProjectLeft = {{60, 69, 2}, {100, 119, 5}}, kProjectRight = {{80, 109, 7}};
+
+// PNG export through the menu at zoom 3: 384 x 272, the screen's content at zoom 1 (PAL lines
+// 16..287, 32 pixels of side border).
+TEST_F(EndToEnd, PngExport) {
+  write_project(work);
+  start();
+  choose("F1", "Open a project file", work.file("bars.ini"));
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  const View v = view(1, 6);
+  ASSERT_TRUE(borders_show(v, lines_with(6, kProjectLeft), lines_with(6, kProjectRight), koala_colour));
+  const Shot screen = shot("zoom1");
+  press_keys("F7");
+  view(3, 6);
+  press_keys("alt+f i");
+  ASSERT_TRUE(app->wait_window("Save screenshot file"));
+  press_keys("ctrl+a");
+  type_text(work.file("shot"));
+  press_keys("Return");
+  ASSERT_TRUE(app->status_shows(" Info: Project exported to PNG"));
+  GdkPixbuf *png = gdk_pixbuf_new_from_file(work.file("shot.png").c_str(), nullptr);
+  ASSERT_NE(png, nullptr);
+  ASSERT_EQ(gdk_pixbuf_get_width(png), 384);
+  ASSERT_EQ(gdk_pixbuf_get_height(png), 272);
+  const guchar *p = gdk_pixbuf_get_pixels(png);
+  const int stride = gdk_pixbuf_get_rowstride(png), channels = gdk_pixbuf_get_n_channels(png);
+  int differing = 0;
+  for (int y = 0; y < 272; y++)
+    for (int x = 0; x < 384; x++) {
+      const guchar *q = p + y * stride + x * channels;
+      differing += (uint32_t(q[0]) << 16 | q[1] << 8 | q[2]) != screen.at(v.x + 16 + x, v.y + 13 + y);
+    }
+  g_object_unref(png);
+  EXPECT_EQ(differing, 0);
+  shot("zoom3");
+  EXPECT_TRUE(app->quit());
+}
+
+// Executable export through the menu: the PRG runs on the C64 model with the project's bars.
+// With the cruncher built beside the program it must be crunched and say so.
+TEST_F(EndToEnd, ExecutableExport) {
+  write_project(work);
+  start();
+  choose("F1", "Open a project file", work.file("bars.ini"));
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  press_keys("alt+f e");
+  ASSERT_TRUE(app->wait_window("Save executable file"));
+  press_keys("ctrl+a");
+  type_text(work.file("demo"));
+  press_keys("Return");
+  ASSERT_TRUE(app->wait_gone("Save executable file"));
+  constexpr size_t kPlainSize = 16146;  // the multicolour PRG before crunching
+#ifdef QUILLBAR_E2E_CRUNCHER
+  const bool crunched = true;
+  ASSERT_TRUE(app->status_shows(" Info: Successfully exported to executable PRG"));
+  EXPECT_LT(read_text(work.file("demo.prg")).size(), kPlainSize);
+#else
+  const bool crunched = false;
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Error: Failed to execute child process", false));
+  EXPECT_EQ(read_text(work.file("demo.prg")).size(), kPlainSize);
+#endif
+  shot("exported");
+
+  // Decrunching takes a few seconds of C64 time; the bars play from then on.
+  constexpr int kFrames = 400, kFrame = kFrames - 2;
+  auto c64 = std::make_unique<C64>();
+  ASSERT_TRUE(c64_start_file(c64.get(), work.file("demo.prg")));
+  c64_run_frames(c64.get(), kFrames);
+  std::vector<int> left, right;
+  for (int line = kPictureLine; line < kPictureLine + kPictureHeight; line++) {
+    left.push_back(c64_border_at(c64.get(), kFrame, line, kLeftBorderCycle));
+    right.push_back(c64_border_at(c64.get(), kFrame, line, kRightBorderCycle));
+  }
+  auto wanted = [](const std::vector<std::tuple<int, int, int>> &bars) {
+    const std::vector<int> all = EndToEnd::lines_with(6, bars);
+    return std::vector<int>(all.begin() + (kPictureLine - kFirstLine), all.begin() + (kPictureLine - kFirstLine) + kPictureHeight);
+  };
+  EXPECT_EQ(left, wanted(kProjectLeft));
+  EXPECT_EQ(right, wanted(kProjectRight));
+  EXPECT_TRUE(app->quit());
+  if (!crunched) GTEST_SKIP() << "no cruncher is built beside quillbar yet: the PRG was checked uncrunched";
+}
+
+// Bad input: each case gives its message, the program goes on, and nothing is lost.
+TEST_F(EndToEnd, BadInput) {
+  write_file(work.file("colours.kla"), koala_picture());
+  write_file(work.file("short.kla"), {0x00, 0x60, 1, 2, 3});
+  start();
+
+  // A picture of a wrong size.
+  choose("F3", "Select a picture file", work.file("short.kla"));
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Error: Unknown picture format"));
+
+  // A project cut short: the picture and the bars stay.
+  choose("F3", "Select a picture file", "colours.kla");
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  View v = view(1, 0);
+  const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
+  ASSERT_EQ(buttons.size(), 4u);
+  click_at(buttons[0].first, buttons[0].second);
+  ASSERT_TRUE(borders_show(v, lines_with(0, {{51, 51, 1}}), lines_with(0, {})));
+  choose("shift+F2", "Save project file", "good", true);
+  ASSERT_TRUE(app->wait_title("Quillbar - good.ini"));
+  const std::string good = read_text(work.file("good.ini"));
+  write_text(work.file("cut.ini"), good.substr(0, good.find("[left]") + 4));
+  ASSERT_TRUE(borders_show(v, lines_with(0, {{51, 51, 1}}), lines_with(0, {}), koala_colour));
+  const std::vector<uint32_t> before = screen_pixels(app->shot(), v);
+  choose("F1", "Open a project file", "cut.ini");
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Error: Key file contains line", false));
+  EXPECT_TRUE(wait_for([&] { return screen_pixels(app->shot(), v) == before; }));
+
+  // A project whose picture is gone: its picture error, then its bars and colour.
+  write_text(work.file("lost.ini"), "[image]\nfile=file://" + work.file("gone/lost.kla") +
+                                        "\n[colors]\nbase=3\n[left]\nstart=100;\nheight=5;\ncolor=7;\n");
+  choose("F1", "Open a project file", "lost.ini");
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Info: Project opened"));
+  v = view(1, 3);
+  EXPECT_TRUE(borders_show(v, lines_with(3, {{100, 104, 7}}), lines_with(3, {})));
+  shot("lost-picture");
+
+  // A save into a folder that vanished: the message names the file, and saving elsewhere works.
+  choose("F3", "Select a picture file", "colours.kla");
+  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  g_mkdir(work.file("sub").c_str(), 0700);
+  choose("shift+F2", "Save project file", work.file("sub/p"), true);
+  ASSERT_TRUE(app->wait_title("Quillbar - p.ini"));
+  g_remove(work.file("sub/p.ini").c_str());
+  g_rmdir(work.file("sub").c_str());
+  press_keys("F2");
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Error: Failed to create file “" + work.file("sub/p.ini") + "”: No such file or directory"));
+  choose("shift+F2", "Save project file", work.file("again"), true);
+  EXPECT_TRUE(app->wait_title("Quillbar - again.ini"));
+
+  // A picture opened with F1 by mistake: F2 asks for a name and the picture stays as it was.
+  const std::string picture = read_text(work.file("colours.kla"));
+  choose("F1", "Open a project file", "colours.kla");
+  EXPECT_TRUE(app->close_error_box());
+  EXPECT_TRUE(app->status_shows(" Error: Key file contains line", false));
+  choose("F2", "Save project file", "safe", true);
+  EXPECT_TRUE(wait_for([&] { return g_file_test(work.file("safe.ini").c_str(), G_FILE_TEST_IS_REGULAR); }));
+  EXPECT_EQ(read_text(work.file("colours.kla")), picture);
+  shot("end");
   EXPECT_TRUE(app->quit());
 }
 
