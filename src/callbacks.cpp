@@ -51,18 +51,7 @@ namespace {
 
 constexpr const char *kNeedPicture = "First open a picture or project";
 
-void report(const char *form, const char *text) {
-  char *message = g_strdup_printf(form, text);
-  controls_update_main_statusbar(message);
-  g_free(message);
-}
-
-void report_info(const char *text) { report(" Info: %s", text); }
-
-void report_error(const char *text) {
-  report(" Error: %s", text);
-  controls_show_message_dialog(text, GTK_MESSAGE_ERROR);
-}
+void report_info(const char *text) { controls_report_info(text); }
 
 // GLib writes a file through a temporary one beside it and names that one ("p.ini.I1SCZ3")
 // when it cannot be created: the message is given the file the user chose instead.
@@ -77,13 +66,21 @@ std::string message_naming(const char *message, const char *path) {
   return text;
 }
 
-// Reports a failed write of `path`.
-void report_write_error(const GError *error, const char *path) {
-  report_error(message_naming(error ? error->message : "The file could not be written", path).c_str());
+// Reports a failed write of `path` (taking the error, which may be null) like
+// controls_report_error, with the message naming `path`.
+void report_write_error(GError *error, const char *path, const char *fallback) {
+  OwnedError owned(error);
+  const std::string text = owned ? message_naming(owned->message, path) : fallback;
+  controls_report_error(nullptr, text.c_str());
 }
 
 void redraw(GtkWidget *area) {
   if (area) gtk_widget_queue_draw(area);
+}
+
+void redraw_sides() {
+  redraw(drawingarea_left_border);
+  redraw(drawingarea_right_border);
 }
 
 // Replaces an owned string with a copy of `value`.
@@ -93,16 +90,42 @@ void replace_string(char *&owned, const char *value) {
   owned = copy;
 }
 
-
 CairoContext cairo_for(GtkWidget *widget) { return CairoContext(gdk_cairo_create(widget->window)); }
 
-void set_source_color_index(cairo_t *cr, int index) {
-  double rgb[3] = {0.0, 0.0, 0.0};
-  palette_get_rgb_double_at_index(index, rgb);
-  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
-}
+// What each input mode does with the bars. The pairs are indexed by the side flag
+// ([1] left, [0] right); the active mode is looked up in one place, active_mode().
+struct InputMode {
+  std::array<void (*)(cairo_t *, int), 2> render_lines;
+  std::array<void (*)(int row, unsigned int state, int double_click), 2> button_press;
+  std::array<int (*)(unsigned int keyval, unsigned int state), 2> key_press;
+  std::array<void (*)(unsigned char *, int), 2> get_bars;
+  void (*save)(GKeyFile *);
+  void (*load)(GKeyFile *);
+  void (*expand)(GdkPixbuf *, int);
+};
 
-int zoom() { return options_expansion; }
+constexpr InputMode compact_mode{
+    {rasterarray_render_lines_right, rasterarray_render_lines_left},
+    {rasterarray_button_press_right, rasterarray_button_press_left},
+    {rasterarray_key_press_right, rasterarray_key_press_left},
+    {rasterarray_get_bars_right, rasterarray_get_bars_left},
+    rasterarray_dump_models_to_key_file,
+    rasterarray_fill_models_from_key_file,
+    rasterarray_expand_picture,
+};
+
+constexpr InputMode extended_mode{
+    {rastermodel_render_lines_right, rastermodel_render_lines_left},
+    {[](int row, unsigned int, int) { rastermodel_button_press_right(row); },
+     [](int row, unsigned int, int) { rastermodel_button_press_left(row); }},
+    {rastermodel_key_press_right, rastermodel_key_press_left},
+    {rastermodel_get_bars_right, rastermodel_get_bars_left},
+    rastermodel_dump_models_to_key_file,
+    rastermodel_fill_models_from_key_file,
+    rastermodel_expand_picture,
+};
+
+const InputMode &active_mode() { return interface_extended == 1 ? extended_mode : compact_mode; }
 
 }  // namespace
 
@@ -138,7 +161,7 @@ gboolean on_window_main_delete_event(GtkWidget *, GdkEvent *, gpointer) {
 // Screen view
 
 void set_zoom_level(void) {
-  const int z = zoom();
+  const int z = options_expansion;
   const std::array<std::tuple<GtkWidget *, int, int>, 6> sizes = {{
       {drawingarea_upper_border, horiz_border_width, horiz_border_height},
       {drawingarea_lower_border, horiz_border_width, horiz_border_height},
@@ -184,7 +207,7 @@ gboolean on_drawingarea_picture_configure_event(GtkWidget *widget, GdkEventConfi
 
 static gboolean paint_border(GtkWidget *widget) {
   CairoContext cr = cairo_for(widget);
-  set_source_color_index(cr.get(), border_color_index);
+  palette_set_cairo_source(cr.get(), border_color_index);
   cairo_paint(cr.get());
   return TRUE;
 }
@@ -200,13 +223,9 @@ gboolean on_drawingarea_lower_border_expose_event(GtkWidget *widget, GdkEventExp
 // A side border: the border colour, then the active mode's bars of that side.
 static gboolean paint_side_border(GtkWidget *widget, int side) {
   CairoContext cr = cairo_for(widget);
-  set_source_color_index(cr.get(), border_color_index);
+  palette_set_cairo_source(cr.get(), border_color_index);
   cairo_paint(cr.get());
-  const int with_selection = picture_loaded == 1;
-  if (interface_extended == 1)
-    (side == 1 ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr.get(), with_selection);
-  else
-    (side == 1 ? rasterarray_render_lines_left : rasterarray_render_lines_right)(cr.get(), with_selection);
+  active_mode().render_lines[side](cr.get(), picture_loaded == 1);
   return TRUE;
 }
 
@@ -221,22 +240,21 @@ gboolean on_drawingarea_right_border_expose_event(GtkWidget *widget, GdkEventExp
 gboolean on_drawingarea_picture_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer) {
   CairoContext cr = cairo_for(widget);
   if (!pixbuf_picture) {
-    set_source_color_index(cr.get(), 6);
+    palette_set_cairo_source(cr.get(), 6);
     cairo_paint(cr.get());
     return TRUE;
   }
-  const int z = zoom();
-  GdkPixbuf *image = pixbuf_picture;
+  const int z = options_expansion;
+  OwnedPixbuf zoomed;
   if (z > 1) {
-    image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, picture_width * z, picture_height * z);
-    if (!image) return TRUE;
-    gdk_pixbuf_scale(pixbuf_picture, image, 0, 0, picture_width * z, picture_height * z, 0.0, 0.0, z, z,
+    zoomed.reset(gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, picture_width * z, picture_height * z));
+    if (!zoomed) return TRUE;
+    gdk_pixbuf_scale(pixbuf_picture, zoomed.get(), 0, 0, picture_width * z, picture_height * z, 0.0, 0.0, z, z,
                      GDK_INTERP_NEAREST);
   }
-  gdk_cairo_set_source_pixbuf(cr.get(), image, 0, 0);
+  gdk_cairo_set_source_pixbuf(cr.get(), zoomed ? zoomed.get() : pixbuf_picture, 0, 0);
   gdk_cairo_rectangle(cr.get(), &event->area);
   cairo_fill(cr.get());
-  if (image != pixbuf_picture) g_object_unref(image);
   return TRUE;
 }
 
@@ -244,19 +262,18 @@ gboolean on_drawingarea_picture_expose_event(GtkWidget *widget, GdkEventExpose *
 // (so a palette change, which forces one, rebuilds it) and copied on expose.
 gboolean on_drawingarea_border_color_configure_event(GtkWidget *widget, GdkEventConfigure *, gpointer) {
   if (surface_border_color) cairo_surface_destroy(surface_border_color);
-  const int z = zoom();
+  const int z = options_expansion;
   surface_border_color =
       gdk_window_create_similar_surface(widget->window, CAIRO_CONTENT_COLOR, palette_width * z, palette_height * z);
   remember_area(drawingarea_border_color, widget);
-  cairo_t *cr = cairo_create(surface_border_color);
-  set_source_color_index(cr, 0);
-  cairo_paint(cr);
+  CairoContext cr(cairo_create(surface_border_color));
+  palette_set_cairo_source(cr.get(), 0);
+  cairo_paint(cr.get());
   for (int i = 0; i < 16; i++) {
-    set_source_color_index(cr, i);
-    cairo_rectangle(cr, 16 * z * i, 1, 16 * z - 1, 16 * z - 2);
-    cairo_fill(cr);
+    palette_set_cairo_source(cr.get(), i);
+    cairo_rectangle(cr.get(), 16 * z * i, 1, 16 * z - 1, 16 * z - 2);
+    cairo_fill(cr.get());
   }
-  cairo_destroy(cr);
   return TRUE;
 }
 
@@ -266,7 +283,7 @@ gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExp
   cairo_set_source_surface(cr.get(), surface_border_color, 0, 0);
   gdk_cairo_rectangle(cr.get(), &event->area);
   cairo_fill(cr.get());
-  const int z = zoom();
+  const int z = options_expansion;
   cairo_set_antialias(cr.get(), CAIRO_ANTIALIAS_NONE);
   cairo_set_line_width(cr.get(), 1.0);
   cairo_set_source_rgb(cr.get(), 1.0, 1.0, 1.0);
@@ -277,7 +294,7 @@ gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExp
 
 gboolean on_drawingarea_border_color_button_press_event(GtkWidget *, GdkEventButton *event, gpointer) {
   if (event->type != GDK_BUTTON_PRESS || event->button != 1) return FALSE;
-  border_color_index = static_cast<int>(event->x / (16 * zoom())) % 16;
+  border_color_index = static_cast<int>(event->x / (16 * options_expansion)) % 16;
   for (GtkWidget *area : {drawingarea_border_color, drawingarea_upper_border, drawingarea_left_border,
                           drawingarea_right_border, drawingarea_lower_border})
     redraw(area);
@@ -291,14 +308,10 @@ static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *even
   if (picture_loaded == 0) return TRUE;
   if ((event->type != GDK_BUTTON_PRESS && event->type != GDK_2BUTTON_PRESS) || event->button != 1) return TRUE;
   int y = static_cast<int>(event->y);
-  if (zoom() > 1) y /= zoom();
+  if (options_expansion > 1) y /= options_expansion;
   gtk_widget_grab_focus(widget);
   const int row = y - horiz_border_height;
-  if (interface_extended != 1)
-    (side == 1 ? rasterarray_button_press_left : rasterarray_button_press_right)(
-        row, event->state, event->type == GDK_2BUTTON_PRESS ? 1 : 0);
-  else
-    (side == 1 ? rastermodel_button_press_left : rastermodel_button_press_right)(row);
+  active_mode().button_press[side](row, event->state, event->type == GDK_2BUTTON_PRESS ? 1 : 0);
   gtk_widget_queue_draw(widget);
   return TRUE;
 }
@@ -306,10 +319,7 @@ static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *even
 static gboolean side_border_key_press(GtkWidget *widget, GdkEventKey *event, int side) {
   if (picture_loaded == 0) return TRUE;
   const unsigned int state = event->state & (GDK_SHIFT_MASK | GDK_CONTROL_MASK | GDK_MOD1_MASK);
-  const auto edit = interface_extended == 1 ? (side == 1 ? rastermodel_key_press_left : rastermodel_key_press_right)
-                                             : (side == 1 ? rasterarray_key_press_left : rasterarray_key_press_right);
-  const int result = edit(event->keyval, state);
-  if (result == 1) gtk_widget_queue_draw(widget);
+  if (active_mode().key_press[side](event->keyval, state) == 1) gtk_widget_queue_draw(widget);
   return TRUE;
 }
 
@@ -369,8 +379,7 @@ void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {
   if (!need_picture()) return;
   if (controls_get_user_confirmation("<b>WARNING!!!</b>\n\nAre you sure you want to proceed?") != 1) return;
   rastermodel_delete_all_bars();
-  redraw(drawingarea_left_border);
-  redraw(drawingarea_right_border);
+  redraw_sides();
 }
 
 void on_treeview_rasters_left_cursor_changed(GtkTreeView *, gpointer) { redraw(drawingarea_left_border); }
@@ -389,15 +398,13 @@ int open_picture(const char *path, int border_flag) {
   picture_data.border = -1;
   GError *error = nullptr;
   if (hiresdecoder_decode_hires_screen_file(path, 0, &pixbuf_picture, &picture_data, &error) == 1) {
-    char *base = g_path_get_basename(path);
-    controls_update_main_window_title(base);
-    g_free(base);
+    OwnedString base(g_path_get_basename(path));
+    controls_update_main_window_title(base.get());
     replace_string(utf8_path_and_filename_picture, path);
     if (border_flag == 1 && picture_data.border != -1) border_color_index = picture_data.border % 16;
     return 1;
   }
-  report_error(error ? error->message : "Unknown picture format");
-  if (error) g_error_free(error);
+  controls_report_error(OwnedError(error).get(), "Unknown picture format");
   return 0;
 }
 
@@ -455,10 +462,7 @@ void apply_project(GKeyFile *key_file, const char *project_path) {
   if (g_key_file_has_key(key_file, "colors", "base", nullptr))
     border_color_index = wrap_color_index(g_key_file_get_integer(key_file, "colors", "base", nullptr));
 
-  if (interface_extended == 1)
-    rastermodel_fill_models_from_key_file(key_file);
-  else
-    rasterarray_fill_models_from_key_file(key_file);
+  active_mode().load(key_file);
 
   for (GtkWidget *area : {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border,
                           drawingarea_lower_border})
@@ -480,15 +484,11 @@ int save_project_to_file(const char *path) {
   if (!g_key_file_load_from_data(key_file.get(), head.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
                                  nullptr))
     return 0;
-  if (interface_extended == 1)
-    rastermodel_dump_models_to_key_file(key_file.get());
-  else
-    rasterarray_dump_models_to_key_file(key_file.get());
+  active_mode().save(key_file.get());
 
   GError *error = nullptr;
   if (!g_key_file_save_to_file(key_file.get(), path, &error)) {
-    report_write_error(error, path);
-    if (error) g_error_free(error);
+    report_write_error(error, path, "The project could not be written");
     return 0;
   }
   report_info("Project saved");
@@ -541,12 +541,10 @@ void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
   const bool read = g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error);
-  if (read) {
+  if (read)
     apply_project(key_file.get(), path.get());
-  } else {
-    report_error(error ? error->message : "The project could not be read");
-    if (error) g_error_free(error);
-  }
+  else
+    controls_report_error(OwnedError(error).get(), "The project could not be read");
   replace_string(utf8_path_and_filename_project, path.get());
   project_path_unread = read && has_project_group(key_file.get()) ? 0 : 1;
 }
@@ -599,39 +597,39 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
 
 namespace {
 
-// Where a kind of PRG keeps its parts: file offsets, or 0 for a block the kind lacks.
+// The PRG file: the load address, then C64 memory from $0801 on. Everything is placed by
+// its C64 address; a file offset is computed from it.
+constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
+
+constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
+constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
+constexpr unsigned prg_border = 0x0D00;
+constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
+constexpr unsigned char prg_lower_case = 0x17;
+
+// Where a kind of PRG keeps its parts: C64 addresses, 0 for a block the kind lacks, and
+// the address just past its end.
 struct PrgKind {
   const PrgTemplate *code;
-  int length;
-  int bitmap, screen, color, background;
+  unsigned end;
+  unsigned bitmap, screen, color, background;
   bool has_charset;   // PETSCII: the lower-case set is chosen by patching the template
   bool may_reencode;  // multicolour: the graphics may come re-encoded
 };
 
-constexpr PrgKind prg_hires{&code_raster_hires, 15145, 6145, 14145, 0, 0, false, false};
-constexpr PrgKind prg_mc{&code_raster_mc, 16146, 6145, 14145, 15145, 16145, false, true};
-constexpr PrgKind prg_petscii{&code_raster_petscii, 4050, 0, 2049, 3049, 4049, true, false};
-
-constexpr int prg_left_table = 770;       // $0B01: lines 51..250 of the left border
-constexpr int prg_right_table = 1026;     // $0C01: and of the right border
-constexpr int prg_border = 1281;          // $0D00
-constexpr int prg_charset_operand = 393;  // $0988, the LDA #$15 that sets $D018
-constexpr unsigned char prg_lower_case = 0x17;
+constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, false, false};
+constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
+constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
 
 int export_to_executable(const PrgKind &kind, const char *filename) {
-  std::vector<unsigned char> prg(kind.length, 0);
-  prg[0] = 0x01;  // load address $0801
-  prg[1] = 0x08;
-  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + 2);
-  if (kind.has_charset && picture_data.charset != 0) prg[prg_charset_operand] = prg_lower_case;
-  prg[prg_border] = static_cast<unsigned char>(border_color_index);
-  if (interface_extended == 1) {
-    rastermodel_get_bars_left(&prg[prg_left_table], border_color_index);
-    rastermodel_get_bars_right(&prg[prg_right_table], border_color_index);
-  } else {
-    rasterarray_get_bars_left(&prg[prg_left_table], border_color_index);
-    rasterarray_get_bars_right(&prg[prg_right_table], border_color_index);
-  }
+  std::vector<unsigned char> prg(prg_offset(kind.end), 0);
+  prg[0] = prg_first_address & 0xFF;
+  prg[1] = prg_first_address >> 8;
+  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
+  if (kind.has_charset && picture_data.charset != 0) prg[prg_offset(prg_charset_operand)] = prg_lower_case;
+  prg[prg_offset(prg_border)] = static_cast<unsigned char>(border_color_index);
+  active_mode().get_bars[1](&prg[prg_offset(prg_left_table)], border_color_index);
+  active_mode().get_bars[0](&prg[prg_offset(prg_right_table)], border_color_index);
 
   const PictureData *graphics = &picture_data;
   PictureData reencoded{};
@@ -639,19 +637,18 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
     reencode_process_picture_mc(&picture_data, &reencoded);
     graphics = &reencoded;
   }
-  auto put = [&](int offset, const unsigned char *data, std::size_t size) {
-    if (offset) std::copy(data, data + size, prg.begin() + offset);
+  auto put = [&](unsigned address, const unsigned char *data, std::size_t size) {
+    if (address) std::copy(data, data + size, prg.begin() + prg_offset(address));
   };
   put(kind.bitmap, graphics->bitmap, sizeof graphics->bitmap);
   put(kind.screen, graphics->screen, sizeof graphics->screen);
   put(kind.color, graphics->color, sizeof graphics->color);
-  if (kind.background) prg[kind.background] = graphics->background & 15;
+  if (kind.background) prg[prg_offset(kind.background)] = graphics->background & 15;
 
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
-    report_write_error(error, filename);
-    g_error_free(error);
+    report_write_error(error, filename, "The program could not be written");
     return 0;
   }
   return 1;
@@ -659,42 +656,38 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
 
 // The name offered in an export chooser: the project's file name, or else the picture's,
 // with its extension (from the last ".") replaced by `extension`.
-char *suggested_export_name(const char *extension) {
+OwnedString suggested_export_name(const char *extension) {
   const char *path = utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
   if (!path) return nullptr;
-  char *base = g_path_get_basename(path);
-  if (char *dot = strrchr(base, '.')) *dot = '\0';
-  char *name = g_strconcat(base, extension, nullptr);
-  g_free(base);
-  return name;
+  OwnedString base(g_path_get_basename(path));
+  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+  return OwnedString(g_strconcat(base.get(), extension, nullptr));
 }
 
 // The chosen name, with `extension` appended unless it already ends in it, in lower or
 // upper case.
-char *export_name_with_extension(const char *chosen, const char *extension) {
-  char *upper = g_ascii_strup(extension, -1);
-  const bool has = g_str_has_suffix(chosen, extension) || g_str_has_suffix(chosen, upper);
-  g_free(upper);
-  return has ? g_strdup(chosen) : g_strconcat(chosen, extension, nullptr);
+OwnedString export_name_with_extension(const char *chosen, const char *extension) {
+  OwnedString upper(g_ascii_strup(extension, -1));
+  const bool has = g_str_has_suffix(chosen, extension) || g_str_has_suffix(chosen, upper.get());
+  return OwnedString(has ? g_strdup(chosen) : g_strconcat(chosen, extension, nullptr));
 }
 
 // Runs the export chooser with the suggested name; the file name to write, or null when
 // the user cancelled.
-char *choose_export_name(int (*chooser)(const char *, char **), const char *extension) {
-  char *suggestion = suggested_export_name(extension);
+OwnedString choose_export_name(int (*chooser)(const char *, char **), const char *extension) {
+  OwnedString suggestion = suggested_export_name(extension);
   char *chosen = nullptr;
-  char *name = nullptr;
-  if (chooser(suggestion, &chosen) == 1 && chosen) name = export_name_with_extension(chosen, extension);
-  g_free(chosen);
-  g_free(suggestion);
-  return name;
+  const bool picked = chooser(suggestion.get(), &chosen) == 1;
+  OwnedString chosen_name(chosen);
+  if (!picked || !chosen_name) return nullptr;
+  return export_name_with_extension(chosen_name.get(), extension);
 }
 
 // An opaque image filled with the border colour.
 Surface border_coloured_image(int width, int height) {
   Surface image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
   CairoContext cr(cairo_create(image.get()));
-  set_source_color_index(cr.get(), border_color_index);
+  palette_set_cairo_source(cr.get(), border_color_index);
   cairo_paint(cr.get());
   return image;
 }
@@ -720,16 +713,15 @@ int export_run_cruncher(const char *filename) {
     gdk_window_set_cursor(window, watch);
     gdk_flush();
   }
-  char *command = g_strdup_printf("%s/exomizer sfx 2061 \"%s\" -o \"%s\" -n", app_folder, filename, filename);
+  OwnedString command(g_strdup_printf("%s/exomizer sfx 2061 \"%s\" -o \"%s\" -n", app_folder, filename, filename));
   GError *error = nullptr;
   int status = -1;
-  const gboolean ran = g_spawn_command_line_sync(command, nullptr, nullptr, &status, &error);
-  g_free(command);
+  const gboolean ran = g_spawn_command_line_sync(command.get(), nullptr, nullptr, &status, &error);
+  OwnedError spawn_error(error);
   if (window) gdk_window_set_cursor(window, nullptr);
   gdk_cursor_unref(watch);
   if (!ran) {
-    report_error(error->message);
-    g_error_free(error);
+    controls_report_error(spawn_error.get(), "The cruncher could not be run");
     return 0;
   }
   if (status != 0) return 0;
@@ -739,17 +731,16 @@ int export_run_cruncher(const char *filename) {
 
 void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  char *filename = choose_export_name(fileopen_save_executable_file, ".prg");
+  OwnedString filename = choose_export_name(fileopen_save_executable_file, ".prg");
   if (!filename) return;
   int (*build)(const char *) = nullptr;
-  if (picture_data.format == 1)
-    build = export_petscii_to_executable;
-  else if (picture_data.format >= 2 && picture_data.format <= 5)
-    build = export_hires_to_executable;
-  else if (picture_data.format >= 6 && picture_data.format <= 10)
-    build = export_mc_to_executable;
-  if (build && build(filename) == 1) export_run_cruncher(filename);
-  g_free(filename);
+  switch (hiresdecoder_picture_kind(picture_data.format)) {
+    case PictureKind::petscii: build = export_petscii_to_executable; break;
+    case PictureKind::hires: build = export_hires_to_executable; break;
+    case PictureKind::multicolor: build = export_mc_to_executable; break;
+    case PictureKind::none: break;
+  }
+  if (build && build(filename.get()) == 1) export_run_cruncher(filename.get());
 }
 
 cairo_surface_t *export_png_compose(void) {
@@ -761,14 +752,10 @@ cairo_surface_t *export_png_compose(void) {
   for (int side : {1, 0}) {
     sides[side] = border_coloured_image(vert_border_width, vert_border_height);
     CairoContext cr(cairo_create(sides[side].get()));
-    if (interface_extended == 1)
-      (side == 1 ? rastermodel_render_lines_left : rastermodel_render_lines_right)(cr.get(), 0);
-    else
-      (side == 1 ? rasterarray_render_lines_left : rasterarray_render_lines_right)(cr.get(), 0);
+    active_mode().render_lines[side](cr.get(), 0);
   }
 
-  // Row y of the full screen shows PAL line y + 3; the picture covers lines 51..250.
-  const int screen_width = vert_border_width + picture_width + vert_border_width;
+  // Row y of the full screen shows PAL line y + 3, as in the side border areas.
   Surface screen = border_coloured_image(screen_width, vert_border_height);
   if (pixbuf_picture) {
     CairoContext cr(cairo_create(screen.get()));
@@ -779,27 +766,24 @@ cairo_surface_t *export_png_compose(void) {
   paint_at(screen.get(), sides[0].get(), vert_border_width + picture_width, 0);
 
   // The visible part: 32 pixels of side border and PAL lines 16..287.
-  cairo_surface_t *output = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 384, 272);
-  paint_at(output, screen.get(), -16, -13);
+  cairo_surface_t *output = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, png_width, png_height);
+  paint_at(output, screen.get(), -png_first_column, -(png_first_line - first_shown_line));
 
   options_expansion = saved_zoom;
   return output;
 }
 
 int export_png_to_file(const char *filename) {
-  cairo_surface_t *image = export_png_compose();
-  const bool written = cairo_surface_write_to_png(image, filename) == CAIRO_STATUS_SUCCESS;
-  cairo_surface_destroy(image);
+  Surface image(export_png_compose());
+  const bool written = cairo_surface_write_to_png(image.get(), filename) == CAIRO_STATUS_SUCCESS;
   report_info(written ? "Project exported to PNG" : "Failed to export project to PNG");
   return written ? 1 : 0;
 }
 
 void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  char *filename = choose_export_name(fileopen_save_png_file, ".png");
-  if (!filename) return;
-  export_png_to_file(filename);
-  g_free(filename);
+  OwnedString filename = choose_export_name(fileopen_save_png_file, ".png");
+  if (filename) export_png_to_file(filename.get());
 }
 
 // ---------------------------------------------------------------------------------------
@@ -808,17 +792,10 @@ void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
 // columns, as bars (Extended mode) or line colours (Compact mode).
 
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {
-  if (!picture_loaded) {
-    report_info(kNeedPicture);
-    return;
-  }
+  if (!need_picture()) return;
   rastermodel_delete_all_bars();
-  if (interface_extended == 1)
-    rastermodel_expand_picture(pixbuf_picture, border_color_index);
-  else
-    rasterarray_expand_picture(pixbuf_picture, border_color_index);
-  redraw(drawingarea_left_border);
-  redraw(drawingarea_right_border);
+  active_mode().expand(pixbuf_picture, border_color_index);
+  redraw_sides();
   report_info("Picture extended");
 }
 
@@ -836,31 +813,29 @@ static void show_controls(bool shown) {
   }
 }
 
-void on_menuitem_interface_extended_activate(GtkMenuItem *item, gpointer) {
-  if (!item_active(item)) return;
-  if (interface_extended != 1) {
-    rastermodel_fill_models_from_arrays();
-    show_controls(true);
-    interface_extended = 1;
-    redraw(drawingarea_left_border);
-    redraw(drawingarea_right_border);
+// Switches the input mode, converting the bars of the old mode into the new one; the
+// chosen mode is also the option for the next start.
+static void select_input_mode(int extended) {
+  if (interface_extended != extended) {
+    if (extended == 1)
+      rastermodel_fill_models_from_arrays();
+    else
+      rastermodel_fill_arrays_from_models(border_color_index);
+    show_controls(extended == 1);
+    interface_extended = extended;
+    redraw_sides();
   }
-  options_input_mode = 1;
+  if (extended == 0 && drawingarea_left_border) gtk_widget_grab_focus(drawingarea_left_border);
+  options_input_mode = extended;
   options_save_to_file();
 }
 
+void on_menuitem_interface_extended_activate(GtkMenuItem *item, gpointer) {
+  if (item_active(item)) select_input_mode(1);
+}
+
 void on_menuitem_interface_compact_activate(GtkMenuItem *item, gpointer) {
-  if (!item_active(item)) return;
-  if (interface_extended != 0) {
-    rastermodel_fill_arrays_from_models(border_color_index);
-    show_controls(false);
-    interface_extended = 0;
-    redraw(drawingarea_left_border);
-    redraw(drawingarea_right_border);
-  }
-  if (drawingarea_left_border) gtk_widget_grab_focus(drawingarea_left_border);
-  options_input_mode = 0;
-  options_save_to_file();
+  if (item_active(item)) select_input_mode(0);
 }
 
 // Switches the palette: every area is resized away and back so that it is laid out and
@@ -874,9 +849,8 @@ static void select_palette(int palette) {
   options_expansion = z;
   set_zoom_level();
   if (picture_loaded == 1) {
-    char *path = g_strdup(utf8_path_and_filename_picture);
-    open_picture(path, 0);
-    g_free(path);
+    OwnedString path(g_strdup(utf8_path_and_filename_picture));
+    open_picture(path.get(), 0);
   }
   options_save_to_file();
 }

@@ -4,17 +4,8 @@
 
 #include <gtk/gtk.h>
 
+#include "geometry.h"
 #include "hiresdecoder.h"
-
-// Geometry of the simulated screen at zoom 1.
-constexpr int picture_width = 320;
-constexpr int picture_height = 200;
-constexpr int vert_border_width = 48;
-constexpr int vert_border_height = 296;
-constexpr int horiz_border_width = 320;
-constexpr int horiz_border_height = 48;
-constexpr int palette_width = 256;
-constexpr int palette_height = 16;
 
 extern int picture_loaded;
 extern GdkPixbuf *pixbuf_picture;
@@ -22,6 +13,8 @@ extern int border_color_index;
 extern cairo_surface_t *surface_border_color;
 extern char *utf8_path_and_filename_picture;
 extern char *utf8_path_and_filename_project;
+// The active input mode: 1 Extended (the bar lists), 0 Compact (the line arrays). Only the
+// input-mode menu items change it, and they keep options_input_mode equal to it.
 extern int interface_extended;
 
 extern GtkWidget *drawingarea_upper_border;

@@ -45,9 +45,8 @@ void activate_menu_item(const char *name) {
 }  // namespace
 
 void controls_update_main_window_title(const char *name) {
-  gchar *title = g_strdup_printf("Quillbar - %s", name);
-  gtk_window_set_title(GTK_WINDOW(window_main), title);
-  g_free(title);
+  OwnedString title(g_strdup_printf("Quillbar - %s", name));
+  gtk_window_set_title(GTK_WINDOW(window_main), title.get());
 }
 
 void controls_update_main_statusbar(const char *text) {
@@ -66,6 +65,18 @@ void controls_show_message_dialog(const char *message, int type) {
   gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
   g_signal_connect_swapped(dialog, "response", G_CALLBACK(gtk_widget_destroy), dialog);
   gtk_widget_show(dialog);
+}
+
+void controls_report_info(const char *text) {
+  OwnedString message(g_strdup_printf(" Info: %s", text));
+  controls_update_main_statusbar(message.get());
+}
+
+void controls_report_error(const GError *error, const char *fallback) {
+  const char *text = error ? error->message : fallback;
+  OwnedString message(g_strdup_printf(" Error: %s", text));
+  controls_update_main_statusbar(message.get());
+  controls_show_message_dialog(text, GTK_MESSAGE_ERROR);
 }
 
 int controls_get_user_confirmation(const char *question) {
@@ -92,16 +103,14 @@ void on_menuitem_about_activate(GtkMenuItem *, gpointer) {
   gtk_widget_show(vbox);
   gtk_box_pack_start(GTK_BOX(gtk_dialog_get_content_area(GTK_DIALOG(dialog))), vbox, TRUE, TRUE, 0);
 
-  GdkPixbuf *icon = gdk_pixbuf_new_from_xpm_data(const_cast<const char **>(rasters_icon_xpm));
-  GtkWidget *image = gtk_image_new_from_pixbuf(icon);
-  if (icon) g_object_unref(icon);
+  OwnedPixbuf icon(gdk_pixbuf_new_from_xpm_data(const_cast<const char **>(rasters_icon_xpm)));
+  GtkWidget *image = gtk_image_new_from_pixbuf(icon.get());
   gtk_misc_set_padding(GTK_MISC(image), 0, 5);
   gtk_widget_show(image);
   gtk_box_pack_start(GTK_BOX(vbox), image, FALSE, FALSE, 0);
 
-  gchar *name = g_markup_printf_escaped("<span size=\"xx-large\"><b>%s</b></span>", QUILLBAR_NAME_VERSION);
-  pack_label(vbox, name, GTK_JUSTIFY_CENTER);
-  g_free(name);
+  OwnedString name(g_markup_printf_escaped("<span size=\"xx-large\"><b>%s</b></span>", QUILLBAR_NAME_VERSION));
+  pack_label(vbox, name.get(), GTK_JUSTIFY_CENTER);
 
   pack_label(vbox,
              "Quillbar for Commodore 64 Graphics\n<i>An attempt to empower graphic designers\n"
@@ -124,20 +133,18 @@ void on_menuitem_about_activate(GtkMenuItem *, gpointer) {
 
   pack_label(vbox, "<b>Supported PETSCII formats</b>\n- <i>PETSCII Interchange</i>", GTK_JUSTIFY_LEFT);
 
-  gchar *build = g_markup_printf_escaped(
+  OwnedString build(g_markup_printf_escaped(
       "Compiled on: %s\nCompiled with gcc version: %d.%d.%d\nGTK+ runtime in use: %u.%u.%u", build_date().c_str(),
-      __GNUC__, __GNUC_MINOR__, __GNUC_PATCHLEVEL__, gtk_major_version, gtk_minor_version, gtk_micro_version);
-  pack_label(vbox, build, GTK_JUSTIFY_CENTER);
-  g_free(build);
+      __GNUC__, __GNUC_MINOR__, __GNUC_PATCHLEVEL__, gtk_major_version, gtk_minor_version, gtk_micro_version));
+  pack_label(vbox, build.get(), GTK_JUSTIFY_CENTER);
 
   g_signal_connect_swapped(dialog, "response", G_CALLBACK(gtk_widget_destroy), dialog);
   gtk_widget_show_all(dialog);
 }
 
 void controls_adjust_from_options(void) {
-  gchar *zoom = g_strdup_printf("menuitem_zoom_%dx", options_expansion);
-  activate_menu_item(zoom);
-  g_free(zoom);
+  OwnedString zoom(g_strdup_printf("menuitem_zoom_%dx", options_expansion));
+  activate_menu_item(zoom.get());
 
   activate_menu_item(options_input_mode == 1 ? "menuitem_interface_extended" : "menuitem_interface_compact");
 
@@ -153,8 +160,6 @@ void controls_adjust_from_options(void) {
 }
 
 void controls_attach_icon_to_window(GtkWidget *window) {
-  GdkPixbuf *icon = gdk_pixbuf_new_from_xpm_data(const_cast<const char **>(rasters_icon_xpm));
-  if (!icon) return;
-  gtk_window_set_icon(GTK_WINDOW(window), icon);
-  g_object_unref(icon);
+  OwnedPixbuf icon(gdk_pixbuf_new_from_xpm_data(const_cast<const char **>(rasters_icon_xpm)));
+  if (icon) gtk_window_set_icon(GTK_WINDOW(window), icon.get());
 }

@@ -9,6 +9,10 @@
 void controls_update_main_window_title(const char *name);
 void controls_update_main_statusbar(const char *text);
 void controls_show_message_dialog(const char *message, int type);
+// A command's report: " Info: %s" in the status bar; or, on failure, " Error: %s" with the
+// error's message (`fallback` when there is no error object) and an error box showing it.
+void controls_report_info(const char *text);
+void controls_report_error(const GError *error, const char *fallback);
 int controls_get_user_confirmation(const char *question);
 void controls_adjust_from_options(void);
 void controls_attach_icon_to_window(GtkWidget *window);

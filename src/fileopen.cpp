@@ -143,11 +143,8 @@ void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview)
   GdkPixbuf *image = nullptr;
   GError *error = nullptr;
   const int ok = hiresdecoder_decode_hires_screen_file(filename.get(), 0, &image, nullptr, &error);
-  if (error) g_error_free(error);
-  filename.reset();
-  if (image) {
-    gtk_image_set_from_pixbuf(GTK_IMAGE(preview), image);
-    g_object_unref(image);
-  }
+  OwnedError ignored(error);  // the preview just stays hidden
+  OwnedPixbuf shown(image);
+  if (shown) gtk_image_set_from_pixbuf(GTK_IMAGE(preview), shown.get());
   gtk_file_chooser_set_preview_widget_active(chooser, ok == 1);
 }

@@ -3,9 +3,13 @@
 
 #include <gtk/gtk.h>
 
+// Each runs its chooser in the folder of its option; when the user accepts, *path is the
+// chosen file (the caller frees it), the option takes the chooser's folder and the result
+// is 1, else 0. The save choosers offer `suggested_name` and confirm overwriting.
 int fileopen_open_picture_file(char **path);
 int fileopen_open_project_file(char **path);
 int fileopen_save_project_file(const char *suggested_name, char **path);
 int fileopen_save_png_file(const char *suggested_name, char **path);
 int fileopen_save_executable_file(const char *suggested_name, char **path);
+// The picture chooser's preview: the selected file decoded as a C64 picture, or hidden.
 void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview);

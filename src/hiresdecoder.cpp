@@ -10,12 +10,11 @@
 
 #include "c64pixbufs.h"
 #include "pixbufs.h"
+#include "support.h"
 
 PictureData picture_data = {};
 
 namespace {
-
-enum class Kind { Petscii, Hires, Multicolor };
 
 constexpr int NONE = -1;
 
@@ -24,7 +23,7 @@ constexpr int NONE = -1;
 // file, load address included; NONE marks a field that the format does not hold.
 struct Format {
   unsigned int number;
-  Kind kind;
+  PictureKind kind;
   std::array<unsigned int, 3> loads;  // unused slots repeat the first
   std::array<gsize, 2> sizes;         // unused slot repeats the first
   int bitmap, screen, color, background, border;
@@ -38,16 +37,16 @@ struct Format {
 };
 
 constexpr std::array<Format, 10> formats{{
-    {1, Kind::Petscii, {0x1928, 0x1928, 0x1928}, {2005, 2005}, NONE, 5, 1005, 3, 2},
-    {2, Kind::Hires, {0x2000, 0x2000, 0x2000}, {9009, 9009}, 2, 8002, NONE, NONE, 9002},
-    {3, Kind::Hires, {0x4000, 0x4000, 0x4000}, {9002, 9002}, 2, 8002, NONE, NONE, NONE},
-    {4, Kind::Hires, {0x4000, 0x4000, 0x4000}, {9194, 9194}, 2, 8194, NONE, NONE, NONE},
-    {5, Kind::Hires, {0x5C00, 0x5C00, 0x5C00}, {9218, 9217}, 1026, 2, NONE, NONE, NONE},
-    {6, Kind::Multicolor, {0x5800, 0x5800, 0x5800}, {10050, 10050}, 2050, 1026, 2, 2026, NONE},
-    {7, Kind::Multicolor, {0x6000, 0x4000, 0x2000}, {10003, 10003}, 2, 8002, 9002, 10002, NONE},
-    {8, Kind::Multicolor, {0x4000, 0x4000, 0x4000}, {10242, 10242}, 2, 8194, 9218, 10241, NONE},
-    {9, Kind::Multicolor, {0x2000, 0x2000, 0x2000}, {10018, 10018}, 2, 8002, 9018, 9003, 9002},
-    {10, Kind::Multicolor, {0xA000, 0xA000, 0xA000}, {10242, 10242}, 2, 8194, 9218, 8066, NONE},
+    {1, PictureKind::petscii, {0x1928, 0x1928, 0x1928}, {2005, 2005}, NONE, 5, 1005, 3, 2},
+    {2, PictureKind::hires, {0x2000, 0x2000, 0x2000}, {9009, 9009}, 2, 8002, NONE, NONE, 9002},
+    {3, PictureKind::hires, {0x4000, 0x4000, 0x4000}, {9002, 9002}, 2, 8002, NONE, NONE, NONE},
+    {4, PictureKind::hires, {0x4000, 0x4000, 0x4000}, {9194, 9194}, 2, 8194, NONE, NONE, NONE},
+    {5, PictureKind::hires, {0x5C00, 0x5C00, 0x5C00}, {9218, 9217}, 1026, 2, NONE, NONE, NONE},
+    {6, PictureKind::multicolor, {0x5800, 0x5800, 0x5800}, {10050, 10050}, 2050, 1026, 2, 2026, NONE},
+    {7, PictureKind::multicolor, {0x6000, 0x4000, 0x2000}, {10003, 10003}, 2, 8002, 9002, 10002, NONE},
+    {8, PictureKind::multicolor, {0x4000, 0x4000, 0x4000}, {10242, 10242}, 2, 8194, 9218, 10241, NONE},
+    {9, PictureKind::multicolor, {0x2000, 0x2000, 0x2000}, {10018, 10018}, 2, 8002, 9018, 9003, 9002},
+    {10, PictureKind::multicolor, {0xA000, 0xA000, 0xA000}, {10242, 10242}, 2, 8194, 9218, 8066, NONE},
 }};
 
 constexpr int PETSCII_CHARSET = 4;  // byte holding the character set of a PETSCII screen
@@ -62,10 +61,9 @@ void fail(GError **error, const char *format, ...) G_GNUC_PRINTF(2, 3);
 void fail(GError **error, const char *format, ...) {
   va_list args;
   va_start(args, format);
-  char *message = g_strdup_vprintf(format, args);
+  OwnedString message(g_strdup_vprintf(format, args));
   va_end(args);
-  g_set_error_literal(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, message);
-  g_free(message);
+  g_set_error_literal(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, message.get());
 }
 
 // Finds the format of the file, or reports why it is not the one asked for.
@@ -98,7 +96,7 @@ void copy_to_record(const Format &f, const unsigned char *data, PictureData *rec
   if (f.color != NONE) memcpy(record->color, data + f.color, sizeof record->color);
   if (f.background != NONE) record->background = data[f.background];
   if (f.border != NONE) record->border = data[f.border];
-  if (f.kind == Kind::Petscii) record->charset = data[PETSCII_CHARSET];
+  if (f.kind == PictureKind::petscii) record->charset = data[PETSCII_CHARSET];
   record->format = f.number;
 }
 
@@ -117,6 +115,7 @@ int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int for
   gchar *contents = nullptr;
   gsize length = 0;
   if (!g_file_get_contents(filename, &contents, &length, error)) return 0;
+  OwnedString owned_contents(contents);
   const auto *data = reinterpret_cast<const unsigned char *>(contents);
 
   int ok = 0;
@@ -129,13 +128,18 @@ int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int for
   }
   if (f) {
     if (record) copy_to_record(*f, data, record);
-    if (f->kind == Kind::Petscii) c64pixbuf_set_case(data[PETSCII_CHARSET] == 0 ? 1 : 0);
+    if (f->kind == PictureKind::petscii) c64pixbuf_set_case(data[PETSCII_CHARSET] == 0 ? 1 : 0);
     *pixbuf = render(*f, data);
     if (*pixbuf)
       ok = 1;
     else
       fail(error, "Could not create pixbuf");
   }
-  g_free(contents);
   return ok;
+}
+
+PictureKind hiresdecoder_picture_kind(unsigned int format) {
+  for (const Format &f : formats)
+    if (f.number == format) return f.kind;
+  return PictureKind::none;
 }

@@ -16,5 +16,13 @@ struct PictureData {
 
 extern PictureData picture_data;
 
+// What a picture holds, which picks the player of the executable export.
+enum class PictureKind { none, petscii, hires, multicolor };
+
+// Decodes a picture file into `record` (when given) and renders it into *pixbuf; `format`
+// 0 recognises the format, 1..10 insists on one. 1 on success; else *error says why.
 int hiresdecoder_decode_hires_screen_file(const char *filename, unsigned int format, GdkPixbuf **pixbuf,
                                           PictureData *record, GError **error);
+// The kind of the format numbered `format` (1..10, as the record's field holds it); none
+// for any other number.
+PictureKind hiresdecoder_picture_kind(unsigned int format);

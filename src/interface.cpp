@@ -10,6 +10,7 @@
 #include <gdk/gdkkeysyms.h>
 
 #include <array>
+#include <tuple>
 
 #include "callbacks.h"
 #include "support.h"
@@ -24,6 +25,7 @@ using ToolHandler = void (*)(GtkToolButton *, gpointer);
 
 enum class Kind { Image, Stock, Plain, Radio, Check, Separator };
 
+// clang-format off
 struct MenuRow {
   const char *parent;   // registered name of the submenu that holds the item, nullptr for the bar
   const char *name;
@@ -39,11 +41,13 @@ struct MenuRow {
   int group;            // radio group, 1..3
   bool active;          // initial state of radio and check items
 };
+// clang-format on
 
 constexpr auto kNone = GdkModifierType(0);
 constexpr auto kShift = GDK_SHIFT_MASK;
 constexpr auto kAlt = GDK_MOD1_MASK;
 
+// clang-format off
 // Parents come before their children, and items in the order they appear in their menu.
 constexpr MenuRow kMenuRows[] = {
     {nullptr, "menuitem_file", Kind::Image, N_("_File"), "gtk-floppy", "image502", 0, kNone, nullptr, nullptr, "menuitem_file_menu", 0, false},
@@ -85,6 +89,7 @@ constexpr MenuRow kMenuRows[] = {
     {nullptr, "menuitem_help", Kind::Image, N_("_Help"), "gtk-help", "image513", 0, kNone, nullptr, nullptr, "menuitem_help_menu", 0, false},
     {"menuitem_help_menu", "menuitem_about", Kind::Stock, nullptr, "gtk-about", nullptr, 0, kNone, nullptr, on_menuitem_about_activate, nullptr, 0, false},
 };
+// clang-format on
 
 struct ToolRow {
   const char *name;
@@ -290,24 +295,18 @@ GtkWidget *create_window_main(void) {
   GtkWidget *hbox_areas = named(window, gtk_hbox_new(FALSE, 0), "hbox_drawingareas");
   pack(hbox_topmost, new_aspect_frame(window, "aspectframe_drawingareas", "alignment_drawingareas", hbox_areas),
        false, true);
-  pack(hbox_areas,
-       named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true),
-             "drawingarea_left_border"),
-       false, true);
+  auto side_border = [&](const char *name) {
+    pack(hbox_areas, named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true), name),
+         false, true);
+  };
+  side_border("drawingarea_left_border");
   GtkWidget *vbox_areas = named(window, gtk_vbox_new(FALSE, 0), "vbox_drawingareas");
   pack(hbox_areas, vbox_areas, false, true);
-  pack(vbox_areas,
-       named(window, new_drawing_area(horiz_border_width, horiz_border_height, 0, false), "drawingarea_upper_border"),
-       true, true);
-  pack(vbox_areas, named(window, new_drawing_area(picture_width, picture_height, 0, false), "drawingarea_picture"),
-       true, true);
-  pack(vbox_areas,
-       named(window, new_drawing_area(horiz_border_width, horiz_border_height, 0, false), "drawingarea_lower_border"),
-       true, true);
-  pack(hbox_areas,
-       named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true),
-             "drawingarea_right_border"),
-       false, true);
+  for (auto [name, width, height] : {std::tuple{"drawingarea_upper_border", horiz_border_width, horiz_border_height},
+                                     std::tuple{"drawingarea_picture", picture_width, picture_height},
+                                     std::tuple{"drawingarea_lower_border", horiz_border_width, horiz_border_height}})
+    pack(vbox_areas, named(window, new_drawing_area(width, height, 0, false), name), true, true);
+  side_border("drawingarea_right_border");
 
   // The Extended mode's controls: tool bar and the two bar lists.
   GtkWidget *hbox_controls = named(window, gtk_hbox_new(FALSE, 0), "hbox_controls");

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <array>
 #include <memory>
 
 #include "main.h"
@@ -26,40 +27,86 @@ char *utf8_path_configfile = nullptr;
 
 namespace {
 
-// A directory option as written to the file: its file URI, or "(NULL)" when unset (or
+// The options kept in user.ini, in the order they are written. Reading and writing both
+// walk this table; the window position (a list) is handled on its own.
+enum class OptionKind { folder, integer, boolean };
+
+struct Option {
+  const char *group;
+  const char *key;
+  OptionKind kind;
+  char **folder;     // folder options: an existing directory, or null when unset
+  int *value;        // integer and boolean options
+  int fallback = 0;  // an integer option when absent or outside min..max
+  int min = 0, max = 0;
+};
+
+const std::array<Option, 7> option_table{{
+    {"directories", "picture_dir", OptionKind::folder, &options_picture_dir_string, nullptr},
+    {"directories", "export_png_dir", OptionKind::folder, &options_export_png_dir_string, nullptr},
+    {"directories", "export_dir", OptionKind::folder, &options_export_dir_string, nullptr},
+    {"interface", "input_mode", OptionKind::integer, nullptr, &options_input_mode, 1, 0, 1},
+    {"interface", "palette", OptionKind::integer, nullptr, &options_palette, 0, 0, 3},
+    {"interface", "expansion", OptionKind::integer, nullptr, &options_expansion, 1, 1, 4},
+    {"misc", "reencode_graphics", OptionKind::boolean, nullptr, &options_reencode_graphics},
+}};
+
+// A folder option as written to the file: its file URI, or "(NULL)" when unset (or
 // when the path cannot be expressed as a URI).
 OwnedString dir_to_uri(const char *path) {
   gchar *uri = path ? g_filename_to_uri(path, nullptr, nullptr) : nullptr;
   return OwnedString(uri ? uri : g_strdup("(NULL)"));
 }
 
-// Replaces *option with the folder named by the file URI at directories/key, if the key
-// is there and names an existing folder; otherwise leaves *option as it is.
-void load_dir(GKeyFile *key_file, const char *key, char **option) {
-  OwnedString uri(g_key_file_get_string(key_file, "directories", key, nullptr));
-  if (!uri) return;
-  gchar *path = g_filename_from_uri(uri.get(), nullptr, nullptr);
-  if (path && g_file_test(path, G_FILE_TEST_IS_DIR)) {
-    g_free(*option);
-    *option = path;
-  } else {
-    g_free(path);
+// Reads one option. A folder is kept only when it names an existing directory, else the
+// current value stays; an integer that is absent or out of range takes the fallback (one
+// that is not a number reads as 0); an unreadable boolean is false.
+void load_option(GKeyFile *key_file, const Option &option) {
+  switch (option.kind) {
+    case OptionKind::folder: {
+      OwnedString uri(g_key_file_get_string(key_file, option.group, option.key, nullptr));
+      if (!uri) return;
+      OwnedString path(g_filename_from_uri(uri.get(), nullptr, nullptr));
+      if (!path || !g_file_test(path.get(), G_FILE_TEST_IS_DIR)) return;
+      g_free(*option.folder);
+      *option.folder = path.release();
+      return;
+    }
+    case OptionKind::integer: {
+      if (!g_key_file_has_key(key_file, option.group, option.key, nullptr)) {
+        *option.value = option.fallback;
+        return;
+      }
+      const int value = g_key_file_get_integer(key_file, option.group, option.key, nullptr);
+      *option.value = value >= option.min && value <= option.max ? value : option.fallback;
+      return;
+    }
+    case OptionKind::boolean:
+      *option.value = g_key_file_get_boolean(key_file, option.group, option.key, nullptr) ? 1 : 0;
+      return;
   }
+}
+
+// One option as its line of the file.
+OwnedString option_line(const Option &option) {
+  switch (option.kind) {
+    case OptionKind::folder: return OwnedString(g_strdup_printf("%s=%s\n", option.key, dir_to_uri(*option.folder).get()));
+    case OptionKind::integer: return OwnedString(g_strdup_printf("%s=%d\n", option.key, *option.value));
+    case OptionKind::boolean:
+      return OwnedString(g_strdup_printf("%s=%s\n", option.key, *option.value == 1 ? "true" : "false"));
+  }
+  return OwnedString(g_strdup(""));
 }
 
 }  // namespace
 
 void options_module_init(void) {
-  gchar *dir = g_build_filename(g_get_user_config_dir(), "quillbar", nullptr);
+  OwnedString dir(g_build_filename(g_get_user_config_dir(), "quillbar", nullptr));
   // A new account may not have its configuration home yet: make it first.
   if (!g_file_test(g_get_user_config_dir(), G_FILE_TEST_EXISTS)) g_mkdir_with_parents(g_get_user_config_dir(), 0700);
-  if (!g_file_test(dir, G_FILE_TEST_EXISTS) && mkdir(dir, 0700) != 0) {
-    g_free(dir);
-    dir = g_get_current_dir();
-  }
+  if (!g_file_test(dir.get(), G_FILE_TEST_EXISTS) && mkdir(dir.get(), 0700) != 0) dir.reset(g_get_current_dir());
   g_free(utf8_path_configfile);
-  utf8_path_configfile = g_build_filename(dir, "user.ini", nullptr);
-  g_free(dir);
+  utf8_path_configfile = g_build_filename(dir.get(), "user.ini", nullptr);
   options_load_from_file();
 }
 
@@ -85,45 +132,20 @@ void set_options_from_config(GKeyFile *key_file) {
       g_free(position);
   }
 
-  load_dir(key_file, "picture_dir", &options_picture_dir_string);
-  load_dir(key_file, "export_png_dir", &options_export_png_dir_string);
-  load_dir(key_file, "export_dir", &options_export_dir_string);
-
-  // An unreadable integer reads as 0; a missing input mode means Extended.
-  if (g_key_file_has_key(key_file, "interface", "input_mode", nullptr)) {
-    int mode = g_key_file_get_integer(key_file, "interface", "input_mode", nullptr);
-    options_input_mode = mode == 0 ? 0 : 1;
-  } else {
-    options_input_mode = 1;
-  }
-  int palette = g_key_file_get_integer(key_file, "interface", "palette", nullptr);
-  options_palette = palette >= 0 && palette <= 3 ? palette : 0;
-  int expansion = g_key_file_get_integer(key_file, "interface", "expansion", nullptr);
-  options_expansion = expansion >= 1 && expansion <= 4 ? expansion : 1;
-  options_reencode_graphics = g_key_file_get_boolean(key_file, "misc", "reencode_graphics", nullptr) ? 1 : 0;
+  for (const Option &option : option_table) load_option(key_file, option);
 }
 
 int options_save_to_file(void) {
-  OwnedString picture_dir = dir_to_uri(options_picture_dir_string);
-  OwnedString export_png_dir = dir_to_uri(options_export_png_dir_string);
-  OwnedString export_dir = dir_to_uri(options_export_dir_string);
-  OwnedString text(g_strdup_printf(
-      "# Quillbar config file - do NOT edit\n"
-      "[directories]\n"
-      "picture_dir=%s\n"
-      "export_png_dir=%s\n"
-      "export_dir=%s\n"
-      "[interface]\n"
-      "input_mode=%d\n"
-      "palette=%d\n"
-      "expansion=%d\n"
-      "[misc]\n"
-      "reencode_graphics=%s\n",
-      picture_dir.get(), export_png_dir.get(), export_dir.get(), options_input_mode, options_palette,
-      options_expansion, options_reencode_graphics == 1 ? "true" : "false"));
+  GString *text = g_string_new("# Quillbar config file - do NOT edit\n");
+  const char *group = nullptr;
+  for (const Option &option : option_table) {
+    if (g_strcmp0(group, option.group) != 0) g_string_append_printf(text, "[%s]\n", group = option.group);
+    g_string_append(text, option_line(option).get());
+  }
+  OwnedString composed(g_string_free(text, FALSE));
 
   OwnedKeyFile key_file(g_key_file_new());
-  if (!g_key_file_load_from_data(key_file.get(), text.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
+  if (!g_key_file_load_from_data(key_file.get(), composed.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
                                  nullptr))
     return 0;
 

@@ -1,5 +1,6 @@
 // palette: the four fixed C64 palettes (Pepto, High contrast, Pixcen, CCS64) as 8-bit
-// and as 0..1 double tables, and the lookups by colour index and by RGB value.
+// and as 0..1 double tables, the lookups by colour index and by RGB value, and drawing in
+// those colours with cairo.
 // Reads options_palette to pick the palette in force; keeps no state of its own.
 #include "palette.h"
 
@@ -100,4 +101,19 @@ unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]) {
     if (entry[0] == rgb[0] && entry[1] == rgb[1] && entry[2] == rgb[2]) return i;
   }
   return 0;
+}
+
+void palette_set_cairo_source(cairo_t *cr, int index) {
+  double rgb[3] = {0.0, 0.0, 0.0};
+  palette_get_rgb_double_at_index(index, rgb);
+  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
+}
+
+void palette_fill_rect(cairo_t *cr, int index, int x, int y, int width, int height) {
+  if (height <= 0) return;
+  cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);
+  cairo_set_line_width(cr, 1.0);
+  palette_set_cairo_source(cr, index);
+  cairo_rectangle(cr, x, y, width, height);
+  cairo_fill(cr);
 }

@@ -1,6 +1,8 @@
 // palette: the four fixed C64 palettes and the colour lookups.
 #pragma once
 
+#include <cairo.h>
+
 #include <array>
 
 using PaletteBytes = std::array<std::array<unsigned char, 3>, 16>;
@@ -18,4 +20,10 @@ extern const PaletteDoubles palette_ccs64_rgb_double;
 void palette_get_rgb_at_index(int index, unsigned char rgb[3]);
 void palette_get_rgb_double_at_index(int index, double rgb[3]);
 void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]);
+// The index whose colour in the palette in force is exactly `rgb`; 0 when none is.
 unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]);
+
+// Drawing in C64 colours: the colour of `index` as the cairo source, and a rectangle
+// filled in it with hard pixel edges (nothing for a height of 0 or less).
+void palette_set_cairo_source(cairo_t *cr, int index);
+void palette_fill_rect(cairo_t *cr, int index, int x, int y, int width, int height);

@@ -104,6 +104,7 @@ constexpr PrgTemplate code_raster_mc = prg_patched(
 // PETSCII: screen, colour and background taken from $1000 / $13E8 / $17D0 instead of
 // $3F40 / $4328 / $4710; text mode, screen at $0400 with the upper-case ROM characters,
 // single-colour.
+// clang-format off
 constexpr PrgTemplate code_raster_petscii = prg_patched(
     code_raster_mc,
     {
@@ -120,3 +121,4 @@ constexpr PrgTemplate code_raster_petscii = prg_patched(
         {0x0988, {0x15}},        // $D018: upper-case set
         {0x098D, {0xC8}},        // $D016: single-colour
     });
+// clang-format on

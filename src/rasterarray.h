@@ -1,4 +1,5 @@
 // rasterarray: Compact mode, the bars as one colour per raster line for each side border.
+// Functions that take a side are called with 1 for the left border and 0 for the right.
 #pragma once
 
 #include <cairo.h>
@@ -7,50 +8,43 @@
 
 #include <vector>
 
-// Raster lines 0..311; entries are colour indices 0..15 or -1 (no colour).
-constexpr int RASTER_LINES = 312;
+#include "geometry.h"
+
+// Indexed by raster line 0..311; entries are colour indices 0..15 or -1 (no colour).
 extern int colors_left[RASTER_LINES];
 extern int colors_right[RASTER_LINES];
 
+// Each side's anchor, moving end and range flag; start and end stay within the picture lines.
 extern int selection_start_left, selection_start_right;
 extern int selection_end_left, selection_end_right;
 extern int selection_active_left, selection_active_right;
 
 // Mouse selection; row is relative to the picture's top, state the unmasked modifier state.
-void rasterarray_button_press(int side, int row, unsigned int state, int double_click);
 void rasterarray_button_press_left(int row, unsigned int state, int double_click);
 void rasterarray_button_press_right(int row, unsigned int state, int double_click);
 
 // Drawing into a border area (the caller has painted the border colour).
-void rasterarray_render_lines(int side, cairo_t *cr, int with_selection);
 void rasterarray_render_lines_left(cairo_t *cr, int with_selection);
 void rasterarray_render_lines_right(cairo_t *cr, int with_selection);
 void rasterarray_mark_selection(int side, cairo_t *cr);
 
-// Per-line colour table of lines 51..250 for the executable export.
-void rasterarray_get_bars(int side, unsigned char out[200], int fallback);
-void rasterarray_get_bars_left(unsigned char out[200], int fallback);
-void rasterarray_get_bars_right(unsigned char out[200], int fallback);
+// Per-line colour table of the picture lines for the executable export; `fallback` where
+// a line has no colour.
+void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback);
+void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback);
 
 void rasterarray_delete_all_bars(void);
+// A single entry; the line is taken modulo 312.
 int rasterarray_get_color_at_index(int side, int index);
 void rasterarray_set_color_at_index(int side, int index, int colour);
 
-// Keyboard editing. A key table row's modifier rule: any state, or exactly Shift, or exactly
-// Control (the state is masked to Shift 1, Control 4 and Alt 8 before it reaches the tables,
-// so Control with Shift or Alt is neither). Shared with Extended mode's key table.
-enum class KeyModifiers { Any, ShiftOnly, ControlOnly };
-bool key_modifiers_match(KeyModifiers rule, unsigned int state);
+// Keyboard editing of the cursor line or range; `state` is masked to Shift, Control and
+// Alt. 1 when the border area must be redrawn.
 int rasterarray_key_press(int side, unsigned int keyval, unsigned int state);
 int rasterarray_key_press_left(unsigned int keyval, unsigned int state);
 int rasterarray_key_press_right(unsigned int keyval, unsigned int state);
-int move_up(int side, int extend, int step);
-int move_down(int side, int extend, int collapse, int step);
-int move_home(int side, int extend);
-int move_end(int side, int extend);
-int rasterarray_expand_selection(int side);
 
-// Project files.
+// Project files: the groups "left" and "right".
 void rasterarray_dump_models_to_key_file(GKeyFile *key_file);
 void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int *colors, const char *group);
 void rasterarray_fill_models_from_key_file(GKeyFile *key_file);
@@ -58,7 +52,12 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file);
 // Auto-extension from the picture's outer columns.
 void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour);
 
-// ---- Helpers that Extended mode (rastermodel) shares ----
+// ---- Shared with Extended mode (rastermodel) ----
+
+// The colour keys of both modes: the digit row 1..8 gives the colours 0..7 and the row
+// below it (q..i) 8..15, whatever the modifiers; keypad 0..7 gives 0..7, or 8..15 with
+// Control alone. -1 for any other key.
+int rasterarray_key_color(unsigned int keyval, unsigned int state);
 
 // A bar as both modes hand it over: first line, number of lines, colour.
 struct LineRun {
@@ -73,7 +72,7 @@ struct LineRun {
 std::vector<LineRun> rasterarray_find_runs(const int *values, int count, int first_line);
 
 // Column x of an image, top row first, as 0xRRGGBB; a pixel in the border colour's RGB
-// reads as -1. Only the rows beside the picture lines (at most 200) are read.
+// reads as -1. Only the rows beside the picture lines are read.
 std::vector<int> rasterarray_read_picture_column(GdkPixbuf *picture, int x, int border_colour);
 
 // The palette index of a 0xRRGGBB value (0 when no colour of the palette in force matches).

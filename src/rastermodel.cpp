@@ -33,12 +33,30 @@ GtkWidget *treeview_rasters_right = nullptr;
 
 namespace {
 
-// Bars lie on the lines beside the picture: first line 51, last line 250.
-constexpr int first_bar_line = 51;
-constexpr int last_bar_line = 250;
-constexpr int max_bar_height = 200;
-constexpr int bar_table_size = 200;
-constexpr int outer_strip_width = 4;
+// Helpers of this module, in the order they are defined below; the toolkit calls some of
+// them back (sort, cell edit, tree walks).
+void rastermodel_insert_bar_treeview_columns(GtkTreeView *view);
+gint rastermodel_sort_iter_compare_func(GtkTreeModel *model, GtkTreeIter *a, GtkTreeIter *b, gpointer user_data);
+void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_string, const gchar *new_text,
+                                gpointer view);
+// Queues a redraw of both side borders after a cell edit.
+void rastermodel_update_post_editing(void);
+gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter,
+                                                 gpointer line);
+gboolean rastermodel_foreach_find_first_unused_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter,
+                                                    gpointer line);
+gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer cr);
+void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr);
+// Makes `row` the view's cursor row, which also selects it.
+void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row);
+// Steps `row` back to the previous row (GTK 2's tree model only steps forward); on failure
+// the row is marked invalid.
+int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row);
+// One list's part of the conversions, the auto-extension and the project reading.
+void rastermodel_fill_models_from_arrays_inner(GtkListStore *list);
+void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_colour);
+void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour);
+void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group);
 
 struct RasterBar {
   int start;
@@ -54,22 +72,7 @@ RasterBar read_bar(GtkTreeModel *model, GtkTreeIter *row) {
   return bar;
 }
 
-int zoom() { return options_expansion; }
-
 bool is_left(GtkTreeModel *model) { return model == GTK_TREE_MODEL(model_rasters_left); }
-
-// Fills a rectangle of the border area in one C64 colour, with hard pixel edges.
-// A bar of no lines (height 0 or less, as a project file may hold) covers nothing.
-void fill_rect(cairo_t *cr, int color, int x, int y, int width, int height) {
-  if (height <= 0) return;
-  double rgb[3];
-  palette_get_rgb_double_at_index(color, rgb);
-  cairo_set_antialias(cr, CAIRO_ANTIALIAS_NONE);
-  cairo_set_line_width(cr, 1.0);
-  cairo_set_source_rgb(cr, rgb[0], rgb[1], rgb[2]);
-  cairo_rectangle(cr, x, y, width, height);
-  cairo_fill(cr);
-}
 
 // The row selected in `view`, when exactly one is.
 bool get_single_selected(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
@@ -130,65 +133,30 @@ gboolean foreach_pick_bar(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, 
 gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, gpointer data) {
   auto *out = static_cast<unsigned char *>(data);
   RasterBar bar = read_bar(model, row);
-  for (int line = first_bar_line; line <= last_bar_line; ++line)
-    if (bar.covers(line)) out[line - first_bar_line] = static_cast<unsigned char>(bar.color);
+  for (int line = first_picture_line; line <= last_picture_line; ++line)
+    if (bar.covers(line)) out[line - first_picture_line] = static_cast<unsigned char>(bar.color);
   return FALSE;
 }
 
 // --- Keys -------------------------------------------------------------------------
 
-enum class KeyAction { Color, Previous, Next, Remove, Nothing };
+// The keys other than the colour keys (rasterarray_key_color). A Shift-only row matches
+// only when the state is exactly Shift; a key no row matches is tried as a colour key.
+enum class KeyAction { Previous, Next, Remove };
 
 struct KeyBinding {
   unsigned int keyval;
-  KeyModifiers modifiers;
+  bool shift_only;
   KeyAction action;
-  int color;
 };
 
-// Looked up top to bottom; the first entry whose key and modifier rule match wins, so a
-// key's Shift-only or Control-only entry comes before its catch-all entry.
-constexpr std::array<KeyBinding, 38> key_table{{
-    {GDK_1, KeyModifiers::Any, KeyAction::Color, 0},
-    {GDK_2, KeyModifiers::Any, KeyAction::Color, 1},
-    {GDK_3, KeyModifiers::Any, KeyAction::Color, 2},
-    {GDK_4, KeyModifiers::Any, KeyAction::Color, 3},
-    {GDK_5, KeyModifiers::Any, KeyAction::Color, 4},
-    {GDK_6, KeyModifiers::Any, KeyAction::Color, 5},
-    {GDK_7, KeyModifiers::Any, KeyAction::Color, 6},
-    {GDK_8, KeyModifiers::Any, KeyAction::Color, 7},
-    {GDK_q, KeyModifiers::Any, KeyAction::Color, 8},
-    {GDK_w, KeyModifiers::Any, KeyAction::Color, 9},
-    {GDK_e, KeyModifiers::Any, KeyAction::Color, 10},
-    {GDK_r, KeyModifiers::Any, KeyAction::Color, 11},
-    {GDK_t, KeyModifiers::Any, KeyAction::Color, 12},
-    {GDK_y, KeyModifiers::Any, KeyAction::Color, 13},
-    {GDK_u, KeyModifiers::Any, KeyAction::Color, 14},
-    {GDK_i, KeyModifiers::Any, KeyAction::Color, 15},
-    {GDK_KP_0, KeyModifiers::ControlOnly, KeyAction::Color, 8},
-    {GDK_KP_0, KeyModifiers::Any, KeyAction::Color, 0},
-    {GDK_KP_1, KeyModifiers::ControlOnly, KeyAction::Color, 9},
-    {GDK_KP_1, KeyModifiers::Any, KeyAction::Color, 1},
-    {GDK_KP_2, KeyModifiers::ShiftOnly, KeyAction::Next, 0},
-    {GDK_KP_2, KeyModifiers::ControlOnly, KeyAction::Color, 10},
-    {GDK_KP_2, KeyModifiers::Any, KeyAction::Color, 2},
-    {GDK_KP_3, KeyModifiers::ControlOnly, KeyAction::Color, 11},
-    {GDK_KP_3, KeyModifiers::Any, KeyAction::Color, 3},
-    {GDK_KP_4, KeyModifiers::ControlOnly, KeyAction::Color, 12},
-    {GDK_KP_4, KeyModifiers::Any, KeyAction::Color, 4},
-    {GDK_KP_5, KeyModifiers::ControlOnly, KeyAction::Color, 13},
-    {GDK_KP_5, KeyModifiers::Any, KeyAction::Color, 5},
-    {GDK_KP_6, KeyModifiers::ControlOnly, KeyAction::Color, 14},
-    {GDK_KP_6, KeyModifiers::Any, KeyAction::Color, 6},
-    {GDK_KP_7, KeyModifiers::ControlOnly, KeyAction::Color, 15},
-    {GDK_KP_7, KeyModifiers::Any, KeyAction::Color, 7},
-    {GDK_KP_8, KeyModifiers::ShiftOnly, KeyAction::Previous, 0},
-    {GDK_KP_8, KeyModifiers::Any, KeyAction::Nothing, 0},
-    {GDK_Up, KeyModifiers::Any, KeyAction::Previous, 0},
-    {GDK_Down, KeyModifiers::Any, KeyAction::Next, 0},
-    {GDK_Delete, KeyModifiers::Any, KeyAction::Remove, 0},
+constexpr std::array<KeyBinding, 5> key_table{{
+    {GDK_KP_2, true, KeyAction::Next},
+    {GDK_KP_8, true, KeyAction::Previous},
+    {GDK_Up, false, KeyAction::Previous},
+    {GDK_Down, false, KeyAction::Next},
+    {GDK_Delete, false, KeyAction::Remove},
 }};
-
 
 }  // namespace
 
@@ -207,6 +175,8 @@ void rastermodel_module_init(void) {
     g_object_unref(store);  // from here on the view holds the only reference
   }
 }
+
+namespace {
 
 void rastermodel_insert_bar_treeview_columns(GtkTreeView *view) {
   constexpr std::array<const char *, RASTER_N_COLUMNS> titles{"Line", "Height", "Color"};
@@ -237,12 +207,12 @@ void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_str
   int column = GPOINTER_TO_INT(g_object_get_data(G_OBJECT(cell), "column"));
   switch (column) {
     case RASTER_COLUMN_LINE:
-      if (value < first_bar_line || value > last_bar_line) return;
+      if (value < first_picture_line || value > last_picture_line) return;
       break;
     case RASTER_COLUMN_HEIGHT: {
-      if (value < 0 || value > max_bar_height) return;
+      if (value < 0 || value > picture_lines) return;
       int start = read_bar(model, &row).start;
-      if (start + value > last_bar_line + 1) value = last_bar_line + 1 - start;  // end the bar on line 250
+      if (start + value > last_picture_line + 1) value = last_picture_line + 1 - start;  // end the bar on line 250
       break;
     }
     case RASTER_COLUMN_COLOR:
@@ -260,26 +230,34 @@ void rastermodel_update_post_editing(void) {
   if (drawingarea_right_border) gtk_widget_queue_draw(drawingarea_right_border);
 }
 
+}  // namespace
+
 // --- Adding and removing bars -----------------------------------------------------
+
+namespace {
 
 void rastermodel_add_bar(GtkListStore *list) {
   GtkTreeModel *model = GTK_TREE_MODEL(list);
-  int line = first_bar_line - 1;
+  int line = first_picture_line - 1;
   gtk_tree_model_foreach(model, rastermodel_foreach_find_last_used_line, &line);
   line += 1;
-  if (line > last_bar_line) {
+  if (line > last_picture_line) {
     // The end of the list is taken: look for a gap between neighbouring bars instead.
-    line = first_bar_line;
+    line = first_picture_line;
     gtk_tree_model_foreach(model, rastermodel_foreach_find_first_unused_line, &line);
-    if (line > last_bar_line - 1) return;
+    if (line > last_picture_line - 1) return;
   }
   GtkTreeIter row;
   gtk_list_store_append(list, &row);
   gtk_list_store_set(list, &row, RASTER_COLUMN_LINE, line, RASTER_COLUMN_HEIGHT, 1, RASTER_COLUMN_COLOR, 1, -1);
 }
 
+}  // namespace
+
 void rastermodel_add_bar_left(void) { rastermodel_add_bar(model_rasters_left); }
 void rastermodel_add_bar_right(void) { rastermodel_add_bar(model_rasters_right); }
+
+namespace {
 
 gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter,
                                                  gpointer line) {
@@ -289,12 +267,16 @@ gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePat
   return FALSE;
 }
 
+}  // namespace
+
+namespace {
+
 // Stops at the first row that starts after the end of the row before it (line 51 for
 // the first row) and leaves that free line in `line`. Only neighbouring rows are
 // compared, so a gap under an earlier, longer bar also counts as free.
 gboolean rastermodel_foreach_find_first_unused_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter,
                                                     gpointer line) {
-  int free_line = first_bar_line;
+  int free_line = first_picture_line;
   GtkTreePath *before = gtk_tree_path_copy(path);
   GtkTreeIter previous;
   if (gtk_tree_path_prev(before) && gtk_tree_model_get_iter(model, &previous, before)) {
@@ -312,6 +294,8 @@ void rastermodel_remove_bar(GtkTreeView *view, GtkListStore *list) {
   if (get_single_selected(view, GTK_TREE_MODEL(list), &row)) remove_row(view, list, &row);
 }
 
+}  // namespace
+
 void rastermodel_remove_bar_left(void) {
   rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
 }
@@ -326,62 +310,80 @@ void rastermodel_delete_all_bars(void) {
 
 // --- Drawing ----------------------------------------------------------------------
 
+namespace {
+
 void rastermodel_render_lines(int side, cairo_t *cr, int with_selection) {
   GtkListStore *list = side ? model_rasters_left : model_rasters_right;
   GtkWidget *view = side ? treeview_rasters_left : treeview_rasters_right;
   if (list) gtk_tree_model_foreach(GTK_TREE_MODEL(list), rastermodel_foreach_render_lines, cr);
 
   // The outer edge of each border area is always black.
-  int z = zoom();
-  fill_rect(cr, 0, side ? 0 : (vert_border_width - outer_strip_width) * z, 0, outer_strip_width * z,
-            vert_border_height * z);
+  int z = options_expansion;
+  palette_fill_rect(cr, 0, side ? 0 : bar_width * z, 0, outer_strip_width * z, vert_border_height * z);
 
   if (with_selection == 1 && list && view) rastermodel_mark_selection(GTK_TREE_VIEW(view), GTK_TREE_MODEL(list), cr);
 }
 
+}  // namespace
+
 void rastermodel_render_lines_left(cairo_t *cr, int with_selection) { rastermodel_render_lines(1, cr, with_selection); }
 void rastermodel_render_lines_right(cairo_t *cr, int with_selection) { rastermodel_render_lines(0, cr, with_selection); }
+
+namespace {
 
 // Later rows paint over earlier ones, so where bars overlap the later one shows.
 gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer cr) {
   RasterBar bar = read_bar(model, iter);
-  int z = zoom();
-  fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0,
-            (bar.start - first_bar_line + horiz_border_height) * z, (vert_border_width - outer_strip_width) * z,
-            bar.height * z);
+  int z = options_expansion;
+  palette_fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0,
+                    line_y(bar.start, z), bar_width * z, bar.height * z);
   return FALSE;
 }
+
+}  // namespace
+
+namespace {
 
 // A white segment of the outer strip beside the selected bar.
 void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr) {
   GtkTreeIter row;
   if (!get_single_selected(view, model, &row)) return;
   RasterBar bar = read_bar(model, &row);
-  int z = zoom();
-  fill_rect(cr, 1, is_left(model) ? 0 : (vert_border_width - outer_strip_width) * z,
-            (bar.start - first_bar_line + horiz_border_height) * z, outer_strip_width * z, bar.height * z);
+  int z = options_expansion;
+  palette_fill_rect(cr, 1, is_left(model) ? 0 : bar_width * z, line_y(bar.start, z), outer_strip_width * z,
+                    bar.height * z);
 }
+
+}  // namespace
 
 // --- Per-line table, mouse pick, cursor -------------------------------------------
 
-void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[200], int fallback) {
-  for (int i = 0; i < bar_table_size; ++i) out[i] = static_cast<unsigned char>(fallback);
+namespace {
+
+void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[picture_lines], int fallback) {
+  for (int i = 0; i < picture_lines; ++i) out[i] = static_cast<unsigned char>(fallback);
   // Rows are visited in list order, so the last row covering a line gives its colour.
   if (model) gtk_tree_model_foreach(model, foreach_fill_table, out);
 }
 
-void rastermodel_get_bars_left(unsigned char out[200], int fallback) {
+}  // namespace
+
+void rastermodel_get_bars_left(unsigned char out[picture_lines], int fallback) {
   rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_left), out, fallback);
 }
-void rastermodel_get_bars_right(unsigned char out[200], int fallback) {
+void rastermodel_get_bars_right(unsigned char out[picture_lines], int fallback) {
   rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_right), out, fallback);
 }
 
+namespace {
+
 // Where bars overlap the first covering row is picked, although the last one is drawn on top.
 void rastermodel_button_press(GtkTreeView *view, GtkTreeModel *model, int row) {
-  PickData pick{view, row + first_bar_line};
+  PickData pick{view, row + first_picture_line};
   gtk_tree_model_foreach(model, foreach_pick_bar, &pick);
 }
+
+}  // namespace
 
 void rastermodel_button_press_left(int row) {
   rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), row);
@@ -390,31 +392,37 @@ void rastermodel_button_press_right(int row) {
   rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), row);
 }
 
+namespace {
+
 void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
   GtkTreePath *path = gtk_tree_model_get_path(model, row);
   gtk_tree_view_set_cursor(view, path, nullptr, FALSE);
   gtk_tree_path_free(path);
 }
 
+}  // namespace
+
 // --- Keys -------------------------------------------------------------------------
+
+namespace {
 
 int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int keyval, unsigned int state) {
   GtkTreeIter row;
   if (!get_single_selected(view, model, &row)) return 0;
 
   const KeyBinding *binding = nullptr;
-  for (const KeyBinding &entry : key_table) {
-    if (entry.keyval == keyval && key_modifiers_match(entry.modifiers, state)) {
+  for (const KeyBinding &entry : key_table)
+    if (entry.keyval == keyval && (!entry.shift_only || state == GDK_SHIFT_MASK)) {
       binding = &entry;
       break;
     }
+  if (!binding) {
+    const int colour = rasterarray_key_color(keyval, state);
+    if (colour < 0) return 0;  // any other key
+    gtk_list_store_set(GTK_LIST_STORE(model), &row, RASTER_COLUMN_COLOR, colour, -1);
+    return 1;
   }
-  if (!binding) return 0;  // any other key
-
   switch (binding->action) {
-    case KeyAction::Color:
-      gtk_list_store_set(GTK_LIST_STORE(model), &row, RASTER_COLUMN_COLOR, binding->color, -1);
-      return 1;
     case KeyAction::Previous:
       if (!gtk_tree_model_iter_previous(model, &row)) return 0;
       rastermodel_move_cursor(view, model, &row);
@@ -426,11 +434,11 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
     case KeyAction::Remove:
       remove_row(view, GTK_LIST_STORE(model), &row);
       return 1;
-    case KeyAction::Nothing:
-      return 0;
   }
   return 0;
 }
+
+}  // namespace
 
 int rastermodel_key_press_left(unsigned int keyval, unsigned int state) {
   return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval,
@@ -441,6 +449,8 @@ int rastermodel_key_press_right(unsigned int keyval, unsigned int state) {
                                state);
 }
 
+namespace {
+
 // GTK 2's tree model can only step forward; this steps back through the row's path.
 int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
   GtkTreePath *path = gtk_tree_model_get_path(model, row);
@@ -450,15 +460,16 @@ int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
   return found;
 }
 
+}  // namespace
+
 // --- Mode conversion, auto-extension and project files ---------------------------
 
 namespace {
 
 int side_of_list(GtkTreeModel *list) { return is_left(list) ? 1 : 0; }
 
-// Adds the bars as rows; the store sorts them into place by start line.
-// Appends bars to a list, detached from its view as when clearing, so that the view
-// takes in the whole refill at once.
+// Adds the bars as rows (the store sorts them into place by start line), detached from
+// the view as when clearing, so that the view takes in the whole refill at once.
 void append_bars(GtkListStore *list, const std::vector<LineRun> &bars) {
   GtkTreeView *view = GTK_TREE_VIEW(is_left(GTK_TREE_MODEL(list)) ? treeview_rasters_left : treeview_rasters_right);
   g_object_ref(list);
@@ -488,11 +499,15 @@ void rastermodel_fill_models_from_arrays(void) {
   rastermodel_fill_models_from_arrays_inner(model_rasters_right);
 }
 
+namespace {
+
 // Every run of equal colour beside the picture becomes one bar.
 void rastermodel_fill_models_from_arrays_inner(GtkListStore *list) {
   const int *colors = side_of_list(GTK_TREE_MODEL(list)) == 1 ? colors_left : colors_right;
-  append_bars(list, rasterarray_find_runs(colors + first_bar_line, bar_table_size, first_bar_line));
+  append_bars(list, rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line));
 }
+
+}  // namespace
 
 void rastermodel_fill_arrays_from_models(int border_colour) {
   rasterarray_delete_all_bars();
@@ -500,15 +515,19 @@ void rastermodel_fill_arrays_from_models(int border_colour) {
   rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_right), border_colour);
 }
 
+namespace {
+
 // Each line takes what is shown on it: the colour of the last row covering it, and no
 // colour where no row covers it or the row is in the border colour.
 void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_colour) {
-  unsigned char shown[bar_table_size];
+  unsigned char shown[picture_lines];
   rastermodel_get_bars(list, shown, border_colour);
   const int side = side_of_list(list);
-  for (int i = 0; i < bar_table_size; ++i)
-    rasterarray_set_color_at_index(side, first_bar_line + i, shown[i] == border_colour ? -1 : shown[i]);
+  for (int i = 0; i < picture_lines; ++i)
+    rasterarray_set_color_at_index(side, first_picture_line + i, shown[i] == border_colour ? -1 : shown[i]);
 }
+
+}  // namespace
 
 void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) {
   if (!picture) return;
@@ -516,16 +535,20 @@ void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) {
   rastermodel_expand_picture_inner(model_rasters_right, picture, border_colour);
 }
 
+namespace {
+
 // Runs of equal pixels down the picture's outer column become bars, except those in the
 // border colour.
 void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour) {
   if (!picture) return;
   const int x = side_of_list(GTK_TREE_MODEL(list)) == 1 ? 0 : gdk_pixbuf_get_width(picture) - 1;
   const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
-  std::vector<LineRun> bars = rasterarray_find_runs(column.data(), static_cast<int>(column.size()), first_bar_line);
+  std::vector<LineRun> bars = rasterarray_find_runs(column.data(), static_cast<int>(column.size()), first_picture_line);
   for (LineRun &bar : bars) bar.color = rasterarray_index_for_packed_rgb(bar.color);
   append_bars(list, bars);
 }
+
+}  // namespace
 
 // The rows are written as they are, in list order, overlaps included.
 void rastermodel_dump_models_to_key_file(GKeyFile *key_file) {
@@ -539,6 +562,8 @@ void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
   rastermodel_fill_models_from_key_file_internal(model_rasters_right, key_file, "right");
 }
 
+namespace {
+
 // Takes every entry that starts beside the picture and ends by its last line; overlaps
 // and empty bars are kept. A colour is taken modulo 16 with the sign of the stored value;
 // an entry whose colour comes out negative is dropped, since a row always holds a colour 0..15.
@@ -546,9 +571,11 @@ void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile
   std::vector<LineRun> taken;
   for (LineRun bar : rasterarray_read_bar_group(key_file, group)) {
     bar.color %= 16;
-    if (bar.start >= first_bar_line && static_cast<long long>(bar.start) + bar.height <= last_bar_line + 1 &&
+    if (bar.start >= first_picture_line && static_cast<long long>(bar.start) + bar.height <= last_picture_line + 1 &&
         bar.color >= 0)
       taken.push_back(bar);
   }
   append_bars(list, taken);
 }
+
+}  // namespace

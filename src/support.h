@@ -25,6 +25,8 @@ struct Releaser {
   void operator()(T *object) const { release(object); }
 };
 using OwnedString = std::unique_ptr<gchar, Releaser<void, g_free>>;
+using OwnedError = std::unique_ptr<GError, Releaser<GError, g_error_free>>;
+using OwnedPixbuf = std::unique_ptr<GdkPixbuf, Releaser<void, g_object_unref>>;
 using OwnedKeyFile = std::unique_ptr<GKeyFile, Releaser<GKeyFile, g_key_file_free>>;
 using OwnedDialog = std::unique_ptr<GtkWidget, Releaser<GtkWidget, gtk_widget_destroy>>;
 using CairoContext = std::unique_ptr<cairo_t, Releaser<cairo_t, cairo_destroy>>;

@@ -1,18 +1,48 @@
-// Shared by the bar test programs: the started program with no bars, a side's bars as
-// values in both forms (list rows and line arrays), the list views' selection, the border
+// Shared by the bar test programs: the started program with no bars, a side's bars and
+// selection as values in both forms (list rows and line arrays), the list views' selection, the border
 // areas, menu items and drawing.
 #pragma once
+
+#include <gdk/gdkkeysyms.h>
 
 #include <algorithm>
 
 #include "callbacks.h"
-#include "line_selection.h"
 #include "main.h"
 #include "options.h"
 #include "palette.h"
+#include "rasterarray.h"
 #include "rastermodel.h"
 #include "support.h"
 #include "testutil.h"
+
+// One side's Compact selection as a value.
+struct Selection {
+  int start, end, active;
+  bool operator==(const Selection &) const = default;
+};
+
+inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
+  return os << "{" << s.start << "," << s.end << "," << s.active << "}";
+}
+
+inline Selection selection(int side) {
+  return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}
+                   : Selection{selection_start_right, selection_end_right, selection_active_right};
+}
+
+inline void set_selection(int side, Selection s) {
+  (side == 1 ? selection_start_left : selection_start_right) = s.start;
+  (side == 1 ? selection_end_left : selection_end_right) = s.end;
+  (side == 1 ? selection_active_left : selection_active_right) = s.active;
+}
+
+// All entries -1, both cursors on line 51.
+inline void reset_arrays() {
+  rasterarray_delete_all_bars();
+  set_selection(0, {51, 51, 0});
+  set_selection(1, {51, 51, 0});
+}
 
 struct Bar {
   int start, height, color;
@@ -79,28 +109,27 @@ inline void set_lines(int side, const std::vector<int> &content) {
   std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
 }
 
-inline void activate(const char *item) { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item))); }
-
-inline std::string status_text() {
-  GtkWidget *area = gtk_statusbar_get_message_area(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main")));
-  GList *children = gtk_container_get_children(GTK_CONTAINER(area));
-  std::string text = children ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
-  g_list_free(children);
-  return text;
+// The colour keys of both key maps, from their tables: the digit row 1..8 gives 0..7 and the
+// row q..i 8..15 in every state; keypad 0..7 gives 0..7, and 8..15 with Control only.
+// Each row: key value, colour with Shift only, with Control only, in every other state.
+template <typename Row>
+std::vector<Row> colour_key_rows() {
+  std::vector<Row> rows;
+  const std::string main_keys = "12345678qwertyui";
+  for (int k = 0; k < 16; ++k) rows.push_back({unsigned(main_keys[k]), k, k, k});
+  for (int k = 0; k < 8; ++k) rows.push_back({GDK_KP_0 + unsigned(k), k, k + 8, k});
+  return rows;
 }
+
+// The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
+constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
+                                GDK_SHIFT_MASK | GDK_MOD1_MASK};
 
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
   GdkEventButton ev{};
   ev.type = type, ev.window = area_of(side)->window, ev.x = 10, ev.y = y, ev.state = state, ev.button = button;
   return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
-}
-
-// A palette colour as 0xRRGGBB.
-inline unsigned rgb_of(int color) {
-  unsigned char rgb[3];
-  palette_get_rgb_at_index(color, rgb);
-  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
 }
 
 // A pixel of a side drawn with or without the selection mark, at (x, y) in zoom-1 pixels;

@@ -21,13 +21,6 @@ inline std::vector<unsigned char> art_studio_picture(int paper, int border) {
   return bytes;
 }
 
-// A colour of the palette in force as 0xRRGGBB.
-inline unsigned int rgb_of(int index) {
-  unsigned char rgb[3];
-  palette_get_rgb_at_index(index, rgb);
-  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
-}
-
 // Lets the chooser catch up with what was typed into it (it sets its folder asynchronously).
 inline bool settle(const std::function<bool()> &done) {
   for (int i = 0; i < 200 && !done(); i++) pump_events(5);
@@ -74,14 +67,6 @@ inline void set_file_names(const char *project, const char *picture) {
   utf8_path_and_filename_project = g_strdup(project);
   g_free(utf8_path_and_filename_picture);
   utf8_path_and_filename_picture = g_strdup(picture);
-}
-
-inline std::string status_text() {
-  GtkWidget *bar = lookup_widget(window_main, "statusbar_main");
-  GList *children = gtk_container_get_children(GTK_CONTAINER(gtk_statusbar_get_message_area(GTK_STATUSBAR(bar))));
-  std::string text = children && GTK_IS_LABEL(children->data) ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
-  g_list_free(children);
-  return text;
 }
 
 // Whether an error message names the file `path` itself, not a temporary file beside it.

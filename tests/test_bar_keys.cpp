@@ -5,37 +5,63 @@
 
 namespace {
 
-constexpr unsigned SHIFT = 1, CONTROL = 4, ALT = 8;
+constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 const Bars three{{60, 2, 9}, {70, 2, 9}, {80, 2, 9}};
 
 class BarKeys : public BarsTest {
   void SetUp() override { BarsTest::SetUp(); set_bars(1, three); }
 };
 
-// Colour keys recolour the selected bar; Shift with keypad 2/8 (and Up/Down) move the
-// selection, answering 0 at either end.
-TEST_F(BarKeys, ColourAndMoveKeys) {
-  const struct {
-    int from;
-    unsigned keyval, state;
-    int result, to, color;  // the selection afterwards, the colour of row `from`
-  } cases[] = {
-      {1, GDK_KP_3, CONTROL, 1, 1, 11}, {1, GDK_KP_3, CONTROL | SHIFT, 1, 1, 3}, {1, GDK_KP_3, ALT, 1, 1, 3},
-      {1, GDK_KP_8, 0, 0, 1, 9},        {1, GDK_U, SHIFT, 0, 1, 9},              {0, GDK_Up, 0, 0, 0, 9},
-      {2, GDK_Down, 0, 0, 2, 9},        {0, GDK_KP_2, SHIFT, 1, 1, 9},          {2, GDK_KP_8, SHIFT, 1, 1, 9},
-  };
-  for (const auto &c : cases) {
-    set_bars(1, three);
-    select_row(1, c.from);
-    EXPECT_EQ(rastermodel_key_press_left(c.keyval, c.state), c.result) << c.keyval << " state " << c.state;
-    EXPECT_EQ(selected_row(1), c.to) << c.keyval << " state " << c.state;
-    Bars want = three;
-    want[c.from].color = c.color;
-    EXPECT_EQ(bars(1), want) << c.keyval << " state " << c.state;
+// What a key does to the middle one of three selected bars: a colour (0..15), or one of these.
+enum { previous = -1, next = -2, remove_bar = -3, nothing = -4 };
+
+// The key table: what each key does with Shift only, with Control only, and in every other
+// state (none, Alt, Control with Shift, Shift with Alt).
+struct KeyRow {
+  unsigned keyval;
+  int shift, control, other;
+};
+
+std::vector<KeyRow> key_table() {
+  std::vector<KeyRow> rows = colour_key_rows<KeyRow>();
+  rows[16 + 2].shift = next;  // KP_2
+  rows.push_back({GDK_KP_8, previous, nothing, nothing});
+  rows.push_back({GDK_Up, previous, previous, previous});
+  rows.push_back({GDK_Down, next, next, next});
+  rows.push_back({GDK_Delete, remove_bar, remove_bar, remove_bar});
+  for (unsigned keyval : {GDK_KP_9, GDK_KP_Up, GDK_KP_Down, GDK_Home, GDK_U, GDK_Q, GDK_exclam, GDK_9, GDK_o, GDK_F1})
+    rows.push_back({keyval, nothing, nothing, nothing});
+  return rows;
+}
+
+// Every key of the table in every modifier state, on the middle bar.
+TEST_F(BarKeys, EveryKeyInEveryState) {
+  for (const KeyRow &row : key_table()) {
+    for (unsigned state : kStates) {
+      SCOPED_TRACE(testing::Message() << "key " << std::hex << row.keyval << " state " << state);
+      const int does = state == SHIFT ? row.shift : state == CONTROL ? row.control : row.other;
+      set_bars(1, three);
+      select_row(1, 1);
+      EXPECT_EQ(rastermodel_key_press_left(row.keyval, state), does == nothing ? 0 : 1);
+      EXPECT_EQ(selected_row(1), does == previous ? 0 : does == next ? 2 : 1);
+      Bars want = three;
+      if (does >= 0) want[1].color = does;
+      if (does == remove_bar) want.erase(want.begin() + 1);
+      EXPECT_EQ(bars(1), want);
+    }
   }
 }
 
-TEST_F(BarKeys, NothingWithoutASelectionDeleteEmptiesTheList) {
+// At either end of the list there is no neighbour to step to.
+// At either end of the list there is no neighbour to step to; without a selected bar no key
+// acts; Delete on the only bar empties the list.
+TEST_F(BarKeys, EndsOfTheListAndNoSelection) {
+  for (auto [from, keyval, state] : {std::tuple{0, GDK_Up, 0u}, {0, GDK_KP_8, SHIFT}, {2, GDK_Down, 0u}, {2, GDK_KP_2, SHIFT}}) {
+    select_row(1, from);
+    EXPECT_EQ(rastermodel_key_press_left(keyval, state), 0) << keyval;
+    EXPECT_EQ(selected_row(1), from) << keyval;
+  }
+  set_bars(1, three);
   for (unsigned key : {GDK_Up, GDK_Down, GDK_Delete, GDK_1, GDK_KP_3}) EXPECT_EQ(rastermodel_key_press_left(key, 0), 0);
   EXPECT_EQ(bars(1), three);
   set_bars(1, {{60, 2, 9}});

@@ -87,7 +87,7 @@ TEST_F(BarList, ToolButtonsAddRemoveAndDeleteAll) {
 // picks the first row that covers the line.
 TEST_F(BarList, OverlapLaterRowShowsFirstRowIsPicked) {
   set_bars(1, {{60, 20, 2}, {70, 5, 5}});
-  unsigned char table[200];
+  unsigned char table[picture_lines];
   rastermodel_get_bars_left(table, 6);
   const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}});
   EXPECT_EQ(std::vector<int>(table, table + 200), std::vector<int>(want.begin() + 51, want.begin() + 251));
@@ -114,20 +114,6 @@ TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
       {0, 1, 0, 97, 5}, {0, 1, 43, 99, 5}, {0, 1, 0, 117, -1}, {0, 1, 44, 97, 1}, {0, 1, 47, 99, 1},
       {0, 1, 47, 100, 0}, {0, 1, 44, 0, 0}, {0, 0, 47, 97, 0},
   });
-
-  // On the real border area, at zoom 1 and 2: the bar beside the picture, the border colour
-  // below it, and the mark beside it only while a picture is loaded.
-  for (int z : {1, 2})
-    for (int loaded : {1, 0}) {
-      picture_loaded = loaded;
-      Shown left(1, z);
-      SCOPED_TRACE(testing::Message() << "zoom " << z << " loaded " << loaded);
-      EXPECT_EQ(left.at(4, 100), rgb_of(5));
-      EXPECT_EQ(left.at(47, 102), rgb_of(5));
-      EXPECT_EQ(left.at(20, 103), rgb_of(6));
-      EXPECT_EQ(left.at(3, 101), rgb_of(loaded ? 1 : 0));
-      EXPECT_EQ(left.at(0, 110), rgb_of(0));
-    }
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ TEST_F(Commands, BorderColourOnOpenReloadAndPaletteChange) {
   // A palette change keeps the hand-chosen colour and draws the picture in the new colours.
   border_color_index = 9;
   for (const char *item : {"menuitem_palette_high_contrast", "menuitem_palette_peptos"}) {
-    gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item)));
+    activate(item);
     EXPECT_EQ(border_color_index, 9);
     ASSERT_NE(pixbuf_picture, nullptr);
     EXPECT_EQ(pixel_at(pixbuf_picture, 100, 100), rgb_of(14)) << item;
@@ -51,17 +51,26 @@ TEST_F(Commands, BorderColourOnOpenReloadAndPaletteChange) {
 
 TEST_F(Commands, OpeningProjects) {
   // The picture moved with the project: found beside it, and the title names the picture.
-  write_text(dir.file("moved.ini"), "[image]\nfile=file:///nowhere/gone/pic.art\n");
+  // Its base colour is taken modulo 16 after the picture's own border colour.
+  write_text(dir.file("moved.ini"), "[image]\nfile=file:///nowhere/gone/pic.art\n[colors]\nbase=21\n");
   run_choosing(on_menuitem_open_project_activate, "moved.ini");
   EXPECT_EQ(picture_loaded, 1);
+  EXPECT_EQ(border_color_index, 5);
   EXPECT_STREQ(utf8_path_and_filename_picture, dir.file("pic.art").c_str());
   EXPECT_EQ(title(), "Quillbar - pic.art");
 
-  // The picture is lost: the title names the project.
-  write_text(dir.file("lost.ini"), "[image]\nfile=file:///nowhere/lost.art\n");
+  // The picture is lost: the title names the project, the base colour (-1 wraps to 15) and
+  // the bars are still read.
+  write_text(dir.file("lost.ini"),
+             "[image]\nfile=file:///nowhere/lost.art\n[colors]\nbase=-1\n[left]\nstart=60;\nheight=2;\ncolor=5;\n");
   run_choosing(on_menuitem_open_project_activate, "lost.ini");
   EXPECT_EQ(title(), "Quillbar - lost.ini");
-  close_error_boxes();
+  EXPECT_EQ(picture_loaded, 0);
+  EXPECT_EQ(border_color_index, 15);
+  unsigned char left[picture_lines];
+  rastermodel_get_bars_left(left, 0);
+  EXPECT_EQ((std::vector<int>{left[8], left[9], left[10], left[11]}), (std::vector<int>{0, 5, 5, 0}));
+  EXPECT_EQ(close_error_boxes(), 1);
 
   // Not a key file: an error, but the project takes the path.
   write_text(dir.file("broken.ini"), "this is not a key file\n");

@@ -10,16 +10,16 @@ TEST_F(PngExport, ScreenshotThroughTheMenu) {
   pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
   gdk_pixbuf_fill(pixbuf_picture, rgb_of(2) << 8 | 0xFF);
   interface_extended = 0;
-  for (int line = 51; line <= 60; ++line) colors_left[line] = 5;
+  for (int line = 51; line <= 60; ++line) colors_left[line] = 5, colors_right[line] = 7;
   options_expansion = 3;
   struct Row { const char *project, *typed, *suggested, *written; };
   const Row rows[] = {{nullptr, "shot", "logo.png", "shot.png"},
                       {"/pics/demo.ini", "shot.PNG", "demo.png", "shot.PNG"},
                       {nullptr, "shot.Png", "logo.png", "shot.Png.png"}};
-  // The bar in the left border beside the picture's top lines, then the picture itself.
+  // The bars in both side borders beside the picture's top lines, then the picture itself.
   struct Point { int x, y, colour; };
-  const Point points[] = {{0, 35, 5},    {31, 44, 5}, {0, 34, 6},    {0, 45, 6},   {32, 44, 2},
-                          {351, 234, 2}, {32, 34, 6}, {352, 234, 6}, {351, 235, 6}};
+  const Point points[] = {{0, 35, 5},    {31, 44, 5}, {0, 34, 6},    {0, 45, 6},    {32, 44, 2},   {351, 234, 2},
+                          {32, 34, 6},   {352, 234, 6}, {351, 235, 6}, {352, 35, 7}, {383, 44, 7}, {352, 45, 6}};
   for (const Row &row : rows) {
     SCOPED_TRACE(row.typed);
     set_file_names(row.project, "/pics/logo.kla");

@@ -11,9 +11,11 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
+// The file offset of a C64 address: the program loads at $0801, after its 2-byte load address.
+constexpr int at(unsigned address) { return static_cast<int>(address) - 0x07FF; }
 struct Kind { int (*write)(const char *); unsigned format; size_t length; };
-const Kind hires{export_hires_to_executable, 2, 15145}, mc{export_mc_to_executable, 6, 16146},
-    petscii{export_petscii_to_executable, 1, 4050};
+const Kind hires{export_hires_to_executable, 2, at(0x4328)}, mc{export_mc_to_executable, 6, at(0x4711)},
+    petscii{export_petscii_to_executable, 1, at(0x17D1)};
 
 // A picture of random bytes with background 0x1B, and a stand-in cruncher in the
 // application's folder that records its arguments and ends with the status it is told.
@@ -42,9 +44,9 @@ class PrgExport : public ExportTest {
 
 }  // namespace
 
-// Each kind's size, load address and template start, the bytes patched for its mode (at $0822,
-// $0983, $0988, $098D, $0944, file offset = address - $07FF), the border colour at $0D00 and the
-// background with its upper bits cleared. $0988 is also the PETSCII character set's byte.
+// Each kind's size, load address and template start, the bytes patched for its mode, the
+// border colour at $0D00 and the background with its upper bits cleared. $0988 is also the
+// PETSCII character set's byte.
 TEST_F(PrgExport, LayoutOfEachKind) {
   const std::vector<std::pair<Kind, Bytes>> kinds = {
       {hires, {0x5E, 0, 0, 0, 0x3F}}, {mc, {0x7F, 0x3B, 0x18, 0xD8, 0x3F}}, {petscii, {0x7F, 0x1B, 0x15, 0xC8, 0x10}}};
@@ -52,12 +54,12 @@ TEST_F(PrgExport, LayoutOfEachKind) {
     const Bytes prg = build(kind);
     ASSERT_EQ(prg.size(), kind.length);
     EXPECT_EQ(Bytes(prg.begin(), prg.begin() + 11), (Bytes{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0x32, 0x30, 0x36, 0x31}));
-    EXPECT_EQ((Bytes{prg[0x23], prg[0x184], prg[0x189], prg[0x18E], prg[0x145]}), patched) << kind.length;
-    EXPECT_EQ(prg[0x501], 6) << kind.length;
+    EXPECT_EQ((Bytes{prg[at(0x0822)], prg[at(0x0983)], prg[at(0x0988)], prg[at(0x098D)], prg[at(0x0944)]}), patched) << kind.length;
+    EXPECT_EQ(prg[at(0x0D00)], 6) << kind.length;
     if (kind.format != 2) { EXPECT_EQ(prg.back(), 0x0B) << kind.length; }
   }
   picture_data.charset = 1;  // lower case
-  EXPECT_EQ(build(petscii)[393], 0x17);
+  EXPECT_EQ(build(petscii)[at(0x0988)], 0x17);
 }
 
 TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
@@ -71,7 +73,7 @@ TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
   ASSERT_NE(std::memcmp(expected.screen, picture_data.screen, 1000), 0);  // it does change this picture
   ASSERT_EQ(prg.size(), mc.length);
   const auto *graphics = reinterpret_cast<const unsigned char *>(&expected);  // bitmap, screen, colour
-  EXPECT_EQ(Bytes(prg.begin() + 6145, prg.end() - 1), Bytes(graphics, graphics + 10000));
+  EXPECT_EQ(Bytes(prg.begin() + at(0x2000), prg.end() - 1), Bytes(graphics, graphics + 10000));
 }
 
 // Both tables (raster lines 51..250) come from the active input mode, and hold the border
@@ -79,7 +81,7 @@ TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
 // 100..104 left and 245..264 right, and Compact colours on 40..60 left and 250..260 right.
 TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
   struct Expect { int mode, table, first, last, colour; };  // table entries first..last in `colour`
-  const Expect expects[] = {{1, 770, 49, 53, 7}, {1, 1026, 194, 199, 3}, {0, 770, 0, 9, 2}, {0, 1026, 199, 199, 4}};
+  const Expect expects[] = {{1, at(0x0B01), 49, 53, 7}, {1, at(0x0C01), 194, 199, 3}, {0, at(0x0B01), 0, 9, 2}, {0, at(0x0C01), 199, 199, 4}};
   for (bool bars : {false, true}) {
     if (bars) {
       gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 100, 1, 5, 2, 7, -1);  // line, height, colour
@@ -90,7 +92,7 @@ TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
     for (const Expect &e : expects) {
       interface_extended = e.mode;
       const Bytes prg = build(petscii);
-      for (int i = 0; i < 200; ++i)
+      for (int i = 0; i < picture_lines; ++i)
         ASSERT_EQ(prg[e.table + i], bars && i >= e.first && i <= e.last ? e.colour : 6) << bars << e.mode << e.table << " " << i;
     }
   }
@@ -120,9 +122,9 @@ TEST_F(PrgExport, CruncherAndFailures) {
 // The menu command: the suggested name, the ".prg" rule and the kind by format (0: none).
 TEST_F(PrgExport, MenuCommand) {
   struct Row { const char *project; unsigned format; const char *typed, *suggested, *written; off_t length; };
-  const Row rows[] = {{nullptr, 6, "out", "pic.prg", "out.prg", 16146},
-                      {"/pics/demo.ini", 2, "OUT.PRG", "demo.prg", "OUT.PRG", 15145},
-                      {nullptr, 1, "x.Prg", "pic.prg", "x.Prg.prg", 4050},
+  const Row rows[] = {{nullptr, 6, "out", "pic.prg", "out.prg", off_t(mc.length)},
+                      {"/pics/demo.ini", 2, "OUT.PRG", "demo.prg", "OUT.PRG", off_t(hires.length)},
+                      {nullptr, 1, "x.Prg", "pic.prg", "x.Prg.prg", off_t(petscii.length)},
                       {nullptr, 0, "none", "pic.prg", "none.prg", 0}};
   for (const Row &row : rows) {
     set_file_names(row.project, "/pics/pic.koa");

@@ -13,9 +13,9 @@ class LineArrays : public BarsTest {
 // Bars 44z wide beside the picture, a black 4z strip on the outer edge, white beside the
 // cursor line or range when asked for; the export table.
 TEST_F(LineArrays, DrawsBarsStripAndMarkAndExportTable) {
-  unsigned char out[200];  // the export table: the fallback where a line has no colour
+  unsigned char out[picture_lines];  // the export table: the fallback where a line has no colour
   rasterarray_get_bars_left(out, 6);
-  EXPECT_EQ(std::count(out, out + 200, 6), 200);
+  EXPECT_EQ(std::count(out, out + picture_lines, 6), picture_lines);
   colors_left[51] = 14, colors_right[100] = 5;
   rasterarray_get_bars_left(out, 6);
   EXPECT_EQ(out[0], 14);

@@ -116,7 +116,7 @@ TEST(Options, UnwritableConfigurationIsTolerated) {
   utf8_path_configfile = g_strdup(tmp.file("user.ini").c_str());
   options_load_from_file();
   EXPECT_EQ(options_save_to_file(), 0);
-  gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, "menuitem_zoom_2x")));
+  activate("menuitem_zoom_2x");
   EXPECT_EQ(options_expansion, 2);  // the options in memory still work
 }
 

@@ -121,7 +121,7 @@ class PrgPlayer : public ExportTest {
     }
     picture_data.background = 0x1B;
     interface_extended = kind.compact ? 0 : 1;
-    for (int line = 51; line <= 250; ++line) {
+    for (int line = first_picture_line; line <= last_picture_line; ++line) {
       colors_left[line] = line % 16;
       colors_right[line] = (line * 5 + 3) % 16;
     }
@@ -142,7 +142,9 @@ TEST_F(PrgPlayer, ShowsThePictureAndPlaysTheBars) {
     ASSERT_EQ(kind.write(dir.file("out.prg").c_str()), 1);
     const std::string text = read_text(dir.file("out.prg"));
     const Bytes prg(text.begin(), text.end());
-    const Bytes left(prg.begin() + 770, prg.begin() + 970), right(prg.begin() + 1026, prg.begin() + 1226);
+    // The tables at $0B01 and $0C01, file offsets from the load address $0801 on.
+    const Bytes left(prg.begin() + 0x0B01 - 0x07FF, prg.begin() + 0x0B01 - 0x07FF + picture_lines);
+    const Bytes right(prg.begin() + 0x0C01 - 0x07FF, prg.begin() + 0x0C01 - 0x07FF + picture_lines);
     ASSERT_GT(std::count_if(left.begin(), left.end(), [](int c) { return c != 6; }), 100);
     ASSERT_GT(std::count_if(right.begin(), right.end(), [](int c) { return c != 6; }), 50);
 
@@ -162,18 +164,18 @@ TEST_F(PrgPlayer, ShowsThePictureAndPlaysTheBars) {
     // In the borders: the table's colours on lines 51..250, the border colour elsewhere.
     std::vector<int> left_shown, right_shown, left_wanted, right_wanted;
     for (int line = 0; line < kC64Lines; ++line) {
-      const bool bar = line >= 51 && line <= 250;
+      const bool bar = line >= first_picture_line && line <= last_picture_line;
       left_shown.push_back(c64_border_at(m.get(), kFrame, line, kLeftBorderCycle));
       right_shown.push_back(c64_border_at(m.get(), kFrame, line, kRightBorderCycle));
-      left_wanted.push_back(bar ? left[line - 51] : 6);
-      right_wanted.push_back(bar ? right[line - 51] : 6);
+      left_wanted.push_back(bar ? left[line - first_picture_line] : 6);
+      right_wanted.push_back(bar ? right[line - first_picture_line] : 6);
     }
     EXPECT_EQ(left_shown, left_wanted);
     EXPECT_EQ(right_shown, right_wanted);
     // The writes behind it, in order: left of 51, then per line its right colour and the next
     // line's left colour, the border colour last; none in the frame outside lines 50..250.
     std::vector<int> expected, written;
-    for (int i = 0; i < 200; ++i) expected.insert(expected.end(), {left[i], right[i]});
+    for (int i = 0; i < picture_lines; ++i) expected.insert(expected.end(), {left[i], right[i]});
     expected.push_back(6);
     for (int line = 0; line < kC64Lines; ++line)
       for (auto [cycle, value] : c64_border_writes_on_line(m.get(), kFrame, line)) {

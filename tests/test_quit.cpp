@@ -30,7 +30,7 @@ bool action_ends_main_loop(void (*action)(), int response, bool close_question =
   return ended;
 }
 
-void quit_from_menu() { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, "menuitem_quit"))); }
+void quit_from_menu() { activate("menuitem_quit"); }
 
 // What the window manager's close button sends.
 void close_main_window() {

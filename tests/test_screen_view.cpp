@@ -12,18 +12,10 @@
 
 namespace {
 
-unsigned int palette_rgb_of(int index) {
-  unsigned char rgb[3];
-  palette_get_rgb_at_index(index, rgb);
-  return (rgb[0] << 16) | (rgb[1] << 8) | rgb[2];
-}
-
-void activate(const std::string &name) {
-  gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, name.c_str())));
+void set_zoom(int z) {
+  activate(("menuitem_zoom_" + std::to_string(z) + "x").c_str());
   pump_events(50);
 }
-
-void set_zoom(int z) { activate("menuitem_zoom_" + std::to_string(z) + "x"); }
 
 // A press of `type` at x on the colour picker; returns whether it was handled.
 gboolean click(GdkEventType type, double x) {
@@ -48,16 +40,17 @@ class ScreenView : public ::testing::Test {
 TEST_F(ScreenView, EmptyScreenIsBlueWithBordersInColourZero) {
   for (const char *palette : {"menuitem_palette_peptos", "menuitem_palette_ccs64"}) {
     activate(palette);
+    pump_events(50);
     for (GtkWidget *area : {drawingarea_picture, drawingarea_upper_border, drawingarea_lower_border,
                             drawingarea_left_border, drawingarea_right_border}) {
       GdkPixbuf *shot = grab_widget(area);
       EXPECT_EQ(pixel_at(shot, gdk_pixbuf_get_width(shot) / 2, gdk_pixbuf_get_height(shot) / 2),
-                palette_rgb_of(area == drawingarea_picture ? 6 : 0))
+                rgb_of(area == drawingarea_picture ? 6 : 0))
           << palette << " " << gtk_widget_get_name(area);
       g_object_unref(shot);
     }
   }
-  EXPECT_EQ(palette_rgb_of(0), 0x101010u);  // the CCS64 black was really in force
+  EXPECT_EQ(rgb_of(0), 0x101010u);  // the CCS64 black was really in force
 }
 
 // At zoom z a loaded picture (an Art Studio file of varied bytes) shows each of its pixels
@@ -89,11 +82,11 @@ TEST_F(ScreenView, PictureAndPickerAreDrawnPixelExactAtEveryZoom) {
         if (x >= 5 * s && x <= 6 * s)
           white_in_frame += rgb == 0xFFFFFF;
         else
-          ASSERT_EQ(rgb, palette_rgb_of(x % s == s - 1 || y == 0 || y == s - 1 ? 0 : x / s))
+          ASSERT_EQ(rgb, rgb_of(x % s == s - 1 || y == 0 || y == s - 1 ? 0 : x / s))
               << "strip at " << z << "x " << x << "," << y;
       }
     EXPECT_GE(white_in_frame, 4 * (s - 2)) << z << "x";
-    EXPECT_EQ(pixel_at(strip, 5 * s + s / 2, s / 2), palette_rgb_of(5)) << z << "x";
+    EXPECT_EQ(pixel_at(strip, 5 * s + s / 2, s / 2), rgb_of(5)) << z << "x";
     g_object_unref(shown);
     g_object_unref(strip);
   }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "c64run.h"
+#include "geometry.h"
 
 int main(int argc, char **argv) {
   if (argc < 2 || argc > 3) {
@@ -30,7 +31,7 @@ int main(int argc, char **argv) {
   std::printf("# frame %d, left border at cycle %d, right border at cycle %d; writes to $D020 as cycle:colour\n",
               frame, kLeftBorderCycle, kRightBorderCycle);
   std::printf("# line left right  writes\n");
-  for (int line = 51; line <= 250; ++line) {
+  for (int line = first_picture_line; line <= last_picture_line; ++line) {
     std::printf("%6d %4d %5d  ", line, c64_border_at(m, frame, line, kLeftBorderCycle),
                 c64_border_at(m, frame, line, kRightBorderCycle));
     for (auto [cycle, value] : c64_border_writes_on_line(m, frame, line)) std::printf(" %d:%d", cycle, value);

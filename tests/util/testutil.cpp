@@ -5,6 +5,8 @@
 #include <cstdlib>
 
 #include "main.h"
+#include "palette.h"
+#include "support.h"
 
 TempDir::TempDir() {
   char *dir = g_dir_make_tmp("quillbar-test-XXXXXX", nullptr);
@@ -140,3 +142,19 @@ std::string shared_data(const std::string &name) {
   std::string path = std::string(QUILLBAR_SHARED_DIR) + "/" + name;
   return g_file_test(path.c_str(), G_FILE_TEST_EXISTS) ? path : std::string();
 }
+
+unsigned int rgb_of(int index) {
+  unsigned char rgb[3];
+  palette_get_rgb_at_index(index, rgb);
+  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
+}
+
+std::string status_text() {
+  GtkWidget *bar = lookup_widget(window_main, "statusbar_main");
+  GList *children = gtk_container_get_children(GTK_CONTAINER(gtk_statusbar_get_message_area(GTK_STATUSBAR(bar))));
+  std::string text = children && GTK_IS_LABEL(children->data) ? gtk_label_get_text(GTK_LABEL(children->data)) : "";
+  g_list_free(children);
+  return text;
+}
+
+void activate(const char *item) { gtk_menu_item_activate(GTK_MENU_ITEM(lookup_widget(window_main, item))); }

@@ -50,6 +50,12 @@ unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
 // dialog first when given.
 void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr, bool close = false);
 
+// A colour of the palette in force as 0xRRGGBB; the status bar's text; activating a menu
+// item of the main window by name.
+unsigned int rgb_of(int index);
+std::string status_text();
+void activate(const char *item);
+
 // Path of a file in the shared read-only data folder, or "" when that folder is absent.
 std::string shared_data(const std::string &name);
 
