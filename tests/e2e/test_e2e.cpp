@@ -464,6 +464,7 @@ TEST_F(EndToEnd, PngExport) {
   ASSERT_TRUE(app->status_shows(" Info: Project exported to PNG"));
   GdkPixbuf *png = gdk_pixbuf_new_from_file(work.file("shot.png").c_str(), nullptr);
   ASSERT_NE(png, nullptr);
+  gdk_pixbuf_save(png, "e2e-shots/PngExport-exported.png", "png", nullptr, nullptr);
   ASSERT_EQ(gdk_pixbuf_get_width(png), 384);
   ASSERT_EQ(gdk_pixbuf_get_height(png), 272);
   const guchar *p = gdk_pixbuf_get_pixels(png);
