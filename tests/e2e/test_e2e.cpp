@@ -104,6 +104,21 @@ std::vector<std::pair<int, int>> sample_points() {
   return points;
 }
 
+// Bars as first line, last line and colour.
+using Bars = std::vector<std::tuple<int, int, int>>;
+const Bars kProjectLeft = {{60, 69, 2}, {100, 119, 5}}, kProjectRight = {{80, 109, 7}};
+
+// A project file's group of bars.
+std::string bar_group(const std::string &side, const Bars &bars) {
+  std::string start, height, colour;
+  for (auto [first, last, c] : bars) {
+    start += std::to_string(first) + ";";
+    height += std::to_string(last - first + 1) + ";";
+    colour += std::to_string(c) + ";";
+  }
+  return "[" + side + "]\nstart=" + start + "\nheight=" + height + "\ncolor=" + colour + "\n";
+}
+
 constexpr int kToolBarWidth = 45;  // wide enough to hold the tool buttons' icons
 constexpr int kPickerCell = 16;    // one colour of the picker at zoom 1
 
@@ -167,6 +182,27 @@ class EndToEnd : public ::testing::Test {
     }
   }
 
+  // Starts the program and loads the picture `name`, written into the work folder first, with
+  // F3 and its full path typed; the screen, with the border colour the picture leaves.
+  View start_with_picture(const std::string &name, const std::vector<unsigned char> &bytes, int border) {
+    write_file(work.file(name), bytes);
+    start();
+    if (!HasFatalFailure()) choose("F3", "Select a picture file", work.file(name));
+    EXPECT_TRUE(app && app->wait_title("Quillbar - " + name));
+    return view(1, border);
+  }
+
+  // Starts the program and opens with F1 a project with bars on both sides (kProjectLeft,
+  // kProjectRight, border colour 6) and its Koala picture, both written into the work folder.
+  void start_with_project() {
+    write_file(work.file("colours.kla"), koala_picture());
+    write_text(work.file("bars.ini"), "[image]\nfile=file://" + work.file("colours.kla") + "\n[colors]\nbase=6\n" +
+                                          bar_group("left", kProjectLeft) + bar_group("right", kProjectRight));
+    start();
+    if (!HasFatalFailure()) choose("F1", "Open a project file", work.file("bars.ini"));
+    EXPECT_TRUE(app && app->wait_title("Quillbar - colours.kla"));
+  }
+
   // Whether the picture pixels at the sample points show `colour` at their place.
   static bool picture_shown(const Shot &s, const View &v, int (*colour)(int, int)) {
     for (auto [px, py] : sample_points())
@@ -189,7 +225,7 @@ class EndToEnd : public ::testing::Test {
   }
 
   // Lines 3..298 of a side: `base` except where `bars` (first line, last line, colour) say.
-  static std::vector<int> lines_with(int base, const std::vector<std::tuple<int, int, int>> &bars) {
+  static std::vector<int> lines_with(int base, const Bars &bars) {
     std::vector<int> colours(kScreenHeight, base);
     for (auto [first, last, colour] : bars)
       for (int line = first; line <= last; line++) colours[line - kFirstLine] = colour;
@@ -313,12 +349,9 @@ TEST_F(EndToEnd, FirstStart) {
 // F3 with pictures typed into the chooser: the title names the picture, its pixels are at
 // their place at zoom 1 and 3, and the chooser remembers the folder of the typed file.
 TEST_F(EndToEnd, PicturesTypedIntoTheChooser) {
-  write_file(work.file("colours.kla"), koala_picture());
   write_file(work.file("hires.art"), art_picture());
-  start();
-  choose("F3", "Select a picture file", work.file("colours.kla"));
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
-  View v = view(1, 0);
+  View v = start_with_picture("colours.kla", koala_picture(), 0);
+  ASSERT_FALSE(HasFatalFailure());
   EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, koala_colour); }));
   shot("koala");
   const std::string settings = read_text(home.path() + "/.config/quillbar/user.ini");
@@ -347,11 +380,8 @@ TEST_F(EndToEnd, PicturesTypedIntoTheChooser) {
 // are painted with keys, a range made with Shift+Down is repeated with keypad *; back in
 // Extended mode the bars are kept, as runs. The border pixels follow every step.
 TEST_F(EndToEnd, BarsInBothModes) {
-  write_file(work.file("colours.kla"), koala_picture());
-  start();
-  choose("F3", "Select a picture file", work.file("colours.kla"));
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
-  View v = view(1, 0);
+  View v = start_with_picture("colours.kla", koala_picture(), 0);
+  ASSERT_FALSE(HasFatalFailure());
   const std::vector<Rect> lists = bar_lists(v);
   ASSERT_EQ(lists.size(), 2u);
   const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
@@ -403,11 +433,8 @@ TEST_F(EndToEnd, BarsInBothModes) {
 // F2 with a name typed without extension writes the ".ini" beside the picture; after Quit and
 // a new start, F1 brings back the picture, the border colour and the bars, pixel for pixel.
 TEST_F(EndToEnd, SaveQuitStartAgainAndOpen) {
-  write_file(work.file("hires.art"), art_picture());
-  start();
-  choose("F3", "Select a picture file", work.file("hires.art"));
-  ASSERT_TRUE(app->wait_title("Quillbar - hires.art"));
-  View v = view(1, kArtBorder % 16);
+  View v = start_with_picture("hires.art", art_picture(), kArtBorder % 16);
+  ASSERT_FALSE(HasFatalFailure());
   const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
   ASSERT_EQ(buttons.size(), 4u);
   for (int button : {0, 2, 2}) click_at(buttons[button].first, buttons[button].second);
@@ -435,22 +462,12 @@ TEST_F(EndToEnd, SaveQuitStartAgainAndOpen) {
   EXPECT_TRUE(app->quit());
 }
 
-// A project with bars on both sides, and its Koala picture, in the work folder.
-void write_project(const TempDir &work) {
-  write_file(work.file("colours.kla"), koala_picture());
-  write_text(work.file("bars.ini"), "[image]\nfile=file://" + work.file("colours.kla") +
-                                        "\n[colors]\nbase=6\n[left]\nstart=60;100;\nheight=10;20;\ncolor=2;5;\n"
-                                        "[right]\nstart=80;\nheight=30;\ncolor=7;\n");
-}
-const std::vector<std::tuple<int, int, int>> kProjectLeft = {{60, 69, 2}, {100, 119, 5}}, kProjectRight = {{80, 109, 7}};
 
 // PNG export through the menu at zoom 3: 384 x 272, the screen's content at zoom 1 (PAL lines
 // 16..287, 32 pixels of side border).
 TEST_F(EndToEnd, PngExport) {
-  write_project(work);
-  start();
-  choose("F1", "Open a project file", work.file("bars.ini"));
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  start_with_project();
+  ASSERT_FALSE(HasFatalFailure());
   const View v = view(1, 6);
   ASSERT_TRUE(borders_show(v, lines_with(6, kProjectLeft), lines_with(6, kProjectRight), koala_colour));
   const Shot screen = shot("zoom1");
@@ -484,10 +501,8 @@ TEST_F(EndToEnd, PngExport) {
 // Executable export through the menu: the PRG runs on the C64 model with the project's bars.
 // With the cruncher built beside the program it must be crunched and say so.
 TEST_F(EndToEnd, ExecutableExport) {
-  write_project(work);
-  start();
-  choose("F1", "Open a project file", work.file("bars.ini"));
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  start_with_project();
+  ASSERT_FALSE(HasFatalFailure());
   press_keys("alt+f e");
   ASSERT_TRUE(app->wait_window("Save executable file"));
   press_keys("ctrl+a");
@@ -517,7 +532,7 @@ TEST_F(EndToEnd, ExecutableExport) {
     left.push_back(c64_border_at(c64.get(), kFrame, line, kLeftBorderCycle));
     right.push_back(c64_border_at(c64.get(), kFrame, line, kRightBorderCycle));
   }
-  auto wanted = [](const std::vector<std::tuple<int, int, int>> &bars) {
+  auto wanted = [](const Bars &bars) {
     const std::vector<int> all = EndToEnd::lines_with(6, bars);
     return std::vector<int>(all.begin() + (kPictureLine - kFirstLine), all.begin() + (kPictureLine - kFirstLine) + kPictureHeight);
   };
@@ -558,13 +573,14 @@ TEST_F(EndToEnd, BadInput) {
   EXPECT_TRUE(wait_for([&] { return screen_pixels(app->shot(), v) == before; }));
 
   // A project whose picture is gone: its picture error, then its bars and colour.
-  write_text(work.file("lost.ini"), "[image]\nfile=file://" + work.file("gone/lost.kla") +
-                                        "\n[colors]\nbase=3\n[left]\nstart=100;\nheight=5;\ncolor=7;\n");
+  const Bars lost_bars = {{100, 104, 7}};
+  write_text(work.file("lost.ini"), "[image]\nfile=file://" + work.file("gone/lost.kla") + "\n[colors]\nbase=3\n" +
+                                        bar_group("left", lost_bars));
   choose("F1", "Open a project file", "lost.ini");
   EXPECT_TRUE(app->close_error_box());
   EXPECT_TRUE(app->status_shows(" Info: Project opened"));
   v = view(1, 3);
-  EXPECT_TRUE(borders_show(v, lines_with(3, {{100, 104, 7}}), lines_with(3, {})));
+  EXPECT_TRUE(borders_show(v, lines_with(3, lost_bars), lines_with(3, {})));
   shot("lost-picture");
 
   // A save into a folder that vanished: the message names the file, and saving elsewhere works.
