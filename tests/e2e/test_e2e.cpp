@@ -473,11 +473,7 @@ TEST_F(EndToEnd, PngExport) {
   const Shot screen = shot("zoom1");
   press_keys("F7");
   view(3, 6);
-  press_keys("alt+f i");
-  ASSERT_TRUE(app->wait_window("Save screenshot file"));
-  press_keys("ctrl+a");
-  type_text(work.file("shot"));
-  press_keys("Return");
+  choose("alt+f i", "Save screenshot file", work.file("shot"), true);
   ASSERT_TRUE(app->status_shows(" Info: Project exported to PNG"));
   GdkPixbuf *png = gdk_pixbuf_new_from_file(work.file("shot.png").c_str(), nullptr);
   ASSERT_NE(png, nullptr);
@@ -503,12 +499,7 @@ TEST_F(EndToEnd, PngExport) {
 TEST_F(EndToEnd, ExecutableExport) {
   start_with_project();
   ASSERT_FALSE(HasFatalFailure());
-  press_keys("alt+f e");
-  ASSERT_TRUE(app->wait_window("Save executable file"));
-  press_keys("ctrl+a");
-  type_text(work.file("demo"));
-  press_keys("Return");
-  ASSERT_TRUE(app->wait_gone("Save executable file"));
+  choose("alt+f e", "Save executable file", work.file("demo"), true);
   constexpr size_t kPlainSize = 16146;  // the multicolour PRG before crunching
 #ifdef QUILLBAR_E2E_CRUNCHER
   const bool crunched = true;
