@@ -346,7 +346,7 @@ gboolean on_drawingarea_right_border_motion_notify_event(GtkWidget *, GdkEventMo
 // ---------------------------------------------------------------------------------------
 // Extended mode's tool buttons and list views
 
-static bool need_picture() {
+bool need_picture() {
   if (picture_loaded != 0) return true;
   report_info(kNeedPicture);
   return false;
@@ -621,15 +621,14 @@ constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, fa
 constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
 constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
 
-int export_to_executable(const PrgKind &kind, const char *filename) {
+std::vector<unsigned char> executable_bytes(const PrgKind &kind) {
   std::vector<unsigned char> prg(prg_offset(kind.end), 0);
   prg[0] = prg_first_address & 0xFF;
   prg[1] = prg_first_address >> 8;
   std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
   if (kind.has_charset && picture_data.charset != 0) prg[prg_offset(prg_charset_operand)] = prg_lower_case;
   prg[prg_offset(prg_border)] = static_cast<unsigned char>(border_color_index);
-  active_mode().get_bars[1](&prg[prg_offset(prg_left_table)], border_color_index);
-  active_mode().get_bars[0](&prg[prg_offset(prg_right_table)], border_color_index);
+  export_get_bar_tables(&prg[prg_offset(prg_left_table)], &prg[prg_offset(prg_right_table)]);
 
   const PictureData *graphics = &picture_data;
   PictureData reencoded{};
@@ -644,7 +643,11 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   put(kind.screen, graphics->screen, sizeof graphics->screen);
   put(kind.color, graphics->color, sizeof graphics->color);
   if (kind.background) prg[prg_offset(kind.background)] = graphics->background & 15;
+  return prg;
+}
 
+int export_to_executable(const PrgKind &kind, const char *filename) {
+  const std::vector<unsigned char> prg = executable_bytes(kind);
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
@@ -701,6 +704,21 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 }  // namespace
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
+
+void export_get_bar_tables(unsigned char *left, unsigned char *right) {
+  active_mode().get_bars[1](left, border_color_index);
+  active_mode().get_bars[0](right, border_color_index);
+}
+
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
+                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
+                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
+                                                                                : nullptr;
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind);
+  return 1;
+}
 
 int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
 

@@ -4,6 +4,8 @@
 
 #include <gtk/gtk.h>
 
+#include <vector>
+
 #include "geometry.h"
 #include "hiresdecoder.h"
 
@@ -34,6 +36,8 @@ void set_zoom_level(void);
 void redraw_all_areas(void);
 
 // Picture and project commands.
+// True when a picture is loaded; else reports " Info: First open a picture or project".
+bool need_picture();
 int open_picture(const char *path, int border_flag);
 int save_project_to_file(const char *path);
 void choose_name_and_save_project_to_file(void);
@@ -42,6 +46,10 @@ void choose_name_and_save_project_to_file(void);
 int export_hires_to_executable(const char *filename);
 int export_mc_to_executable(const char *filename);
 int export_petscii_to_executable(const char *filename);
+// The active mode's 200-entry colour tables of lines 51..250, the border colour where no bar is.
+void export_get_bar_tables(unsigned char *left, unsigned char *right);
+// The bytes the export of the current picture's kind writes (uncompressed); 0 for no kind.
+int export_build_executable(std::vector<unsigned char> *prg);
 // Runs the cruncher on the written PRG, replacing it; 1 when it ended with status 0.
 int export_run_cruncher(const char *filename);
 

@@ -4,7 +4,7 @@
 // registered under its name on its toplevel, so that lookup_widget finds it.
 //
 // Owns nothing at run time; connects the handlers of callbacks.h (and the About handler
-// of controls) and touches no global state.
+// of controls, the preview's menu handler) and touches no global state.
 #include "interface.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -13,6 +13,7 @@
 #include <tuple>
 
 #include "callbacks.h"
+#include "preview.h"
 #include "support.h"
 
 #define _(text) g_dgettext("quillbar", text)
@@ -85,6 +86,7 @@ constexpr MenuRow kMenuRows[] = {
 
     {nullptr, "menuitem_tools", Kind::Image, N_("_Tools"), "gtk-execute", "image511", 0, kNone, nullptr, nullptr, "menuitem_tools_menu", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_auto_expand_picture", Kind::Image, N_("_Auto extend picture"), "gtk-zoom-fit", "image512", GDK_KEY_F12, kNone, N_("Automatically create raster bars by simply extending a picture at its edges"), on_menuitem_tools_auto_expand_picture_activate, nullptr, 0, false},
+    {"menuitem_tools_menu", "menuitem_tools_preview", Kind::Image, N_("_Preview on C64..."), "gtk-media-play", "image514", GDK_KEY_F9, kNone, N_("Run the exported program on an emulated PAL, NTSC or PAL-N C64"), on_menuitem_tools_preview_activate, nullptr, 0, false},
 
     {nullptr, "menuitem_help", Kind::Image, N_("_Help"), "gtk-help", "image513", 0, kNone, nullptr, nullptr, "menuitem_help_menu", 0, false},
     {"menuitem_help_menu", "menuitem_about", Kind::Stock, nullptr, "gtk-about", nullptr, 0, kNone, nullptr, on_menuitem_about_activate, nullptr, 0, false},

@@ -6,6 +6,7 @@
 
 #include "callbacks.h"
 #include "interface.h"
+#include "preview.h"
 #include "support.h"
 #include "testutil.h"
 
@@ -72,6 +73,7 @@ const struct Item {
     {"menuitem_border_menu", "menuitem_select_right_border", 'p', "Select _right border", "Alt+X", "", ACT(menuitem_select_right_border), nullptr, 0, false},
     {"menubar_main", "menuitem_tools", 'i', "_Tools", "", "", nullptr, "image511", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_auto_expand_picture", 'i', "_Auto extend picture", "F12", "Automatically create raster bars by simply extending a picture at its edges", ACT(menuitem_tools_auto_expand_picture), "image512", 0, false},
+    {"menuitem_tools_menu", "menuitem_tools_preview", 'i', "_Preview on C64...", "F9", "Run the exported program on an emulated PAL, NTSC or PAL-N C64", ACT(menuitem_tools_preview), "image514", 0, false},
     {"menubar_main", "menuitem_help", 'i', "_Help", "", "", nullptr, "image513", 0, false},
     {"menuitem_help_menu", "menuitem_about", 's', "_About", "", "", ACT(menuitem_about), nullptr, 0, false},
     {"toolbar_main", "toolbutton_add_bar_left", 't', "Left", "", "Add a raster bar on the left border", CLK(toolbutton_add_bar_left), nullptr, 0, false},

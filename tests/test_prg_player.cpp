@@ -7,7 +7,7 @@
 #include <iterator>
 #include <memory>
 
-#include "c64run.h"
+#include "c64.h"
 #include "file_commands.h"
 
 namespace {
@@ -104,7 +104,7 @@ const Kind kinds[] = {
 // The fade's 16 steps take two frames each (a step maps all of colour RAM, more than a frame's
 // worth of cycles), then blanking, copying and the mode set-up take a frame each: the bars
 // play from frame 37 on. Look at a frame well after that.
-constexpr int kFrames = 45, kFrame = 43;
+constexpr int kFrames = 45;
 
 class PrgPlayer : public ExportTest {
  protected:
@@ -152,21 +152,25 @@ TEST_F(PrgPlayer, ShowsThePictureAndPlaysTheBars) {
     ASSERT_TRUE(c64_start(m.get(), prg));
     c64_run_frames(m.get(), kFrames);
     ASSERT_FALSE(m->cpu.jammed) << std::hex << m->cpu.pc;
+    const Vic2ModelInfo *model = m->vic.model;
+    const uint8_t *frame = vic2_frame(&m->vic);
 
     EXPECT_EQ(Bytes(m->ram + 0x0400, m->ram + 0x07E8), Bytes(picture_data.screen, picture_data.screen + 1000));
     if (kind.format != 1) { EXPECT_EQ(Bytes(m->ram + 0x2000, m->ram + 0x3F40), Bytes(picture_data.bitmap, picture_data.bitmap + 8000)); }
     if (kind.colour) {
       for (int i = 0; i < 1000; ++i) ASSERT_EQ(m->color_ram[i], picture_data.color[i] & 15) << i;
-      EXPECT_EQ(m->vic[0x21], 0x0B);
+      EXPECT_EQ(m->vic.reg[VIC2_BACKGROUND0], 0x0B);
     }
-    EXPECT_EQ((Bytes{m->vic[0x11], m->vic[0x16], m->vic[0x18], m->vic[0x15]}), (Bytes{kind.d011, kind.d016, kind.d018, 0}));
+    EXPECT_EQ((Bytes{m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY], m->vic.reg[VIC2_SPRITE_ENABLE]}),
+              (Bytes{kind.d011, kind.d016, kind.d018, 0}));
 
-    // In the borders: the table's colours on lines 51..250, the border colour elsewhere.
+    // In the borders: the table's colours on lines 51..250, the border colour elsewhere, each
+    // over the whole visible width.
     std::vector<int> left_shown, right_shown, left_wanted, right_wanted;
-    for (int line = 0; line < kC64Lines; ++line) {
+    for (int line = model->first_line; line < model->first_line + model->visible_lines; ++line) {
       const bool bar = line >= first_picture_line && line <= last_picture_line;
-      left_shown.push_back(c64_border_at(m.get(), kFrame, line, kLeftBorderCycle));
-      right_shown.push_back(c64_border_at(m.get(), kFrame, line, kRightBorderCycle));
+      left_shown.push_back(vic2_side_border_colour(model, frame, line, 1));
+      right_shown.push_back(vic2_side_border_colour(model, frame, line, 0));
       left_wanted.push_back(bar ? left[line - first_picture_line] : 6);
       right_wanted.push_back(bar ? right[line - first_picture_line] : 6);
     }
@@ -177,11 +181,10 @@ TEST_F(PrgPlayer, ShowsThePictureAndPlaysTheBars) {
     std::vector<int> expected, written;
     for (int i = 0; i < picture_lines; ++i) expected.insert(expected.end(), {left[i], right[i]});
     expected.push_back(6);
-    for (int line = 0; line < kC64Lines; ++line)
-      for (auto [cycle, value] : c64_border_writes_on_line(m.get(), kFrame, line)) {
-        EXPECT_TRUE(line >= 50 && line <= 250) << line << ":" << cycle;
-        written.push_back(value);
-      }
+    for (const C64BorderWrite &w : m->last_border_writes) {
+      EXPECT_TRUE(w.line >= first_picture_line - 1 && w.line <= last_picture_line) << w.line << ":" << int(w.cycle);
+      written.push_back(w.value);
+    }
     EXPECT_EQ(written, expected);
   }
 }

@@ -1,41 +1,66 @@
-// quillbar-prgcheck: runs an exported raster-bar program on the small C64 model and prints
-// what the side borders show on each raster line of the picture, for checking files by hand.
+// quillbar-prgcheck: runs an exported raster-bar program on the emulated C64 and prints what
+// the side borders show on each raster line of the picture; optionally writes the last
+// complete frame as a PNG image.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-#include "c64run.h"
+#include "c64.h"
+#include "frames.h"
 #include "geometry.h"
 
+namespace {
+
+constexpr int kDefaultFrames = 60;  // the fade and the set-up are over after about 40
+constexpr int kMinFrames = 2;
+
+int usage(const char *program) {
+  std::fprintf(stderr, "usage: %s [--machine pal|ntsc|ntsc-old|paln] [--frames N] [--frame-png OUT.png] FILE.prg\n",
+               program);
+  return 2;
+}
+
+}  // namespace
+
 int main(int argc, char **argv) {
-  if (argc < 2 || argc > 3) {
-    std::fprintf(stderr, "usage: %s FILE.prg [FRAMES]\n", argv[0]);
-    return 2;
-  }
-  const int frames = argc == 3 ? std::atoi(argv[2]) : 45;
-  if (frames < 2) {
-    std::fprintf(stderr, "FRAMES must be at least 2\n");
+  Vic2Model model = VIC2_PAL_6569;
+  int frames = kDefaultFrames;
+  const char *png = nullptr;
+  std::vector<const char *> files;
+  if (!frame_parse_arguments(argc, argv, &model, &frames, {{"--frame-png", &png}}, &files) || files.size() != 1)
+    return usage(argv[0]);
+  const char *path = files[0];
+  if (frames < kMinFrames) {
+    std::fprintf(stderr, "--frames must be at least %d\n", kMinFrames);
     return 2;
   }
   auto machine = std::make_unique<C64>();
-  if (!c64_start_file(machine.get(), argv[1])) {
-    std::fprintf(stderr, "%s: cannot read a PRG from this file\n", argv[1]);
+  std::string error;
+  if (!c64_start_file(machine.get(), path, model, &error)) {
+    std::fprintf(stderr, "%s: %s\n", path, error.c_str());
     return 1;
   }
   c64_run_frames(machine.get(), frames);
   const C64 *m = machine.get();
+  const Vic2ModelInfo *info = m->vic.model;
+  const uint8_t *frame = vic2_frame(&m->vic);
   if (m->cpu.jammed) std::printf("# processor stopped at $%04X (opcode $%02X)\n", m->cpu.pc, c64_peek(m, m->cpu.pc));
-  std::printf("# after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
-              frames, m->vic[0x11], m->vic[0x16], m->vic[0x18], m->vic[0x15], m->vic[0x20], m->vic[0x21]);
-  const int frame = frames - 2;  // the last complete frame
-  std::printf("# frame %d, left border at cycle %d, right border at cycle %d; writes to $D020 as cycle:colour\n",
-              frame, kLeftBorderCycle, kRightBorderCycle);
-  std::printf("# line left right  writes\n");
-  for (int line = first_picture_line; line <= last_picture_line; ++line) {
-    std::printf("%6d %4d %5d  ", line, c64_border_at(m, frame, line, kLeftBorderCycle),
-                c64_border_at(m, frame, line, kRightBorderCycle));
-    for (auto [cycle, value] : c64_border_writes_on_line(m, frame, line)) std::printf(" %d:%d", cycle, value);
+  std::printf(
+      "# %s, after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
+      info->name, frames, m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
+      m->vic.reg[VIC2_SPRITE_ENABLE], m->vic.reg[VIC2_BORDER], m->vic.reg[VIC2_BACKGROUND0]);
+  std::printf("# last complete frame: colour of each visible side border (-1: more than one);\n");
+  std::printf("# writes to $D020 as cycle:colour\n# line left right  writes\n");
+  for (int line = first_picture_line - 1; line <= last_picture_line; ++line) {
+    std::printf("%6d %4d %5d  ", line, vic2_side_border_colour(info, frame, line, 1),
+                vic2_side_border_colour(info, frame, line, 0));
+    for (const C64BorderWrite &w : m->last_border_writes)
+      if (w.line == line) std::printf(" %d:%d", w.cycle, w.value);
     std::printf("\n");
+  }
+  if (png && !frame_write_png(png, frame, vic2_frame_width(&m->vic), info->lines, &error)) {
+    std::fprintf(stderr, "%s: %s\n", png, error.c_str());
+    return 1;
   }
   return 0;
 }

@@ -1,6 +1,10 @@
 // An NMOS 6502 core: the documented instructions with decimal mode, IRQ and NMI entry, and
 // one bus access per clock cycle (dummy reads and writes included), so that the machine
 // around it sees every access in the cycle in which the real chip makes it.
+//
+// Left out: the undocumented opcodes (fetching one stops the processor, `jammed`), the RDY
+// line as such (the machine holds the processor inside its bus calls instead) and the 6510's
+// I/O port at $00/$01, which the C64 machine keeps in its RAM.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,283 @@
+// preview: the "Preview on C64" window and the emulated machine behind it.
+//
+// Owns the window (window_preview), the machine and the bytes it runs, the image of the
+// visible screen and the real-time timer; all live from opening the window to closing it.
+// Reads the picture, the bars and the zoom and palette options; changes nothing of the editor.
+#include "preview.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "c64.h"
+#include "callbacks.h"
+#include "geometry.h"
+#include "main.h"
+#include "options.h"
+#include "palette.h"
+#include "support.h"
+
+#define _(text) g_dgettext("quillbar", text)
+
+GtkWidget *window_preview = nullptr;
+
+namespace {
+
+struct MachineChoice {
+  const char *label;
+  Vic2Model model;
+};
+constexpr MachineChoice kMachines[] = {{"PAL", VIC2_PAL_6569}, {"NTSC", VIC2_NTSC_6567R8}, {"PAL-N", VIC2_PALN_6572}};
+
+constexpr int kFastForwardFrames = 60;  // past the program's fade: the user sees the result at once
+constexpr int kMaxCatchUpFrames = 3;    // after a stall, frames run at once before pacing starts over
+constexpr int kSpacing = 4;
+
+struct Preview {
+  std::unique_ptr<C64> machine;
+  Vic2Model model = VIC2_PAL_6569;
+  unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
+  Surface image;                                            // the visible area at zoom 1
+  guint timer = 0;
+  bool iconified = false;
+  gint64 paced_from = 0;  // real time and frame count from which the timer keeps pace
+  uint64_t paced_frames = 0;
+};
+Preview preview;
+
+GtkWidget *named(GtkWidget *toplevel, GtkWidget *widget, const char *name) {
+  gtk_widget_show(widget);
+  GLADE_HOOKUP_OBJECT(toplevel, widget, name);
+  return widget;
+}
+
+const Vic2ModelInfo &model_info() { return vic2_models[preview.model]; }
+
+double frame_seconds() { return double(model_info().cycles_per_line) * model_info().lines / model_info().clock_hz; }
+
+void restart_pacing() {
+  preview.paced_from = g_get_monotonic_time();
+  preview.paced_frames = preview_frames();
+}
+
+// The visible lines and columns of the last complete frame, in the palette in force.
+void update_image() {
+  const Vic2ModelInfo &m = model_info();
+  const int width = m.last_x - m.first_x + 1, frame_width = m.cycles_per_line * 8;
+  if (!preview.image || cairo_image_surface_get_width(preview.image.get()) != width ||
+      cairo_image_surface_get_height(preview.image.get()) != m.visible_lines)
+    preview.image.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, m.visible_lines));
+  uint32_t colours[16];
+  for (int i = 0; i < 16; i++) {
+    unsigned char rgb[3];
+    palette_get_rgb_at_index(i, rgb);
+    colours[i] = uint32_t(rgb[0]) << 16 | rgb[1] << 8 | rgb[2];
+  }
+  cairo_surface_t *surface = preview.image.get();
+  cairo_surface_flush(surface);
+  unsigned char *data = cairo_image_surface_get_data(surface);
+  const int stride = cairo_image_surface_get_stride(surface);
+  const uint8_t *frame = vic2_frame(&preview.machine->vic);
+  for (int y = 0; y < m.visible_lines; y++) {
+    const uint8_t *row = frame + ((m.first_line + y) % m.lines) * frame_width + m.first_x;
+    uint32_t *out = reinterpret_cast<uint32_t *>(data + y * stride);
+    for (int x = 0; x < width; x++) out[x] = colours[row[x] & 15];
+  }
+  cairo_surface_mark_dirty(surface);
+}
+
+void update_status() {
+  const int differing =
+      preview_count_differing_lines(&model_info(), vic2_frame(&preview.machine->vic), preview.left, preview.right);
+  std::string verdict;
+  if (differing == 0)
+    verdict = _("Bars match the editor");
+  else if (differing == 1)
+    verdict = _("1 line differs from the editor");
+  else
+    verdict = std::to_string(differing) + _(" lines differ from the editor");
+  char *text = g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
+                               static_cast<unsigned long long>(preview_frames()), verdict.c_str());
+  gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text);
+  g_free(text);
+}
+
+void set_area_size() {
+  const Vic2ModelInfo &m = model_info();
+  const int z = options_expansion;
+  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), (m.last_x - m.first_x + 1) * z,
+                              m.visible_lines * z);
+}
+
+void show_frame() {
+  update_image();
+  update_status();
+  set_area_size();
+  gtk_widget_queue_draw(lookup_widget(window_preview, "drawingarea_preview"));
+}
+
+// Loads what Export would write now into a freshly powered-on machine and runs it past its fade.
+bool start_program() {
+  std::vector<unsigned char> prg;
+  if (!export_build_executable(&prg)) return false;
+  export_get_bar_tables(preview.left, preview.right);
+  if (!preview.machine) preview.machine = std::make_unique<C64>();
+  if (!c64_start(preview.machine.get(), prg, preview.model)) return false;
+  c64_run_frames(preview.machine.get(), kFastForwardFrames);
+  restart_pacing();
+  show_frame();
+  return true;
+}
+
+gboolean on_timer(gpointer) {
+  const double elapsed = (g_get_monotonic_time() - preview.paced_from) / 1e6;
+  const uint64_t due = preview.paced_frames + static_cast<uint64_t>(elapsed / frame_seconds());
+  uint64_t frames = preview_frames();
+  if (due <= frames) return TRUE;
+  if (due - frames > kMaxCatchUpFrames) restart_pacing();
+  for (int i = 0; i < kMaxCatchUpFrames && frames < due; i++, frames++) c64_run_frame(preview.machine.get());
+  show_frame();
+  return TRUE;
+}
+
+// The timer runs while the window can be seen.
+void update_timer() {
+  const bool visible = window_preview && GTK_WIDGET_MAPPED(window_preview) && !preview.iconified && preview.machine;
+  if (visible && !preview.timer) {
+    restart_pacing();
+    preview.timer = g_timeout_add(static_cast<guint>(frame_seconds() * 1000 / 2), on_timer, nullptr);
+  } else if (!visible && preview.timer) {
+    g_source_remove(preview.timer);
+    preview.timer = 0;
+  }
+}
+
+gboolean on_window_preview_map_event(GtkWidget *, GdkEvent *, gpointer) {
+  update_timer();
+  return FALSE;
+}
+
+gboolean on_window_preview_unmap_event(GtkWidget *, GdkEvent *, gpointer) {
+  // Still mapped while this signal runs: stop the timer outright.
+  if (preview.timer) g_source_remove(preview.timer);
+  preview.timer = 0;
+  return FALSE;
+}
+
+gboolean on_window_preview_window_state_event(GtkWidget *, GdkEventWindowState *event, gpointer) {
+  preview.iconified = event->new_window_state & GDK_WINDOW_STATE_ICONIFIED;
+  update_timer();
+  return FALSE;
+}
+
+// Closing stops the emulation and frees the machine.
+void on_window_preview_destroy(GtkObject *, gpointer) {
+  if (preview.timer) g_source_remove(preview.timer);
+  preview.timer = 0;
+  preview.machine.reset();
+  preview.image.reset();
+  preview.iconified = false;
+  window_preview = nullptr;
+}
+
+void on_combobox_preview_machine_changed(GtkComboBox *combo, gpointer) {
+  const int active = gtk_combo_box_get_active(combo);
+  if (active < 0) return;
+  preview.model = kMachines[active].model;
+  if (preview.timer) {
+    g_source_remove(preview.timer);
+    preview.timer = 0;
+  }
+  start_program();
+  update_timer();
+}
+
+void on_button_preview_restart_clicked(GtkButton *, gpointer) {
+  start_program();
+  update_timer();
+}
+
+gboolean on_drawingarea_preview_expose_event(GtkWidget *widget, GdkEventExpose *event, gpointer) {
+  if (!preview.image) return FALSE;
+  CairoContext cr(gdk_cairo_create(widget->window));
+  gdk_cairo_rectangle(cr.get(), &event->area);
+  cairo_clip(cr.get());
+  cairo_scale(cr.get(), options_expansion, options_expansion);
+  cairo_set_source_surface(cr.get(), preview.image.get(), 0, 0);
+  cairo_pattern_set_filter(cairo_get_source(cr.get()), CAIRO_FILTER_NEAREST);
+  cairo_paint(cr.get());
+  return TRUE;
+}
+
+}  // namespace
+
+GtkWidget *create_window_preview(void) {
+  GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+  gtk_window_set_title(GTK_WINDOW(window), _("Preview on C64"));
+  gtk_window_set_resizable(GTK_WINDOW(window), FALSE);
+  GLADE_HOOKUP_OBJECT_NO_REF(window, window, "window_preview");
+
+  GtkWidget *vbox = named(window, gtk_vbox_new(FALSE, kSpacing), "vbox_preview");
+  gtk_container_add(GTK_CONTAINER(window), vbox);
+  GtkWidget *controls = named(window, gtk_hbox_new(FALSE, kSpacing), "hbox_preview_controls");
+  gtk_container_set_border_width(GTK_CONTAINER(controls), kSpacing);
+  gtk_box_pack_start(GTK_BOX(vbox), controls, FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(controls),
+                     named(window, gtk_label_new_with_mnemonic(_("_Machine:")), "label_preview_machine"), FALSE, FALSE,
+                     0);
+  GtkWidget *combo = named(window, gtk_combo_box_new_text(), "combobox_preview_machine");
+  for (const MachineChoice &choice : kMachines) gtk_combo_box_append_text(GTK_COMBO_BOX(combo), choice.label);
+  gtk_label_set_mnemonic_widget(GTK_LABEL(lookup_widget(window, "label_preview_machine")), combo);
+  gtk_box_pack_start(GTK_BOX(controls), combo, FALSE, FALSE, 0);
+  GtkWidget *restart = named(window, gtk_button_new_with_mnemonic(_("_Restart")), "button_preview_restart");
+  gtk_button_set_image(GTK_BUTTON(restart), named(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON),
+                                                  "image_preview_restart"));
+  gtk_box_pack_start(GTK_BOX(controls), restart, FALSE, FALSE, 0);
+
+  gtk_box_pack_start(GTK_BOX(vbox), named(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE, FALSE, 0);
+  GtkWidget *status = named(window, gtk_label_new(""), "label_preview_status");
+  gtk_misc_set_alignment(GTK_MISC(status), 0.0, 0.5);
+  gtk_misc_set_padding(GTK_MISC(status), kSpacing, kSpacing);
+  gtk_box_pack_start(GTK_BOX(vbox), status, FALSE, FALSE, 0);
+
+  g_signal_connect(window, "destroy", G_CALLBACK(on_window_preview_destroy), nullptr);
+  g_signal_connect(window, "map_event", G_CALLBACK(on_window_preview_map_event), nullptr);
+  g_signal_connect(window, "unmap_event", G_CALLBACK(on_window_preview_unmap_event), nullptr);
+  g_signal_connect(window, "window_state_event", G_CALLBACK(on_window_preview_window_state_event), nullptr);
+  g_signal_connect(combo, "changed", G_CALLBACK(on_combobox_preview_machine_changed), nullptr);
+  g_signal_connect(restart, "clicked", G_CALLBACK(on_button_preview_restart_clicked), nullptr);
+  g_signal_connect(lookup_widget(window, "drawingarea_preview"), "expose_event",
+                   G_CALLBACK(on_drawingarea_preview_expose_event), nullptr);
+  return window;
+}
+
+void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  if (!window_preview) {
+    window_preview = create_window_preview();
+    if (window_main) gtk_window_set_transient_for(GTK_WINDOW(window_preview), GTK_WINDOW(window_main));
+    preview.model = kMachines[0].model;
+    // Selecting the first machine starts the program.
+    gtk_combo_box_set_active(GTK_COMBO_BOX(lookup_widget(window_preview, "combobox_preview_machine")), 0);
+  } else {
+    start_program();
+  }
+  gtk_window_present(GTK_WINDOW(window_preview));
+  update_timer();
+}
+
+int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left,
+                                  const uint8_t *right) {
+  int differing = 0;
+  for (int i = 0; i < picture_lines; i++) {
+    const int line = first_picture_line + i;
+    if (vic2_side_border_colour(model, frame, line, 1) != left[i] ||
+        vic2_side_border_colour(model, frame, line, 0) != right[i])
+      differing++;
+  }
+  return differing;
+}
+
+uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.frames : 0; }
+
+bool preview_running(void) { return preview.timer != 0; }

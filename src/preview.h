@@ -1,0 +1,28 @@
+// preview: the "Preview on C64" window. Runs the program that Export would write for the
+// current picture and bars on the emulated C64 of the chosen machine, in real time at the
+// editor's zoom, and tells whether the side borders it shows match the editor's bars.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <cstdint>
+
+#include "vic2.h"
+
+// The window while it is open, else NULL.
+extern GtkWidget *window_preview;
+
+// Tools > Preview on C64... (F9): opens the window (or brings it forward) and starts the
+// program afresh; without a picture reports " Info: First open a picture or project".
+void on_menuitem_tools_preview_activate(GtkMenuItem *menuitem, gpointer user_data);
+
+GtkWidget *create_window_preview(void);
+
+// Lines 51..250 whose visible left or right border in `frame` is not wholly the colour of the
+// export tables (entry i for line 51 + i).
+int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left,
+                                  const uint8_t *right);
+
+// Frames emulated since the program was started, and whether the real-time timer runs.
+uint64_t preview_frames(void);
+bool preview_running(void);

@@ -1,0 +1,131 @@
+// Tools > Preview on C64: the window, built and found by name, runs the exported program on
+// each machine, shows its frames at the editor's zoom, counts lines against the editor's bars,
+// keeps real time only while it can be seen, and lets go of the machine when closed.
+#include <cstring>
+
+#include "c64.h"
+#include "file_commands.h"
+#include "preview.h"
+
+namespace {
+
+constexpr int kPaper = 0x10;  // white ink on black paper in every cell
+constexpr int kBorder = 6;
+
+class Preview : public ExportTest {
+ protected:
+  void SetUp() override {
+    ExportTest::SetUp();
+    write_file(dir.file("pic.art"), art_studio_picture(kPaper, kBorder));
+    ASSERT_EQ(open_picture(dir.file("pic.art").c_str(), 1), 1);
+    // Compact mode bars: a different colour on every line of the left border, one bar right.
+    activate("menuitem_interface_compact");
+    for (int line = 51; line <= 250; line++) colors_left[line] = line % 16;
+    for (int line = 100; line < 120; line++) colors_right[line] = 7;
+  }
+  void TearDown() override {
+    if (window_preview) gtk_widget_destroy(window_preview);
+  }
+  static GtkWidget *widget(const char *name) { return lookup_widget(window_preview, name); }
+  static std::string status() { return gtk_label_get_text(GTK_LABEL(widget("label_preview_status"))); }
+  // The colour shown at frame pixel x of raster line `line` of that machine.
+  static unsigned shown(Vic2Model model, int x, int line) {
+    pump_events();
+    GdkPixbuf *grab = grab_widget(widget("drawingarea_preview"));
+    const int z = options_expansion;
+    const Vic2ModelInfo &m = vic2_models[model];
+    const unsigned rgb = pixel_at(grab, (x - m.first_x) * z + z / 2, (line - m.first_line) * z + z / 2);
+    g_object_unref(grab);
+    return rgb;
+  }
+};
+
+}  // namespace
+
+TEST_F(Preview, NeedsAPicture) {
+  picture_loaded = 0;
+  activate("menuitem_tools_preview");
+  EXPECT_EQ(window_preview, nullptr);
+  EXPECT_EQ(status_text(), " Info: First open a picture or project");
+}
+
+// Each machine runs the program past its fade at once and plays the editor's bars; a
+// changed bar reaches the machine on Restart.
+TEST_F(Preview, RunsTheExportOnEachMachine) {
+  activate("menuitem_zoom_2x");
+  activate("menuitem_tools_preview");
+  ASSERT_NE(window_preview, nullptr);
+  for (const char *name :
+       {"combobox_preview_machine", "button_preview_restart", "drawingarea_preview", "label_preview_status"})
+    EXPECT_NE(widget(name), nullptr) << name;
+  struct Row {
+    int active;
+    Vic2Model model;
+    const char *status;
+  };
+  const Row rows[] = {{0, VIC2_PAL_6569, "PAL 6569, frame 60: Bars match the editor"},
+                      {1, VIC2_NTSC_6567R8, "NTSC 6567R8, frame 60: Bars match the editor"},
+                      {2, VIC2_PALN_6572, "PAL-N 6572, frame 60: Bars match the editor"}};
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.status);
+    gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), row.active);
+    EXPECT_EQ(status(), row.status);                        // read before the timer's first tick
+    EXPECT_EQ(shown(row.model, 100, 60), rgb_of(60 % 16));  // left border
+    EXPECT_EQ(shown(row.model, 470, 110), rgb_of(7));       // right border bar
+    EXPECT_EQ(shown(row.model, 470, 130), rgb_of(kBorder));
+    EXPECT_EQ(shown(row.model, 200, 60), rgb_of(0));  // the picture's black paper
+  }
+  colors_right[130] = 2;
+  gtk_button_clicked(GTK_BUTTON(widget("button_preview_restart")));
+  EXPECT_EQ(status(), "PAL-N 6572, frame 60: Bars match the editor");
+  EXPECT_EQ(shown(VIC2_PALN_6572, 470, 130), rgb_of(2));
+}
+
+// The frames follow the clock while the window shows; hidden, the machine stands still;
+// closed, it is gone.
+TEST_F(Preview, RunsInRealTimeOnlyWhileShown) {
+  activate("menuitem_tools_preview");
+  pump_events(300);
+  EXPECT_TRUE(preview_running());
+  const uint64_t after = preview_frames();
+  EXPECT_GE(after, 70u);  // 60 fast-forwarded, then about 15 in 300 ms
+  EXPECT_LE(after, 80u);
+  gtk_widget_hide(window_preview);
+  pump_events(100);
+  EXPECT_FALSE(preview_running());
+  const uint64_t hidden = preview_frames();
+  pump_events(200);
+  EXPECT_EQ(preview_frames(), hidden);
+  gtk_widget_show(window_preview);
+  pump_events(200);
+  EXPECT_TRUE(preview_running());
+  EXPECT_GT(preview_frames(), hidden);
+  gtk_widget_destroy(window_preview);
+  EXPECT_EQ(window_preview, nullptr);
+  EXPECT_FALSE(preview_running());
+  EXPECT_EQ(preview_frames(), 0u);
+}
+
+// A line counts when either of its visible side border segments is not wholly its colour.
+TEST(PreviewCount, CountsLinesThatDiffer) {
+  const Vic2ModelInfo *model = &vic2_models[VIC2_PAL_6569];
+  const int width = model->cycles_per_line * 8;
+  std::vector<uint8_t> frame(static_cast<size_t>(width) * model->lines, 3);
+  uint8_t left[200], right[200];
+  std::memset(left, 3, sizeof left);
+  std::memset(right, 3, sizeof right);
+  struct Row {
+    int line, x;
+    int differing;
+  };
+  const Row rows[] = {{51, model->first_x, 1},      {250, model->last_x, 1}, {100, 135, 1}, {100, 456, 1},
+                      {100, model->first_x - 1, 0}, {100, 136, 0},           {50, 100, 0}};
+  for (const Row &row : rows) {
+    std::vector<uint8_t> changed = frame;
+    changed[row.line * width + row.x] = 9;
+    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left, right), row.differing)
+        << row.line << "," << row.x;
+  }
+  right[0] = 4;
+  EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left, right), 1);
+}
