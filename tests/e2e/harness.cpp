@@ -2,8 +2,8 @@
 // xdotool input and read-back of windows and pixels (see harness.h).
 #include "harness.h"
 
-#include <X11/Xlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <gtk/gtk.h>
 #include <poll.h>
@@ -52,8 +52,8 @@ std::vector<unsigned long> property(Window w, const char *name, Atom type, std::
   unsigned long count = 0, after = 0;
   unsigned char *data = nullptr;
   std::vector<unsigned long> values;
-  if (XGetWindowProperty(server, w, atom(name), 0, 65536, False, type, &actual, &format, &count, &after,
-                         &data) == Success &&
+  if (XGetWindowProperty(server, w, atom(name), 0, 65536, False, type, &actual, &format, &count, &after, &data) ==
+          Success &&
       data) {
     if (format == 32)
       values.assign(reinterpret_cast<unsigned long *>(data), reinterpret_cast<unsigned long *>(data) + count);
@@ -122,22 +122,26 @@ const Ink &reference_ink(const std::string &text) {
   gtk_container_add(GTK_CONTAINER(popup), label);
   gtk_widget_show_all(popup);
   Ink ink;
-  wait_for([&] {
-    while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
-    gdk_window_process_updates(popup->window, TRUE);
-    gdk_flush();
-    GdkPixbuf *image = gdk_pixbuf_get_from_drawable(nullptr, popup->window, nullptr, 0, 0, 0, 0,
-                                                    popup->allocation.width, popup->allocation.height);
-    if (!image) return false;
-    const guchar *p = gdk_pixbuf_get_pixels(image);
-    const int stride = gdk_pixbuf_get_rowstride(image), channels = gdk_pixbuf_get_n_channels(image);
-    ink = ink_of([&](int x, int y) {
-      const guchar *q = p + y * stride + x * channels;
-      return uint32_t(q[0]) << 16 | q[1] << 8 | q[2];
-    }, gdk_pixbuf_get_width(image), gdk_pixbuf_get_height(image));
-    g_object_unref(image);
-    return ink.width > 0;
-  }, 5.0);
+  wait_for(
+      [&] {
+        while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
+        gdk_window_process_updates(popup->window, TRUE);
+        gdk_flush();
+        GdkPixbuf *image = gdk_pixbuf_get_from_drawable(nullptr, popup->window, nullptr, 0, 0, 0, 0,
+                                                        popup->allocation.width, popup->allocation.height);
+        if (!image) return false;
+        const guchar *p = gdk_pixbuf_get_pixels(image);
+        const int stride = gdk_pixbuf_get_rowstride(image), channels = gdk_pixbuf_get_n_channels(image);
+        ink = ink_of(
+            [&](int x, int y) {
+              const guchar *q = p + y * stride + x * channels;
+              return uint32_t(q[0]) << 16 | q[1] << 8 | q[2];
+            },
+            gdk_pixbuf_get_width(image), gdk_pixbuf_get_height(image));
+        g_object_unref(image);
+        return ink.width > 0;
+      },
+      5.0);
   gtk_widget_destroy(popup);
   while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
   return cache[text] = ink;
@@ -163,8 +167,8 @@ Child::Child(const std::vector<std::string> &argv, const std::vector<std::string
   GPid pid = -1;
   const GSpawnFlags flags = GSpawnFlags(G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL |
                                         (out ? 0 : G_SPAWN_STDOUT_TO_DEV_NULL));
-  if (!g_spawn_async_with_pipes(nullptr, args.data(), envp.data(), flags, die_with_parent, nullptr, &pid, nullptr,
-                                out, nullptr, &error)) {
+  if (!g_spawn_async_with_pipes(nullptr, args.data(), envp.data(), flags, die_with_parent, nullptr, &pid, nullptr, out,
+                                nullptr, &error)) {
     ADD_FAILURE() << "cannot start " << argv[0] << ": " << error->message;
     g_error_free(error);
     return;
@@ -253,9 +257,14 @@ Session::~Session() {
 }
 
 std::vector<std::string> Session::environment(const std::string &home) const {
-  std::vector<std::string> env = {"HOME=" + home, "XDG_CONFIG_HOME=" + home + "/.config",
-                                  "XDG_DATA_HOME=" + home + "/.local/share", "XDG_CACHE_HOME=" + home + "/.cache",
-                                  "DISPLAY=" + name_, "NO_AT_BRIDGE=1", "LANG=C.UTF-8", "LC_ALL=C.UTF-8"};
+  std::vector<std::string> env = {"HOME=" + home,
+                                  "XDG_CONFIG_HOME=" + home + "/.config",
+                                  "XDG_DATA_HOME=" + home + "/.local/share",
+                                  "XDG_CACHE_HOME=" + home + "/.cache",
+                                  "DISPLAY=" + name_,
+                                  "NO_AT_BRIDGE=1",
+                                  "LANG=C.UTF-8",
+                                  "LC_ALL=C.UTF-8"};
   if (const char *path = g_getenv("PATH")) env.push_back(std::string("PATH=") + path);
   return env;
 }
@@ -375,11 +384,13 @@ bool App::has_window(const std::string &title) const {
 }
 
 bool App::wait_window(const std::string &title, double seconds) const {
-  return wait_for([&] {
-    for (const auto &[w, name] : windows())
-      if (name == title && has_focus(w)) return true;
-    return false;
-  }, seconds);
+  return wait_for(
+      [&] {
+        for (const auto &[w, name] : windows())
+          if (name == title && has_focus(w)) return true;
+        return false;
+      },
+      seconds);
 }
 
 bool App::wait_gone(const std::string &title, double seconds) const {
@@ -419,26 +430,28 @@ bool App::status_shows(const std::string &text, bool whole) const {
   const Shot edge = grab({c.x + 1, c.y, 1, c.height});
   int top = c.y + c.height - 2;
   while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
-  return wait_for([&] {
-    const Shot strip = grab({c.x + 2, top + 1, c.width - kGrip, c.y + c.height - 2 - (top + 1)});
-    auto pixel = [&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); };
-    const Ink shown = ink_of(pixel, strip.area.width, strip.area.height);
-    if (whole) return shown == expected;
-    // A beginning: the expected ink at the left end of the shown ink, at some height.
-    int left = strip.area.width;
-    for (int y = 0; y < strip.area.height; y++)
-      for (int x = 0; x < left; x++)
-        if (dark(pixel(x, y))) left = x;
-    if (left + expected.width > strip.area.width) return false;
-    for (int top = 0; top + expected.height <= strip.area.height; top++) {
-      bool same = true;
-      for (int y = 0; y < expected.height && same; y++)
-        for (int x = 0; x < expected.width && same; x++)
-          same = dark(pixel(left + x, top + y)) == expected.dots[y * expected.width + x];
-      if (same) return true;
-    }
-    return false;
-  }, 5.0);
+  return wait_for(
+      [&] {
+        const Shot strip = grab({c.x + 2, top + 1, c.width - kGrip, c.y + c.height - 2 - (top + 1)});
+        auto pixel = [&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); };
+        const Ink shown = ink_of(pixel, strip.area.width, strip.area.height);
+        if (whole) return shown == expected;
+        // A beginning: the expected ink at the left end of the shown ink, at some height.
+        int left = strip.area.width;
+        for (int y = 0; y < strip.area.height; y++)
+          for (int x = 0; x < left; x++)
+            if (dark(pixel(x, y))) left = x;
+        if (left + expected.width > strip.area.width) return false;
+        for (int top = 0; top + expected.height <= strip.area.height; top++) {
+          bool same = true;
+          for (int y = 0; y < expected.height && same; y++)
+            for (int x = 0; x < expected.width && same; x++)
+              same = dark(pixel(left + x, top + y)) == expected.dots[y * expected.width + x];
+          if (same) return true;
+        }
+        return false;
+      },
+      5.0);
 }
 
 bool App::close_error_box() const {

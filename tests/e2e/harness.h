@@ -31,8 +31,8 @@ class Child {
   Child(const Child &) = delete;
   Child &operator=(const Child &) = delete;
   int pid() const { return pid_; }
-  bool running();                   // reaps it when it has ended
-  int wait_exit(double seconds);    // its exit status, or -1 when it did not end in time
+  bool running();                 // reaps it when it has ended
+  int wait_exit(double seconds);  // its exit status, or -1 when it did not end in time
   void kill_now();
 
  private:
@@ -94,7 +94,7 @@ class App {
   bool wait_gone(const std::string &title, double seconds = 10.0) const;
   bool has_window(const std::string &title) const;
   bool wait_main_focus(double seconds = 10.0) const;
-  Rect client() const;  // the main window's inside, in screen coordinates
+  Rect client() const;                          // the main window's inside, in screen coordinates
   Rect client(const std::string &title) const;  // the inside of the program's window titled so
   Shot shot() const { return grab(client()); }
   // The status bar shows `text`, or (with `whole` false) begins with it; compared with the

@@ -316,8 +316,11 @@ TEST_F(EndToEnd, FirstStart) {
   GKeyFile *keys = g_key_file_new();
   ASSERT_TRUE(g_key_file_load_from_file(keys, settings.c_str(), G_KEY_FILE_NONE, nullptr));
   const std::vector<std::tuple<const char *, const char *, const char *>> defaults = {
-      {"interface", "input_mode", "1"}, {"interface", "palette", "0"}, {"interface", "expansion", "1"},
-      {"misc", "reencode_graphics", "false"}, {"directories", "picture_dir", "(NULL)"}};
+      {"interface", "input_mode", "1"},
+      {"interface", "palette", "0"},
+      {"interface", "expansion", "1"},
+      {"misc", "reencode_graphics", "false"},
+      {"directories", "picture_dir", "(NULL)"}};
   for (auto [group, key, value] : defaults) {
     gchar *got = g_key_file_get_value(keys, group, key, nullptr);
     EXPECT_STREQ(got, value) << group << "/" << key;
@@ -462,7 +465,6 @@ TEST_F(EndToEnd, SaveQuitStartAgainAndOpen) {
   EXPECT_TRUE(app->quit());
 }
 
-
 // PNG export through the menu at zoom 3: 384 x 272, the screen's content at zoom 1 (PAL lines
 // 16..287, 32 pixels of side border).
 TEST_F(EndToEnd, PngExport) {
@@ -593,7 +595,8 @@ TEST_F(EndToEnd, BadInput) {
   g_rmdir(work.file("sub").c_str());
   press_keys("F2");
   EXPECT_TRUE(app->close_error_box());
-  EXPECT_TRUE(app->status_shows(" Error: Failed to create file “" + work.file("sub/p.ini") + "”: No such file or directory"));
+  EXPECT_TRUE(
+      app->status_shows(" Error: Failed to create file “" + work.file("sub/p.ini") + "”: No such file or directory"));
   choose("shift+F2", "Save project file", work.file("again"), true);
   EXPECT_TRUE(app->wait_title("Quillbar - again.ini"));
 
