@@ -421,17 +421,18 @@ Rect App::client(const std::string &title) const {
   return {};
 }
 
-bool App::status_shows(const std::string &text, bool whole) const {
+bool App::status_shows(const std::string &text, bool whole, double seconds) const {
   // The status bar is the window's bottom strip inside a dark frame line (found up the frame's
   // left side); the frame and the resize grip are left out.
   constexpr int kGrip = 24;
   const Rect c = client();
   const Ink &expected = reference_ink(text);
-  const Shot edge = grab({c.x + 1, c.y, 1, c.height});
-  int top = c.y + c.height - 2;
-  while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
   return wait_for(
       [&] {
+        // Looked for again every time: the window may not be drawn yet.
+        const Shot edge = grab({c.x + 1, c.y, 1, c.height});
+        int top = c.y + c.height - 2;
+        while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
         const Shot strip = grab({c.x + 2, top + 1, c.width - kGrip, c.y + c.height - 2 - (top + 1)});
         auto pixel = [&](int x, int y) { return strip.at(strip.area.x + x, strip.area.y + y); };
         const Ink shown = ink_of(pixel, strip.area.width, strip.area.height);
@@ -451,7 +452,7 @@ bool App::status_shows(const std::string &text, bool whole) const {
         }
         return false;
       },
-      5.0);
+      seconds);
 }
 
 bool App::close_error_box() const {

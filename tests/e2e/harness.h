@@ -99,7 +99,7 @@ class App {
   Shot shot() const { return grab(client()); }
   // The status bar shows `text`, or (with `whole` false) begins with it; compared with the
   // same text drawn by the toolkit here.
-  bool status_shows(const std::string &text, bool whole = true) const;
+  bool status_shows(const std::string &text, bool whole = true, double seconds = 5.0) const;
   // Waits for an error box, then closes it with its OK button's key.
   bool close_error_box() const;
   // Quits through the menu key and the confirmation; true when the program ended with 0.

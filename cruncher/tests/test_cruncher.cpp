@@ -1,0 +1,187 @@
+// The cruncher on generated programs, each crunched program run on the 6502 core from its
+// SYS line to the start address: every program byte back in place, $01 and the stack as
+// they were, zero page untouched outside the BASIC work area the decruncher borrows; the
+// programs that cannot fit are refused; the start address and SYS line readers.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "cruncher.h"
+#include "sfxrun.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr unsigned kBorrowedZeroPage[] = {0x57, 0x58, 0x59, 0x5A, 0x5B, 0x5C, 0x5D};  // BASIC's float work area
+constexpr size_t kBasicBytes = kBasicEnd - kBasicStart;
+
+Bytes prg_at(unsigned load, const Bytes &data) {
+  Bytes prg(2 + data.size());
+  prg[0] = static_cast<uint8_t>(load);
+  prg[1] = static_cast<uint8_t>(load >> 8);
+  std::copy(data.begin(), data.end(), prg.begin() + 2);
+  return prg;
+}
+
+Bytes random_bytes(size_t n, unsigned seed) {
+  std::mt19937 random(seed);
+  Bytes b(n);
+  for (uint8_t &x : b) x = static_cast<uint8_t>(random());
+  return b;
+}
+
+// Picture-like data: 8-byte cells repeating with variations, zero gaps, a 1000-byte block.
+Bytes bitmap_like(size_t n) {
+  Bytes b(n, 0);
+  std::mt19937 random(5);
+  for (size_t i = 0; i < n; ++i) {
+    if (i % 4000 > 3000) continue;  // zero gaps
+    b[i] = static_cast<uint8_t>(i % 8 < 4           ? 0x55 << (i / 320 % 2)
+                                : random() % 3 == 0 ? random()
+                                                    : b[i >= 8 ? i - 8 : i]);
+  }
+  return b;
+}
+
+// Crunches and runs; checks everything a freshly started program may rely on.
+void expect_round_trip(const std::string &what, const Bytes &prg, long start) {
+  SCOPED_TRACE(what);
+  Bytes out;
+  std::string error;
+  CrunchStats stats;
+  ASSERT_TRUE(cruncher_crunch(prg, start, &out, &error, &stats)) << error;
+  EXPECT_EQ(out[0] | out[1] << 8, static_cast<int>(kBasicStart));
+  EXPECT_EQ(stats.output_bytes, out.size());
+  const uint16_t entry = static_cast<uint16_t>(start == kStartFromSys ? cruncher_sys_address(prg) : start);
+  SfxRun run;
+  ASSERT_TRUE(sfx_run(out, entry, &run));
+  ASSERT_TRUE(run.reached) << "cycles " << run.cycles;
+  const unsigned load = prg[0] | prg[1] << 8;
+  EXPECT_TRUE(std::equal(prg.begin() + 2, prg.end(), run.ram.begin() + load)) << "program bytes differ";
+  EXPECT_EQ(run.ram[1], 0x37);
+  EXPECT_EQ(run.sp_after, run.sp_before);
+  for (unsigned a = 0; a < 0x100; ++a) {
+    if (std::find(std::begin(kBorrowedZeroPage), std::end(kBorrowedZeroPage), a) == std::end(kBorrowedZeroPage)) {
+      ASSERT_EQ(run.ram[a], run.ram_before[a]) << "zero page $" << std::hex << a;
+    }
+  }
+  EXPECT_TRUE(std::equal(run.ram.begin() + 0x100 + run.sp_before + 1, run.ram.begin() + 0x200,
+                         run.ram_before.begin() + 0x100 + run.sp_before + 1))
+      << "stack above SP";
+}
+
+}  // namespace
+
+TEST(Cruncher, RestoresEveryKindOfProgram) {
+  Bytes basic_sys = {0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', '6', '1', 0, 0, 0, 0xEA, 0x60};
+  Bytes with_sys = prg_at(kBasicStart, basic_sys);
+  const Bytes large_random = random_bytes(12000, 1);
+  struct Row {
+    const char *what;
+    Bytes prg;
+    long start;
+  };
+  const Row rows[] = {
+      {"one byte", prg_at(kBasicStart, {0x60}), kBasicStart},
+      {"one byte high up", prg_at(0x9D00, {0x60}), 0x9D00},
+      {"random, small", prg_at(kBasicStart, random_bytes(1000, 2)), 0x0900},
+      {"random, large", prg_at(0x1000, large_random), 0x1000 + 11999},
+      {"all zero, longer than one match may be", prg_at(kBasicStart, Bytes(38000, 0)), kBasicStart},
+      {"one byte repeated with a period",
+       prg_at(kBasicStart,
+              [] {
+                Bytes b(20000);
+                for (size_t i = 0; i < b.size(); ++i) b[i] = i % 3 ? 0xAA : 0x55;
+                return b;
+              }()),
+       0x2000},
+      {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
+      {"loads above the crunched file", prg_at(0x8000, bitmap_like(4000)), 0x8000},
+      {"start from the SYS line", with_sys, kStartFromSys},
+  };
+  for (const Row &row : rows) expect_round_trip(row.what, row.prg, row.start);
+}
+
+// The whole BASIC area fits when it crunches well; one byte more is refused with a message,
+// and so is data that does not crunch enough to leave room for the decruncher.
+TEST(Cruncher, LargestProgramThatFitsAndTooLarge) {
+  expect_round_trip("largest", prg_at(kBasicStart, bitmap_like(kBasicBytes - 1024)), kBasicStart);
+  struct Row {
+    const char *what;
+    Bytes prg;
+    long start;
+    const char *message;
+  };
+  const Row rows[] = {
+      {"past the BASIC area", prg_at(kBasicStart, Bytes(kBasicBytes + 1, 0)), kBasicStart, "must lie within"},
+      {"random filling it", prg_at(kBasicStart, random_bytes(30000, 3)), kBasicStart, "too large"},
+      {"below the BASIC area", prg_at(0x0400, Bytes(10, 0)), 0x0400, "must lie within"},
+      {"start before the data", prg_at(0x1000, Bytes(10, 0)), 0x0FFF, "outside"},
+      {"start after the data", prg_at(0x1000, Bytes(10, 0)), 0x100A, "outside"},
+      {"sys without a SYS line", prg_at(kBasicStart, Bytes(10, 0)), kStartFromSys, "no SYS"},
+      {"sys with another load address", prg_at(0x1000, Bytes(10, 0)), kStartFromSys, "$0801"},
+      {"no data", Bytes{0x01, 0x08}, kBasicStart, "not a PRG"},
+  };
+  for (const Row &row : rows) {
+    Bytes out = {1, 2, 3};
+    std::string error;
+    EXPECT_FALSE(cruncher_crunch(row.prg, row.start, &out, &error)) << row.what;
+    EXPECT_NE(error.find(row.message), std::string::npos) << row.what << ": " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << row.what;
+    EXPECT_EQ(out, (Bytes{1, 2, 3})) << row.what;
+  }
+}
+
+// The crunched file of picture-like data is much smaller than the program, and its stream
+// is most of it; the same input gives the same output.
+TEST(Cruncher, CompressesAndIsDeterministic) {
+  const Bytes prg = prg_at(kBasicStart, bitmap_like(15000));
+  Bytes a, b;
+  std::string error;
+  CrunchStats stats;
+  ASSERT_TRUE(cruncher_crunch(prg, 2061, &a, &error, &stats));
+  ASSERT_TRUE(cruncher_crunch(prg, 2061, &b, &error));
+  EXPECT_EQ(a, b);
+  EXPECT_LT(a.size(), prg.size() / 2);
+  EXPECT_EQ(stats.output_bytes, 2 + stats.decruncher_bytes + stats.stream_bytes + stats.tail_bytes);
+  EXPECT_GT(stats.new_matches + stats.repeat_matches, 10u);
+}
+
+TEST(Cruncher, StartAddressesAndSysLines) {
+  struct Row {
+    const char *text;
+    bool ok;
+    long value;
+  };
+  const Row rows[] = {{"2061", true, 2061},
+                      {"$080d", true, 0x080D},
+                      {"0x80D", true, 0x080D},
+                      {"0X1000", true, 0x1000},
+                      {"sys", true, kStartFromSys},
+                      {"65535", true, 65535},
+                      {"65536", false, 0},
+                      {"$", false, 0},
+                      {"12a", false, 0},
+                      {"", false, 0},
+                      {"-1", false, 0},
+                      {"SYS", false, 0},
+                      {"$10000", false, 0}};
+  for (const Row &row : rows) {
+    long value = 0;
+    EXPECT_EQ(cruncher_parse_start(row.text, &value), row.ok) << row.text;
+    if (row.ok) {
+      EXPECT_EQ(value, row.value) << row.text;
+    }
+  }
+  struct Line {
+    Bytes prg;
+    long sys;
+  };
+  const Line lines[] = {{{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', '6', '1', 0}, 2061},
+                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, ' ', '4', '9', '1', '5', '2', 0}, 49152},
+                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x99, '2', '0', 0}, -1},  // PRINT, not SYS
+                        {{0x01, 0x10, 0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', 0}, -1},  // not at $0801
+                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0}, -1}};
+  for (const Line &line : lines) EXPECT_EQ(cruncher_sys_address(line.prg), line.sys);
+}
