@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int kScreenWidth = 1920, kScreenHeight = 1440;
+constexpr int kDisplayWidth = 1920, kDisplayHeight = 1440;
 constexpr double kPoll = 0.005;  // seconds between two looks at a condition
 
 Display *server = nullptr;  // the session's connection, once it is open
@@ -117,7 +117,7 @@ const Ink &reference_ink(const std::string &text) {
   auto found = cache.find(text);
   if (found != cache.end()) return found->second;
   GtkWidget *popup = gtk_window_new(GTK_WINDOW_POPUP);  // the window manager leaves it alone
-  gtk_window_move(GTK_WINDOW(popup), 0, kScreenHeight - 40);
+  gtk_window_move(GTK_WINDOW(popup), 0, kDisplayHeight - 40);
   GtkWidget *label = gtk_label_new(text.c_str());
   gtk_container_add(GTK_CONTAINER(popup), label);
   gtk_widget_show_all(popup);
@@ -213,7 +213,7 @@ Session &Session::get() {
 
 Session::Session() {
   int out = -1;
-  const std::string size = std::to_string(kScreenWidth) + "x" + std::to_string(kScreenHeight) + "x24";
+  const std::string size = std::to_string(kDisplayWidth) + "x" + std::to_string(kDisplayHeight) + "x24";
   server_ = std::make_unique<Child>(
       std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset"},
       environment(home_.path()), &out);
@@ -291,8 +291,8 @@ void click_at(int x, int y) {
 Shot grab(const Rect &wanted) {
   // Clipped to the screen; a window that has just gone gives an empty shot.
   Rect area = wanted;
-  area.width = std::max(0, std::min(area.x + area.width, kScreenWidth) - std::max(area.x, 0));
-  area.height = std::max(0, std::min(area.y + area.height, kScreenHeight) - std::max(area.y, 0));
+  area.width = std::max(0, std::min(area.x + area.width, kDisplayWidth) - std::max(area.x, 0));
+  area.height = std::max(0, std::min(area.y + area.height, kDisplayHeight) - std::max(area.y, 0));
   area.x = std::max(area.x, 0);
   area.y = std::max(area.y, 0);
   Shot shot{area, {}};
@@ -305,6 +305,8 @@ Shot grab(const Rect &wanted) {
   XDestroyImage(image);
   return shot;
 }
+
+Shot grab_screen() { return grab({0, 0, kDisplayWidth, kDisplayHeight}); }
 
 void Shot::save(const std::string &path) const {
   GdkPixbuf *image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, area.width, area.height);

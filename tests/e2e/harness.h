@@ -79,6 +79,7 @@ void type_text(const std::string &text);
 void click_at(int x, int y);
 
 Shot grab(const Rect &area);
+Shot grab_screen();  // the whole X screen
 
 // The built program, started with its own home (HOME and XDG_CONFIG_HOME under `home`).
 class App {

@@ -7,16 +7,11 @@
 #include <optional>
 
 #include "c64.h"
+#include "geometry.h"
 #include "harness.h"
 #include "palette.h"
 
 namespace {
-
-// The screen's geometry at zoom 1 (PAL lines 3..298 shown; the picture on lines 51..250).
-constexpr int kBorderWidth = 48, kPictureWidth = 320, kPictureHeight = 200;
-constexpr int kScreenWidth = 2 * kBorderWidth + kPictureWidth, kScreenHeight = 296;
-constexpr int kFirstLine = 3, kPictureLine = 51;
-constexpr int kOuterStrip = 4;  // the side borders' outer edge is always black
 
 uint32_t rgb(int index) {
   unsigned char c[3];
@@ -28,12 +23,12 @@ uint32_t rgb(int index) {
 struct View {
   int x = 0, y = 0, zoom = 1;
   // Screen coordinates of the middle of a picture pixel, and of a side border's row for a line.
-  int picture_x(int px) const { return x + (kBorderWidth + px) * zoom + zoom / 2; }
-  int picture_y(int py) const { return y + (kBorderWidth + py) * zoom + zoom / 2; }
-  int line_y(int line) const { return y + (line - kFirstLine) * zoom + zoom / 2; }
-  int left_x() const { return x + kBorderWidth * zoom / 2; }
-  int right_x() const { return x + (kBorderWidth + kPictureWidth + kBorderWidth / 2) * zoom; }
-  int right_edge() const { return x + kScreenWidth * zoom; }
+  int picture_x(int px) const { return x + (vert_border_width + px) * zoom + zoom / 2; }
+  int picture_y(int py) const { return y + (horiz_border_height + py) * zoom + zoom / 2; }
+  int line_y(int line) const { return y + ::line_y(line, zoom) + zoom / 2; }
+  int left_x() const { return x + vert_border_width * zoom / 2; }
+  int right_x() const { return x + (screen_width - vert_border_width / 2) * zoom; }
+  int right_edge() const { return x + screen_width * zoom; }
 };
 
 // Finds the screen in a screenshot: its top row is one run of the border colour across the
@@ -47,8 +42,8 @@ std::optional<View> locate(const Shot &shot, int zoom, uint32_t border) {
       int end = x;
       while (end + 1 < a.x + a.width && shot.at(end + 1, y) == border) end++;
       const int length = end - x + 1;
-      if (length >= (kScreenWidth - 2 * kOuterStrip) * zoom && length <= kScreenWidth * zoom)
-        return View{(x + end + 1) / 2 - kScreenWidth * zoom / 2, y, zoom};
+      if (length >= (screen_width - 2 * outer_strip_width) * zoom && length <= screen_width * zoom)
+        return View{(x + end + 1) / 2 - screen_width * zoom / 2, y, zoom};
       x = end;
     }
   return std::nullopt;
@@ -99,8 +94,8 @@ int art_colour(int px, int py) {
 // Picture pixels looked at: corners, edges and a spread over the inside.
 std::vector<std::pair<int, int>> sample_points() {
   std::vector<std::pair<int, int>> points = {{0, 0}, {319, 0}, {0, 199}, {319, 199}};
-  for (int py = 3; py < kPictureHeight; py += 37)
-    for (int px = 1; px < kPictureWidth; px += 13) points.emplace_back(px, py);
+  for (int py = 3; py < picture_height; py += 37)
+    for (int px = 1; px < picture_width; px += 13) points.emplace_back(px, py);
   return points;
 }
 
@@ -119,8 +114,8 @@ std::string bar_group(const std::string &side, const Bars &bars) {
   return "[" + side + "]\nstart=" + start + "\nheight=" + height + "\ncolor=" + colour + "\n";
 }
 
-constexpr int kToolBarWidth = 45;  // wide enough to hold the tool buttons' icons
-constexpr int kPickerCell = 16;    // one colour of the picker at zoom 1
+constexpr int kToolBarWidth = 45;                // wide enough to hold the tool buttons' icons
+constexpr int kPickerCell = palette_width / 16;  // one colour of the picker at zoom 1
 
 class EndToEnd : public ::testing::Test {
  protected:
@@ -145,7 +140,7 @@ class EndToEnd : public ::testing::Test {
   // The whole X screen, saved for a human when something went wrong.
   void save_screen(const std::string &name) {
     const auto *info = ::testing::UnitTest::GetInstance()->current_test_info();
-    grab({0, 0, 1920, 1440}).save(std::string("e2e-shots/") + info->name() + "-" + name + ".png");
+    grab_screen().save(std::string("e2e-shots/") + info->name() + "-" + name + ".png");
   }
 
   // Waits until the screen shows with the border colour at the zoom, and returns it.
@@ -160,8 +155,10 @@ class EndToEnd : public ::testing::Test {
   }
 
   // Runs a chooser through its menu key, types `path` and accepts. An open chooser gets the
-  // path in its location field (opened with Control+L, wherever the chooser shows); a save
-  // chooser in its name field, replacing the suggested name. A full path works in both.
+  // path in its location field, which the first typed character opens wherever the chooser
+  // shows (its text is then replaced whole, as typing fast into a fresh field loses part of
+  // it); a save chooser in its name field, replacing the suggested name. A full path works in
+  // both.
   void choose(const std::string &keys, const std::string &chooser, const std::string &path, bool save = false) {
     ASSERT_TRUE(app->wait_main_focus());
     press_keys(keys);
@@ -218,7 +215,7 @@ class EndToEnd : public ::testing::Test {
   // 3..298, as palette indexes (-1 for a colour of no index).
   static std::vector<int> border_lines(const Shot &s, const View &v, int side) {
     std::vector<int> colours;
-    for (int line = kFirstLine; line < kFirstLine + kScreenHeight; line++) {
+    for (int line = first_shown_line; line < first_shown_line + vert_border_height; line++) {
       const uint32_t shown = s.at(side == 1 ? v.left_x() : v.right_x(), v.line_y(line));
       int index = -1;
       for (int i = 0; i < 16 && index < 0; i++)
@@ -230,9 +227,9 @@ class EndToEnd : public ::testing::Test {
 
   // Lines 3..298 of a side: `base` except where `bars` (first line, last line, colour) say.
   static std::vector<int> lines_with(int base, const Bars &bars) {
-    std::vector<int> colours(kScreenHeight, base);
+    std::vector<int> colours(vert_border_height, base);
     for (auto [first, last, colour] : bars)
-      for (int line = first; line <= last; line++) colours[line - kFirstLine] = colour;
+      for (int line = first; line <= last; line++) colours[line - first_shown_line] = colour;
     return colours;
   }
 
@@ -253,7 +250,7 @@ class EndToEnd : public ::testing::Test {
     const Shot s = app->shot();
     std::vector<std::pair<int, int>> found;
     int run_top = -1, x_sum = 0, x_count = 0;
-    for (int y = v.y; y <= v.y + kScreenHeight * v.zoom; y++) {
+    for (int y = v.y; y <= v.y + vert_border_height * v.zoom; y++) {
       int row_sum = 0, row_count = 0;
       for (int x = v.right_edge(); x < v.right_edge() + kToolBarWidth && s.contains(x, y); x++) {
         const uint32_t c = s.at(x, y);
@@ -275,7 +272,7 @@ class EndToEnd : public ::testing::Test {
   std::vector<Rect> bar_lists(const View &v) {
     const Shot s = app->shot();
     std::vector<Rect> lists;
-    const int y = v.y + kScreenHeight * v.zoom * 3 / 4;
+    const int y = v.y + vert_border_height * v.zoom * 3 / 4;
     for (int x = v.right_edge(); x < s.area.x + s.area.width; x++) {
       int end = x;
       while (end < s.area.x + s.area.width && s.at(end, y) == 0xFFFFFF) end++;
@@ -292,7 +289,7 @@ class EndToEnd : public ::testing::Test {
   // The top-left corner of the colour picker below the screen (zoom 1): its cell 2 holds the
   // first red there. {-1, -1} when there is none.
   static std::pair<int, int> picker(const Shot &s, const View &v) {
-    for (int y = v.y + kScreenHeight; y < s.area.y + s.area.height; y++)
+    for (int y = v.y + vert_border_height; y < s.area.y + s.area.height; y++)
       for (int x = s.area.x; x < s.area.x + s.area.width; x++)
         if (s.at(x, y) == rgb(2)) return {x - 2 * kPickerCell, y - 1};
     return {-1, -1};
@@ -301,7 +298,7 @@ class EndToEnd : public ::testing::Test {
   // The region of the screen in a screenshot, for comparing two of them.
   static std::vector<uint32_t> screen_pixels(const Shot &s, const View &v) {
     std::vector<uint32_t> pixels;
-    for (int y = v.y; y < v.y + kScreenHeight * v.zoom; y++)
+    for (int y = v.y; y < v.y + vert_border_height * v.zoom; y++)
       for (int x = v.x; x < v.right_edge(); x++) pixels.push_back(s.at(x, y));
     return pixels;
   }
@@ -335,7 +332,7 @@ TEST_F(EndToEnd, FirstStart) {
   const View v = view(1, 0);
   const Shot s = shot("empty");
   for (auto [px, py] : sample_points()) ASSERT_EQ(s.at(v.picture_x(px), v.picture_y(py)), rgb(6)) << px << "," << py;
-  for (int line : {kFirstLine, kPictureLine, 150, 298}) {
+  for (int line : {first_shown_line, first_picture_line, 150, 298}) {
     EXPECT_EQ(s.at(v.left_x(), v.line_y(line)), rgb(0)) << line;
     EXPECT_EQ(s.at(v.right_x(), v.line_y(line)), rgb(0)) << line;
   }
@@ -344,8 +341,8 @@ TEST_F(EndToEnd, FirstStart) {
   ASSERT_GE(px, 0) << "no colour picker";
   auto white_in_cell = [&](int cell) {
     int count = 0;
-    for (int y = py; y < py + 16; y++)
-      for (int x = px + 16 * cell; x < px + 16 * cell + 16; x++) count += s.at(x, y) == 0xFFFFFF;
+    for (int y = py; y < py + kPickerCell; y++)
+      for (int x = px + kPickerCell * cell; x < px + kPickerCell * (cell + 1); x++) count += s.at(x, y) == 0xFFFFFF;
     return count;
   };
   EXPECT_GE(white_in_cell(0), 40);
@@ -432,7 +429,7 @@ TEST_F(EndToEnd, BarsInBothModes) {
   click_at(v.left_x(), v.line_y(80));
   press_keys("3 5 Up Up shift+Down KP_Multiply");
   std::vector<int> painted = left;
-  for (int line = 80; line <= 250; line++) painted[line - kFirstLine] = line % 2 == 0 ? 2 : 4;
+  for (int line = 80; line <= 250; line++) painted[line - first_shown_line] = line % 2 == 0 ? 2 : 4;
   EXPECT_TRUE(borders_show(v, painted, right));
   shot("compact");
 
@@ -492,15 +489,16 @@ TEST_F(EndToEnd, PngExport) {
   GdkPixbuf *png = gdk_pixbuf_new_from_file(work.file("shot.png").c_str(), nullptr);
   ASSERT_NE(png, nullptr);
   gdk_pixbuf_save(png, "e2e-shots/PngExport-exported.png", "png", nullptr, nullptr);
-  ASSERT_EQ(gdk_pixbuf_get_width(png), 384);
-  ASSERT_EQ(gdk_pixbuf_get_height(png), 272);
+  ASSERT_EQ(gdk_pixbuf_get_width(png), png_width);
+  ASSERT_EQ(gdk_pixbuf_get_height(png), png_height);
   const guchar *p = gdk_pixbuf_get_pixels(png);
   const int stride = gdk_pixbuf_get_rowstride(png), channels = gdk_pixbuf_get_n_channels(png);
   int differing = 0;
-  for (int y = 0; y < 272; y++)
-    for (int x = 0; x < 384; x++) {
+  for (int y = 0; y < png_height; y++)
+    for (int x = 0; x < png_width; x++) {
       const guchar *q = p + y * stride + x * channels;
-      differing += (uint32_t(q[0]) << 16 | q[1] << 8 | q[2]) != screen.at(v.x + 16 + x, v.y + 13 + y);
+      differing += (uint32_t(q[0]) << 16 | q[1] << 8 | q[2]) !=
+                   screen.at(v.x + png_first_column + x, v.y + ::line_y(png_first_line, 1) + y);
     }
   g_object_unref(png);
   EXPECT_EQ(differing, 0);
