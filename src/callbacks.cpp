@@ -26,6 +26,7 @@
 #include "rastermodel.h"
 #include "reencode.h"
 #include "support.h"
+#include "undo.h"
 
 int picture_loaded = 0;
 GdkPixbuf *pixbuf_picture = nullptr;
@@ -294,6 +295,7 @@ gboolean on_drawingarea_border_color_expose_event(GtkWidget *widget, GdkEventExp
 
 gboolean on_drawingarea_border_color_button_press_event(GtkWidget *, GdkEventButton *event, gpointer) {
   if (event->type != GDK_BUTTON_PRESS || event->button != 1) return FALSE;
+  UserAction action;
   border_color_index = static_cast<int>(event->x / (16 * options_expansion)) % 16;
   for (GtkWidget *area : {drawingarea_border_color, drawingarea_upper_border, drawingarea_left_border,
                           drawingarea_right_border, drawingarea_lower_border})
@@ -318,6 +320,7 @@ static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *even
 
 static gboolean side_border_key_press(GtkWidget *widget, GdkEventKey *event, int side) {
   if (picture_loaded == 0) return TRUE;
+  UserAction action;
   const unsigned int state = event->state & (GDK_SHIFT_MASK | GDK_CONTROL_MASK | GDK_MOD1_MASK);
   if (active_mode().key_press[side](event->keyval, state) == 1) gtk_widget_queue_draw(widget);
   return TRUE;
@@ -355,6 +358,7 @@ bool need_picture() {
 // An add or remove button: the operation on its side's list, then that side is redrawn.
 static void bar_button(void (*operation)(void), GtkWidget *area) {
   if (!need_picture()) return;
+  UserAction action;
   operation();
   redraw(area);
 }
@@ -378,6 +382,7 @@ void on_toolbutton_remove_bar_right_clicked(GtkToolButton *, gpointer) {
 void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {
   if (!need_picture()) return;
   if (controls_get_user_confirmation("<b>WARNING!!!</b>\n\nAre you sure you want to proceed?") != 1) return;
+  UserAction action;
   rastermodel_delete_all_bars();
   redraw_sides();
 }
@@ -538,6 +543,7 @@ void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   char *chosen = nullptr;
   if (fileopen_open_project_file(&chosen) != 1) return;
   OwnedString path(chosen);
+  UserAction action;
   OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
   const bool read = g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error);
@@ -566,6 +572,7 @@ void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {
 
 // Decodes `path` as the current picture; on success redraws and reports `done`.
 static void load_picture_and_report(const char *path, const char *done) {
+  UserAction action;
   picture_loaded = open_picture(path, 1);
   if (picture_loaded != 1) return;
   redraw_all_areas();
@@ -811,6 +818,7 @@ void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
 
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
+  UserAction action;
   rastermodel_delete_all_bars();
   active_mode().expand(pixbuf_picture, border_color_index);
   redraw_sides();
@@ -834,6 +842,7 @@ static void show_controls(bool shown) {
 // Switches the input mode, converting the bars of the old mode into the new one; the
 // chosen mode is also the option for the next start.
 static void select_input_mode(int extended) {
+  UserAction action;
   if (interface_extended != extended) {
     if (extended == 1)
       rastermodel_fill_models_from_arrays();
@@ -861,6 +870,7 @@ void on_menuitem_interface_compact_activate(GtkMenuItem *item, gpointer) {
 // is rendered again in the new colours, keeping the border colour chosen by hand.
 static void select_palette(int palette) {
   options_palette = palette;
+  rastermodel_redraw_views();
   const int z = options_expansion;
   options_expansion = z < 2 ? z + 1 : z - 1;
   set_zoom_level();

@@ -125,6 +125,23 @@ std::vector<Row> colour_key_rows() {
 constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
                                 GDK_SHIFT_MASK | GDK_MOD1_MASK};
 
+// A key press on a side's border area; returns whether it was handled.
+inline gboolean border_key(int side, unsigned keyval, unsigned state = 0) {
+  GdkEventKey ev{};
+  ev.type = GDK_KEY_PRESS, ev.window = area_of(side)->window, ev.state = state, ev.keyval = keyval;
+  return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
+}
+
+// A tool button clicked, and `text` typed into a cell of a side's list (the row given by
+// its path), each through the widget's own signal.
+inline void click(const char *button) { g_signal_emit_by_name(lookup_widget(window_main, button), "clicked"); }
+
+inline void edit_cell(int side, int column, const char *path, const char *text) {
+  GList *cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(gtk_tree_view_get_column(view_of(side), column)));
+  g_signal_emit_by_name(cells->data, "edited", path, text);
+  g_list_free(cells);
+}
+
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
   GdkEventButton ev{};

@@ -7,7 +7,9 @@
 #include "callbacks.h"
 #include "interface.h"
 #include "preview.h"
+#include "rampdialog.h"
 #include "support.h"
+#include "undo.h"
 #include "testutil.h"
 
 namespace {
@@ -53,6 +55,9 @@ const struct Item {
     {"menuitem_file_menu", "menuitem_export", 'i', "Export to _executable...", "", "Export project to a self-contained executable that can be used to release to CSDb", ACT(menuitem_export), "image507", 0, false},
     {"menuitem_file_menu", "separator4", '-', "", "", "", nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_quit", 's', "_Quit", "Ctrl+Q", "", ACT(menuitem_quit), nullptr, 0, false},
+    {"menubar_main", "menuitem_edit", 'i', "Edit", "", "", nullptr, "image_edit", 0, false},
+    {"menuitem_edit_menu", "menuitem_undo", 'i', "_Undo", "Ctrl+Z", "Undo the last change to the bars", ACT(menuitem_undo), "image_undo", 0, false},
+    {"menuitem_edit_menu", "menuitem_redo", 'i', "_Redo", "Shift+Ctrl+Z", "Redo the change that was undone last", ACT(menuitem_redo), "image_redo", 0, false},
     {"menubar_main", "menuitem_preferences", 'i', "_Preferences", "", "", nullptr, "image508", 0, false},
     {"menuitem_preferences_menu", "menuitem_interface", 'p', "_Input mode", "", "", nullptr, nullptr, 0, false},
     {"menuitem_interface_menu", "menuitem_interface_extended", 'r', "_Extended", "", "", ACT(menuitem_interface_extended), nullptr, 1, true},
@@ -73,6 +78,7 @@ const struct Item {
     {"menuitem_border_menu", "menuitem_select_right_border", 'p', "Select _right border", "Alt+X", "", ACT(menuitem_select_right_border), nullptr, 0, false},
     {"menubar_main", "menuitem_tools", 'i', "_Tools", "", "", nullptr, "image511", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_auto_expand_picture", 'i', "_Auto extend picture", "F12", "Automatically create raster bars by simply extending a picture at its edges", ACT(menuitem_tools_auto_expand_picture), "image512", 0, false},
+    {"menuitem_tools_menu", "menuitem_tools_ramp", 'i', "_Ramp...", "F11", "Paint a colour ramp over the selected lines or bar", ACT(menuitem_tools_ramp), "image_ramp", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_preview", 'i', "_Preview on C64...", "F9", "Run the exported program on an emulated PAL, NTSC or PAL-N C64", ACT(menuitem_tools_preview), "image514", 0, false},
     {"menubar_main", "menuitem_help", 'i', "_Help", "", "", nullptr, "image513", 0, false},
     {"menuitem_help_menu", "menuitem_about", 's', "_About", "", "", ACT(menuitem_about), nullptr, 0, false},

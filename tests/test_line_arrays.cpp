@@ -90,11 +90,6 @@ TEST_F(LineArrays, MouseSelection) {
 
 // Without a picture a key is swallowed and nothing redraws; with one it reaches the array.
 TEST_F(LineArrays, KeysAreSwallowed) {
-  auto key = [](unsigned keyval, unsigned state) {
-    GdkEventKey ev{};
-    ev.type = GDK_KEY_PRESS, ev.window = area_of(1)->window, ev.state = state, ev.keyval = keyval;
-    return gtk_widget_event(area_of(1), reinterpret_cast<GdkEvent *>(&ev));
-  };
   auto redraw_pending = [] {  // and forgets it
     GdkRegion *region = gdk_window_get_update_area(area_of(1)->window);
     if (region) gdk_region_destroy(region);
@@ -103,12 +98,12 @@ TEST_F(LineArrays, KeysAreSwallowed) {
   pump_events();
   redraw_pending();
   picture_loaded = 0;
-  EXPECT_TRUE(key(GDK_5, 0));
+  EXPECT_TRUE(border_key(1, GDK_5));
   EXPECT_EQ(colors_left[51], -1);
   EXPECT_FALSE(redraw_pending());
 
   picture_loaded = 1;
-  EXPECT_TRUE(key(GDK_KP_3, GDK_CONTROL_MASK | GDK_MOD2_MASK));
+  EXPECT_TRUE(border_key(1, GDK_KP_3, GDK_CONTROL_MASK | GDK_MOD2_MASK));
   EXPECT_EQ(colors_left[51], 11);
   EXPECT_TRUE(redraw_pending());
 }
