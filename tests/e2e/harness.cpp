@@ -40,7 +40,7 @@ std::vector<char *> c_strings(const std::vector<std::string> &strings) {
 // Runs an X tool on the session's server and waits for it; true when it ended with 0.
 bool run_tool(const std::vector<std::string> &argv) {
   Child tool(argv, Session::get().environment(g_get_home_dir()));
-  return tool.wait_exit(10.0) == 0;
+  return tool.wait_exit(kWait) == 0;
 }
 
 Atom atom(const char *name) { return XInternAtom(server, name, False); }
@@ -141,7 +141,7 @@ const Ink &reference_ink(const std::string &text) {
         g_object_unref(image);
         return ink.width > 0;
       },
-      5.0);
+      kWait);
   gtk_widget_destroy(popup);
   while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
   return cache[text] = ink;
@@ -468,7 +468,7 @@ bool App::quit() {
   press_keys("ctrl+q");
   if (!wait_window("Confirmation request")) return false;
   press_keys("alt+y");
-  const bool ended = child_->wait_exit(10.0) == 0;
+  const bool ended = child_->wait_exit(kWait) == 0;
   main_ = 0;
   return ended;
 }

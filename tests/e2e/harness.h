@@ -19,8 +19,10 @@
 struct _XDisplay;
 using XWindow = unsigned long;
 
-// Polls `done` every few milliseconds until it holds or `seconds` have passed.
-bool wait_for(const std::function<bool()> &done, double seconds = 10.0);
+// Polls `done` every few milliseconds until it holds or `seconds` have passed. The limits are
+// generous: a machine busy with other work can be slow to draw, and only a failure waits.
+constexpr double kWait = 20.0;
+bool wait_for(const std::function<bool()> &done, double seconds = kWait);
 
 // A process started with the given environment, killed when dropped and when the test
 // program dies. With `out` set, its standard output is readable there.
@@ -51,7 +53,12 @@ struct Shot {
   bool contains(int x, int y) const {
     return x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height;
   }
-  uint32_t at(int x, int y) const { return pixels[static_cast<size_t>(y - area.y) * area.width + (x - area.x)]; }
+  // A point outside the shot (or of a shot that failed) reads as no colour at all.
+  static constexpr uint32_t kOutside = 0xFF000000;
+  uint32_t at(int x, int y) const {
+    if (!contains(x, y) || pixels.empty()) return kOutside;
+    return pixels[static_cast<size_t>(y - area.y) * area.width + (x - area.x)];
+  }
   void save(const std::string &path) const;  // as a PNG, for a human to look at
 };
 
@@ -88,19 +95,19 @@ class App {
   ~App();
   bool started() const { return main_ != 0; }
   std::string title() const;
-  bool wait_title(const std::string &title, double seconds = 10.0) const;
+  bool wait_title(const std::string &title, double seconds = kWait) const;
   // Waits until a window of the program titled `title` is shown and has the keyboard focus.
-  bool wait_window(const std::string &title, double seconds = 10.0) const;
+  bool wait_window(const std::string &title, double seconds = kWait) const;
   // Waits until no window of the program is titled `title`.
-  bool wait_gone(const std::string &title, double seconds = 10.0) const;
+  bool wait_gone(const std::string &title, double seconds = kWait) const;
   bool has_window(const std::string &title) const;
-  bool wait_main_focus(double seconds = 10.0) const;
+  bool wait_main_focus(double seconds = kWait) const;
   Rect client() const;                          // the main window's inside, in screen coordinates
   Rect client(const std::string &title) const;  // the inside of the program's window titled so
   Shot shot() const { return grab(client()); }
   // The status bar shows `text`, or (with `whole` false) begins with it; compared with the
   // same text drawn by the toolkit here.
-  bool status_shows(const std::string &text, bool whole = true, double seconds = 5.0) const;
+  bool status_shows(const std::string &text, bool whole = true, double seconds = kWait) const;
   // Waits for an error box, then closes it with its OK button's key.
   bool close_error_box() const;
   // Quits through the menu key and the confirmation; true when the program ended with 0.
