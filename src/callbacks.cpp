@@ -685,24 +685,40 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
 
+int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+
+int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+
 void export_get_bar_tables(unsigned char *left, unsigned char *right) {
   active_mode().get_bars[1](left, border_color_index);
   active_mode().get_bars[0](right, border_color_index);
 }
 
-int export_build_executable(std::vector<unsigned char> *prg) {
-  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
-                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
-                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
-                                                                                : nullptr;
-  if (!kind) return 0;
-  *prg = executable_bytes(*kind);
-  return 1;
+namespace {
+
+// The PRG kind of the picture in memory and the export function that writes it.
+struct ExecutableKind {
+  PictureKind picture;
+  const PrgKind *prg;
+  int (*write)(const char *filename);
+};
+const ExecutableKind *executable_kind() {
+  static const ExecutableKind kinds[] = {{PictureKind::petscii, &prg_petscii, export_petscii_to_executable},
+                                         {PictureKind::hires, &prg_hires, export_hires_to_executable},
+                                         {PictureKind::multicolor, &prg_mc, export_mc_to_executable}};
+  for (const ExecutableKind &kind : kinds)
+    if (kind.picture == hiresdecoder_picture_kind(picture_data.format)) return &kind;
+  return nullptr;
 }
 
-int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+}  // namespace
 
-int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const ExecutableKind *kind = executable_kind();
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind->prg);
+  return 1;
+}
 
 int export_run_cruncher(const char *filename) {
   GdkWindow *window = window_main ? window_main->window : nullptr;
@@ -731,14 +747,8 @@ void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
   OwnedString filename = choose_export_name(fileopen_save_executable_file, ".prg");
   if (!filename) return;
-  int (*build)(const char *) = nullptr;
-  switch (hiresdecoder_picture_kind(picture_data.format)) {
-    case PictureKind::petscii: build = export_petscii_to_executable; break;
-    case PictureKind::hires: build = export_hires_to_executable; break;
-    case PictureKind::multicolor: build = export_mc_to_executable; break;
-    case PictureKind::none: break;
-  }
-  if (build && build(filename.get()) == 1) export_run_cruncher(filename.get());
+  const ExecutableKind *kind = executable_kind();
+  if (kind && kind->write(filename.get()) == 1) export_run_cruncher(filename.get());
 }
 
 cairo_surface_t *export_png_compose(void) {
