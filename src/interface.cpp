@@ -14,7 +14,9 @@
 
 #include "callbacks.h"
 #include "preview.h"
+#include "rampdialog.h"
 #include "support.h"
+#include "undo.h"
 
 #define _(text) g_dgettext("quillbar", text)
 #define N_(text) (text)
@@ -47,6 +49,7 @@ struct MenuRow {
 constexpr auto kNone = GdkModifierType(0);
 constexpr auto kShift = GDK_SHIFT_MASK;
 constexpr auto kAlt = GDK_MOD1_MASK;
+constexpr auto kControl = GDK_CONTROL_MASK;
 
 // clang-format off
 // Parents come before their children, and items in the order they appear in their menu.
@@ -63,6 +66,11 @@ constexpr MenuRow kMenuRows[] = {
     {"menuitem_file_menu", "menuitem_export", Kind::Image, N_("Export to _executable..."), "gtk-convert", "image507", 0, kNone, N_("Export project to a self-contained executable that can be used to release to CSDb"), on_menuitem_export_activate, nullptr, 0, false},
     {"menuitem_file_menu", "separator4", Kind::Separator, nullptr, nullptr, nullptr, 0, kNone, nullptr, nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_quit", Kind::Stock, nullptr, "gtk-quit", nullptr, 0, kNone, nullptr, on_menuitem_quit_activate, nullptr, 0, false},
+
+    // No mnemonic: Alt+E paints colour 10 on a focused border. No Ctrl+Y either: y paints.
+    {nullptr, "menuitem_edit", Kind::Image, N_("Edit"), "gtk-edit", "image_edit", 0, kNone, nullptr, nullptr, "menuitem_edit_menu", 0, false},
+    {"menuitem_edit_menu", "menuitem_undo", Kind::Image, N_("_Undo"), "gtk-undo", "image_undo", GDK_KEY_z, kControl, N_("Undo the last change to the bars"), on_menuitem_undo_activate, nullptr, 0, false},
+    {"menuitem_edit_menu", "menuitem_redo", Kind::Image, N_("_Redo"), "gtk-redo", "image_redo", GDK_KEY_z, GdkModifierType(kControl | kShift), N_("Redo the change that was undone last"), on_menuitem_redo_activate, nullptr, 0, false},
 
     {nullptr, "menuitem_preferences", Kind::Image, N_("_Preferences"), "gtk-preferences", "image508", 0, kNone, nullptr, nullptr, "menuitem_preferences_menu", 0, false},
     {"menuitem_preferences_menu", "menuitem_interface", Kind::Plain, N_("_Input mode"), nullptr, nullptr, 0, kNone, nullptr, nullptr, "menuitem_interface_menu", 0, false},
@@ -86,6 +94,7 @@ constexpr MenuRow kMenuRows[] = {
 
     {nullptr, "menuitem_tools", Kind::Image, N_("_Tools"), "gtk-execute", "image511", 0, kNone, nullptr, nullptr, "menuitem_tools_menu", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_auto_expand_picture", Kind::Image, N_("_Auto extend picture"), "gtk-zoom-fit", "image512", GDK_KEY_F12, kNone, N_("Automatically create raster bars by simply extending a picture at its edges"), on_menuitem_tools_auto_expand_picture_activate, nullptr, 0, false},
+    {"menuitem_tools_menu", "menuitem_tools_ramp", Kind::Image, N_("_Ramp..."), "gtk-select-color", "image_ramp", GDK_KEY_F11, kNone, N_("Paint a colour ramp over the selected lines or bar"), on_menuitem_tools_ramp_activate, nullptr, 0, false},
     {"menuitem_tools_menu", "menuitem_tools_preview", Kind::Image, N_("_Preview on C64..."), "gtk-media-play", "image514", GDK_KEY_F9, kNone, N_("Run the exported program on an emulated PAL, NTSC or PAL-N C64"), on_menuitem_tools_preview_activate, nullptr, 0, false},
 
     {nullptr, "menuitem_help", Kind::Image, N_("_Help"), "gtk-help", "image513", 0, kNone, nullptr, nullptr, "menuitem_help_menu", 0, false},

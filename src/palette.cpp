@@ -103,6 +103,14 @@ unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]) {
   return 0;
 }
 
+// Perceived brightness by the usual weights of red, green and blue, against the middle
+// of the 0..255 range.
+bool palette_text_is_black_at_index(int index) {
+  unsigned char rgb[3] = {0, 0, 0};
+  palette_get_rgb_at_index(index, rgb);
+  return 299 * rgb[0] + 587 * rgb[1] + 114 * rgb[2] >= 128 * 1000;
+}
+
 void palette_set_cairo_source(cairo_t *cr, int index) {
   double rgb[3] = {0.0, 0.0, 0.0};
   palette_get_rgb_double_at_index(index, rgb);

@@ -22,6 +22,8 @@ void palette_get_rgb_double_at_index(int index, double rgb[3]);
 void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]);
 // The index whose colour in the palette in force is exactly `rgb`; 0 when none is.
 unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]);
+// True when black text reads better than white on the colour (by its perceived brightness).
+bool palette_text_is_black_at_index(int index);
 
 // Drawing in C64 colours: the colour of `index` as the cairo source, and a rectangle
 // filled in it with hard pixel edges (nothing for a height of 0 or less).

@@ -25,6 +25,7 @@
 #include "palette.h"
 #include "rasterarray.h"
 #include "support.h"
+#include "undo.h"
 
 GtkListStore *model_rasters_left = nullptr;
 GtkListStore *model_rasters_right = nullptr;
@@ -138,6 +139,21 @@ gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row
   return FALSE;
 }
 
+// A "Color" cell shows its number on the colour itself, in black or white, whichever
+// stands out more.
+void paint_color_cell(GtkTreeViewColumn *, GtkCellRenderer *cell, GtkTreeModel *model, GtkTreeIter *row, gpointer) {
+  const int color = read_bar(model, row).color & 15;
+  unsigned char rgb[3];
+  palette_get_rgb_at_index(color, rgb);
+  GdkColor background{0, static_cast<guint16>(rgb[0] * 257), static_cast<guint16>(rgb[1] * 257),
+                      static_cast<guint16>(rgb[2] * 257)};
+  g_object_set(cell, "cell-background-gdk", &background, "foreground",
+               palette_text_is_black_at_index(color) ? "#000000" : "#ffffff", nullptr);
+}
+
+GtkTreeView *view_of_side(int side) { return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right); }
+GtkListStore *list_of_side(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
+
 // --- Keys -------------------------------------------------------------------------
 
 // The keys other than the colour keys (rasterarray_key_color). A Shift-only row matches
@@ -186,6 +202,9 @@ void rastermodel_insert_bar_treeview_columns(GtkTreeView *view) {
     g_object_set_data(G_OBJECT(renderer), "column", GINT_TO_POINTER(column));
     g_signal_connect(renderer, "edited", G_CALLBACK(rastermodel_on_cell_edited), view);
     gtk_tree_view_insert_column_with_attributes(view, -1, titles[column], renderer, "text", column, nullptr);
+    if (column == RASTER_COLUMN_COLOR)
+      gtk_tree_view_column_set_cell_data_func(gtk_tree_view_get_column(view, column), renderer, paint_color_cell,
+                                              nullptr, nullptr);
   }
 }
 
@@ -199,6 +218,7 @@ gint rastermodel_sort_iter_compare_func(GtkTreeModel *model, GtkTreeIter *a, Gtk
 
 void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_string, const gchar *new_text,
                                 gpointer view) {
+  UserAction action;
   GtkTreeModel *model = gtk_tree_view_get_model(GTK_TREE_VIEW(view));
   GtkTreeIter row;
   if (!model || !gtk_tree_model_get_iter_from_string(model, &row, path_string)) return;
@@ -579,3 +599,43 @@ void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile
 }
 
 }  // namespace
+
+// --- Rows as values, for undo and ramps --------------------------------------------
+
+std::vector<LineRun> rastermodel_get_rows(int side) {
+  GtkListStore *list = list_of_side(side);
+  return list ? rows_of(GTK_TREE_MODEL(list)) : std::vector<LineRun>{};
+}
+
+void rastermodel_set_rows(int side, const std::vector<LineRun> &rows) {
+  GtkListStore *list = list_of_side(side);
+  if (!list) return;
+  clear_list(view_of_side(side), list);
+  append_bars(list, rows);
+}
+
+int rastermodel_get_selected_index(int side) {
+  GtkListStore *list = list_of_side(side);
+  GtkTreeIter row;
+  if (!list || !get_single_selected(view_of_side(side), GTK_TREE_MODEL(list), &row)) return -1;
+  GtkTreePath *path = gtk_tree_model_get_path(GTK_TREE_MODEL(list), &row);
+  const int index = gtk_tree_path_get_indices(path)[0];
+  gtk_tree_path_free(path);
+  return index;
+}
+
+void rastermodel_select_index(int side, int index) {
+  GtkTreeView *view = view_of_side(side);
+  GtkListStore *list = list_of_side(side);
+  if (!view || !list) return;
+  GtkTreeIter row;
+  if (index >= 0 && gtk_tree_model_iter_nth_child(GTK_TREE_MODEL(list), &row, nullptr, index))
+    rastermodel_move_cursor(view, GTK_TREE_MODEL(list), &row);
+  else
+    gtk_tree_selection_unselect_all(gtk_tree_view_get_selection(view));
+}
+
+void rastermodel_redraw_views(void) {
+  for (GtkWidget *view : {treeview_rasters_left, treeview_rasters_right})
+    if (view) gtk_widget_queue_draw(view);
+}

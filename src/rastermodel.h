@@ -4,7 +4,10 @@
 
 #include <gtk/gtk.h>
 
+#include <vector>
+
 #include "geometry.h"
+#include "rasterarray.h"
 
 extern GtkListStore *model_rasters_left;
 extern GtkListStore *model_rasters_right;
@@ -52,3 +55,13 @@ void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour);
 // Project files: the groups "left" and "right".
 void rastermodel_dump_models_to_key_file(GKeyFile *key_file);
 void rastermodel_fill_models_from_key_file(GKeyFile *key_file);
+
+// A side's rows as values, in list order, and its selected row (-1 for none); setting
+// the rows refills the list detached from its view, selecting -1 clears the selection.
+std::vector<LineRun> rastermodel_get_rows(int side);
+void rastermodel_set_rows(int side, const std::vector<LineRun> &rows);
+int rastermodel_get_selected_index(int side);
+void rastermodel_select_index(int side, int index);
+// Both views show their "Color" cells on the bar's colour in the palette in force; this
+// redraws them after a palette change.
+void rastermodel_redraw_views(void);

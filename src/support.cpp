@@ -13,6 +13,7 @@
 #include "main.h"
 #include "options.h"
 #include "rastermodel.h"
+#include "undo.h"
 
 GtkWidget *window_main = nullptr;
 char *app_folder = nullptr;
@@ -48,4 +49,5 @@ void main_start_up(void) {
   rastermodel_module_init();
   options_module_init();
   controls_adjust_from_options();
+  undo_module_init();
 }

@@ -121,9 +121,27 @@ std::vector<Row> colour_key_rows() {
   return rows;
 }
 
+constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 // The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
 constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
                                 GDK_SHIFT_MASK | GDK_MOD1_MASK};
+
+// A key press on a side's border area; returns whether it was handled.
+inline gboolean border_key(int side, unsigned keyval, unsigned state = 0) {
+  GdkEventKey ev{};
+  ev.type = GDK_KEY_PRESS, ev.window = area_of(side)->window, ev.state = state, ev.keyval = keyval;
+  return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
+}
+
+// A tool button clicked, and `text` typed into a cell of a side's list (the row given by
+// its path), each through the widget's own signal.
+inline void click(const char *button) { g_signal_emit_by_name(lookup_widget(window_main, button), "clicked"); }
+
+inline void edit_cell(int side, int column, const char *path, const char *text) {
+  GList *cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(gtk_tree_view_get_column(view_of(side), column)));
+  g_signal_emit_by_name(cells->data, "edited", path, text);
+  g_list_free(cells);
+}
 
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
@@ -132,32 +150,6 @@ inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, 
   return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
 }
 
-// A pixel of a side drawn with or without the selection mark, at (x, y) in zoom-1 pixels;
-// colour -1 where nothing is drawn.
-struct Probe { int side, with_selection, x, y, colour; };
-
-// Draws each probe's side into a 48z x 296z image filled with 0xff00ff (no C64 colour)
-// beforehand and checks both corners of the probe's z x z block, at zoom 1 and 3.
-inline void expect_drawn(void (*left)(cairo_t *, int), void (*right)(cairo_t *, int), std::vector<Probe> probes) {
-  for (int z : {1, 3}) {
-    options_expansion = z;
-    for (const Probe &p : probes) {
-      std::vector<uint32_t> image(48 * z * 296 * z, 0xff00ff);
-      cairo_surface_t *surface = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char *>(image.data()),
-                                                                     CAIRO_FORMAT_RGB24, 48 * z, 296 * z, 48 * z * 4);
-      cairo_t *cr = cairo_create(surface);
-      (p.side ? left : right)(cr, p.with_selection);
-      cairo_destroy(cr);
-      cairo_surface_destroy(surface);
-      for (int d : {0, z - 1})
-        EXPECT_EQ(image[(p.y * z + d) * 48 * z + p.x * z + d] & 0xffffff, p.colour < 0 ? 0xff00ff : rgb_of(p.colour))
-            << "zoom " << z << " side " << p.side << " selection " << p.with_selection << " at " << p.x << "," << p.y;
-    }
-  }
-  options_expansion = 1;
-}
-
-// Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
 // A side's real border area as it shows on the screen at zoom z; at() reads the colour of
 // the last pixel of the z x z block at (x, line) in zoom-1 terms.
 struct Shown {
@@ -173,6 +165,30 @@ struct Shown {
   unsigned at(int x, int line) const { return pixel_at(shot, x * z + z - 1, (line - 3) * z + z - 1); }
 };
 
+// The colour a side's border area shows at (x, line) in zoom-1 terms.
+struct Probe {
+  int side, x, line, colour;
+};
+
+// Checks the probes on screen at zoom 1 and 3, with a picture loaded and without one;
+// without one there is no selection mark (colour 1) and the black outer strip shows. Ends at zoom 1.
+inline void expect_shown(const std::vector<Probe> &probes) {
+  for (int z : {1, 3})
+    for (int loaded : {1, 0})
+      for (int side : {1, 0}) {
+        picture_loaded = loaded;
+        Shown shown(side, z);
+        for (const Probe &p : probes) {
+          if (p.side != side) continue;
+          EXPECT_EQ(shown.at(p.x, p.line), rgb_of(p.colour == 1 && !loaded ? 0 : p.colour))
+              << "zoom " << z << " loaded " << loaded << " side " << side << " at " << p.x << "," << p.line;
+        }
+      }
+  picture_loaded = 1;
+  activate("menuitem_zoom_1x");
+}
+
+// Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
 class BarsTest : public ::testing::Test {
  protected:
   void SetUp() override {

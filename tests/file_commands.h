@@ -1,5 +1,5 @@
-// Helpers for the chooser, File-menu and export tests: filling in a file chooser as a user
-// would, reading back the status bar and the error boxes, and the export tests' fixture.
+// Helpers for the chooser, File-menu, export and feedback tests: filling in a file chooser
+// as a user would, finding the open dialogs, and the export tests' fixture.
 #pragma once
 
 #include "callbacks.h"
@@ -69,16 +69,30 @@ inline void set_file_names(const char *project, const char *picture) {
   utf8_path_and_filename_picture = g_strdup(picture);
 }
 
+// Whether an error message names the file `path` itself, not a temporary file beside it.
+inline bool names_file(const std::string &message, const std::string &path) {
+  const std::size_t at = message.find(path);
+  return at != std::string::npos && message.compare(at + path.size(), 1, ".") != 0;
+}
+
+// The visible dialogs with the given title.
+inline std::vector<GtkWidget *> dialogs_titled(const std::string &title) {
+  std::vector<GtkWidget *> found;
+  GList *toplevels = gtk_window_list_toplevels();
+  for (GList *l = toplevels; l; l = l->next) {
+    const char *shown = gtk_window_get_title(GTK_WINDOW(l->data));
+    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) && shown && title == shown)
+      found.push_back(GTK_WIDGET(l->data));
+  }
+  g_list_free(toplevels);
+  return found;
+}
+
 // Closes every open error box and returns how many there were.
 inline int close_error_boxes() {
-  int count = 0;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next)
-    if (GTK_IS_MESSAGE_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) &&
-        g_strcmp0(gtk_window_get_title(GTK_WINDOW(l->data)), "Error") == 0 && ++count)
-      gtk_widget_destroy(GTK_WIDGET(l->data));
-  g_list_free(toplevels);
-  return count;
+  const std::vector<GtkWidget *> boxes = dialogs_titled("Error");
+  for (GtkWidget *box : boxes) gtk_widget_destroy(box);
+  return boxes.size();
 }
 
 // The started application with a picture marked as loaded, border colour 6 and no bars.

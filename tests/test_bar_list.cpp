@@ -1,18 +1,10 @@
 // The bar lists of Extended mode on the main window's real list views, tool buttons and
-// border areas: cell edits, adding, removing, delete all, drawing, the per-line table and
-// picking a bar with the mouse.
+// border areas: cell edits, adding, removing, delete all, drawing, the per-line table,
+// picking a bar with the mouse, and the keys on the selected bar of the left list.
 #include "bars_fixture.h"
 #include "controls.h"
 
 namespace {
-
-void click(const char *button) { g_signal_emit_by_name(lookup_widget(window_main, button), "clicked"); }
-
-void edit_cell(int column, const char *path, const char *text) {
-  GList *cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(gtk_tree_view_get_column(view_of(1), column)));
-  g_signal_emit_by_name(cells->data, "edited", path, text);
-  g_list_free(cells);
-}
 
 using BarList = BarsTest;
 
@@ -25,18 +17,18 @@ TEST_F(BarList, CellEditsKeepTheRanges) {
     const char *text;
     Bar after;
   } cases[] = {
-      {0, "50", before},           {0, "251", before},          {0, "51", {51, 10, 3}}, {0, "250", {250, 10, 3}},
-      {0, "120abc", {120, 10, 3}}, {0, "abc", before},          {1, "200", {100, 151, 3}}, {1, "201", before},
-      {1, "-1", before},           {1, "0", {100, 0, 3}},       {2, "16", before},      {2, "-1", before},
+      {0, "50", before},           {0, "251", before},    {0, "51", {51, 10, 3}},    {0, "250", {250, 10, 3}},
+      {0, "120abc", {120, 10, 3}}, {0, "abc", before},    {1, "200", {100, 151, 3}}, {1, "201", before},
+      {1, "-1", before},           {1, "0", {100, 0, 3}}, {2, "16", before},         {2, "-1", before},
       {2, "15", {100, 10, 15}},
   };
   for (const auto &c : cases) {
     set_bars(1, {before});
-    edit_cell(c.column, "0", c.text);
+    edit_cell(1, c.column, "0", c.text);
     EXPECT_EQ(bars(1), Bars{c.after}) << "column " << c.column << " text '" << c.text << "'";
   }
   set_bars(1, {{60, 1, 1}, {100, 2, 2}});
-  edit_cell(0, "0", "150");  // a new start line moves the row to its place
+  edit_cell(1, 0, "0", "150");  // a new start line moves the row to its place
   EXPECT_EQ(bars(1), (Bars{{100, 2, 2}, {150, 1, 1}}));
 }
 
@@ -83,37 +75,105 @@ TEST_F(BarList, ToolButtonsAddRemoveAndDeleteAll) {
   EXPECT_EQ(bars(1).size() + bars(0).size(), 0u);
 }
 
-// Where bars overlap, the later row shows in the export table and on screen, but a click
-// picks the first row that covers the line.
-TEST_F(BarList, OverlapLaterRowShowsFirstRowIsPicked) {
-  set_bars(1, {{60, 20, 2}, {70, 5, 5}});
+// Bars 44z wide beside the picture, a black 4z strip on the outer edge, white (1) beside the
+// selected bar; bars of height 0 or less draw nothing. Where bars overlap, the later row
+// shows in the export table and on screen, but a click picks the first row that covers the line.
+TEST_F(BarList, DrawingTableAndPickWithOverlaps) {
+  for (int side : {1, 0})
+    set_bars(side, {{60, 20, 2}, {70, 5, 5}, {100, 3, 5}, {120, 0, 7}, {140, -5, 9}}), select_row(side, 2);
   unsigned char table[picture_lines];
   rastermodel_get_bars_left(table, 6);
-  const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}});
+  const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}, {100, 3, 5}});
   EXPECT_EQ(std::vector<int>(table, table + 200), std::vector<int>(want.begin() + 51, want.begin() + 251));
-
-  gtk_widget_queue_draw(area_of(1));
-  GdkPixbuf *shot = grab_widget(area_of(1));
-  ASSERT_NE(shot, nullptr);
-  for (auto [line, color] : {std::pair{59, 6}, {60, 2}, {69, 2}, {70, 5}, {74, 5}, {75, 2}, {79, 2}, {80, 6}})
-    EXPECT_EQ(pixel_at(shot, 20, line - 3), rgb_of(color)) << "line " << line;
-  g_object_unref(shot);
-
+  const std::vector<Probe> probes = {{1, 20, 59, 6},  {1, 20, 60, 2}, {1, 20, 69, 2},  {1, 20, 70, 5},  {1, 20, 74, 5},
+                                     {1, 20, 75, 2},  {1, 20, 79, 2}, {1, 20, 80, 6},  {1, 4, 100, 5},  {1, 47, 102, 5},
+                                     {1, 4, 99, 6},   {1, 4, 103, 6}, {1, 4, 120, 6},  {1, 4, 138, 6},  {1, 3, 100, 1},
+                                     {1, 0, 102, 1},  {1, 0, 103, 0}, {1, 0, 3, 0},    {1, 3, 298, 0},  {0, 0, 100, 5},
+                                     {0, 43, 102, 5}, {0, 0, 120, 6}, {0, 44, 100, 1}, {0, 47, 102, 1}, {0, 47, 103, 0},
+                                     {0, 44, 3, 0}};
+  expect_shown(probes);
   press(1, 72 - 3);
   EXPECT_EQ(selected_row(1), 0);
 }
 
-// Bars 44z wide beside the picture, a black 4z strip on the outer edge, white (1) beside
-// the selected bar when asked for; bars of height 0 or less draw nothing.
-TEST_F(BarList, DrawsBarsStripAndSelectionMark) {
-  for (int side : {1, 0}) set_bars(side, {{100, 3, 5}, {120, 0, 7}, {140, -5, 9}}), select_row(side, 0);
-  expect_drawn(rastermodel_render_lines_left, rastermodel_render_lines_right, {
-      // Lines 100..102 are at y 97..99.
-      {1, 1, 4, 97, 5}, {1, 1, 47, 99, 5}, {1, 1, 4, 96, -1}, {1, 1, 4, 100, -1}, {1, 1, 4, 117, -1},
-      {1, 1, 4, 135, -1}, {1, 1, 3, 97, 1}, {1, 1, 0, 99, 1}, {1, 1, 0, 0, 0}, {1, 1, 3, 295, 0}, {1, 0, 3, 97, 0},
-      {0, 1, 0, 97, 5}, {0, 1, 43, 99, 5}, {0, 1, 0, 117, -1}, {0, 1, 44, 97, 1}, {0, 1, 47, 99, 1},
-      {0, 1, 47, 100, 0}, {0, 1, 44, 0, 0}, {0, 0, 47, 97, 0},
-  });
+const Bars three{{60, 2, 9}, {70, 2, 9}, {80, 2, 9}};
+
+class BarKeys : public BarsTest {
+  void SetUp() override {
+    BarsTest::SetUp();
+    set_bars(1, three);
+  }
+};
+
+// What a key does to the middle one of three selected bars: a colour (0..15), or one of these.
+enum { previous = -1, next = -2, remove_bar = -3, nothing = -4 };
+
+// The key table: what each key does with Shift only, with Control only, and in every other
+// state (none, Alt, Control with Shift, Shift with Alt).
+struct KeyRow {
+  unsigned keyval;
+  int shift, control, other;
+};
+
+std::vector<KeyRow> key_table() {
+  std::vector<KeyRow> rows = colour_key_rows<KeyRow>();
+  rows[16 + 2].shift = next;  // KP_2
+  rows.push_back({GDK_KP_8, previous, nothing, nothing});
+  rows.push_back({GDK_Up, previous, previous, previous});
+  rows.push_back({GDK_Down, next, next, next});
+  rows.push_back({GDK_Delete, remove_bar, remove_bar, remove_bar});
+  for (unsigned keyval : {GDK_KP_9, GDK_KP_Up, GDK_KP_Down, GDK_Home, GDK_U, GDK_Q, GDK_exclam, GDK_9, GDK_o, GDK_F1})
+    rows.push_back({keyval, nothing, nothing, nothing});
+  return rows;
+}
+
+// Every key of the table in every modifier state, on the middle bar.
+TEST_F(BarKeys, EveryKeyInEveryState) {
+  for (const KeyRow &row : key_table()) {
+    for (unsigned state : kStates) {
+      SCOPED_TRACE(testing::Message() << "key " << std::hex << row.keyval << " state " << state);
+      const int does = state == SHIFT ? row.shift : state == CONTROL ? row.control : row.other;
+      set_bars(1, three);
+      select_row(1, 1);
+      EXPECT_EQ(rastermodel_key_press_left(row.keyval, state), does == nothing ? 0 : 1);
+      EXPECT_EQ(selected_row(1), does == previous ? 0 : does == next ? 2 : 1);
+      Bars want = three;
+      if (does >= 0) want[1].color = does;
+      if (does == remove_bar) want.erase(want.begin() + 1);
+      EXPECT_EQ(bars(1), want);
+    }
+  }
+}
+
+// At either end of the list there is no neighbour to step to; without a selected bar no key
+// acts; Delete on the only bar empties the list.
+TEST_F(BarKeys, EndsOfTheListAndNoSelection) {
+  for (auto [from, keyval, state] :
+       {std::tuple{0, GDK_Up, 0u}, {0, GDK_KP_8, SHIFT}, {2, GDK_Down, 0u}, {2, GDK_KP_2, SHIFT}}) {
+    select_row(1, from);
+    EXPECT_EQ(rastermodel_key_press_left(keyval, state), 0) << keyval;
+    EXPECT_EQ(selected_row(1), from) << keyval;
+  }
+  set_bars(1, three);
+  for (unsigned key : {GDK_Up, GDK_Down, GDK_Delete, GDK_1, GDK_KP_3}) EXPECT_EQ(rastermodel_key_press_left(key, 0), 0);
+  EXPECT_EQ(bars(1), three);
+  set_bars(1, {{60, 2, 9}});
+  select_row(1, 0);
+  EXPECT_EQ(rastermodel_key_press_left(GDK_Delete, 0), 1);
+  EXPECT_TRUE(bars(1).empty());
+}
+
+// A click gives the left border the focus; a key press on the window then reaches the
+// selected bar through the border's key handler.
+TEST_F(BarKeys, KeyEventOnTheFocusedBorder) {
+  press(1, 70 - 3);
+  ASSERT_TRUE(gtk_widget_has_focus(area_of(1)));
+  ASSERT_EQ(selected_row(1), 1);
+  GdkEventKey key{};
+  key.type = GDK_KEY_PRESS, key.window = window_main->window, key.send_event = TRUE, key.keyval = GDK_e;
+  key.state = GDK_MOD2_MASK;  // Num Lock does not count
+  gtk_main_do_event(reinterpret_cast<GdkEvent *>(&key));
+  EXPECT_EQ(bars(1)[1].color, 10);
 }
 
 }  // namespace

@@ -1,26 +1,47 @@
-// User feedback on the real main window: status bar, message boxes, the yes/no question
-// and the About box.
-#include <string>
-#include <vector>
+// User feedback on the real main window: the status bar, message boxes, the About box, and
+// the yes/no question as quitting asks it, from the File menu and by closing the window,
+// each inside a running main loop as in the program. The last test closes the main window
+// for good.
+#include <glib/gstdio.h>
 
-#include "callbacks.h"
-#include "controls.h"
-#include "support.h"
-#include "testutil.h"
+#include "file_commands.h"
 
 namespace {
 
-// The visible dialogs with the given title.
-std::vector<GtkWidget *> dialogs_titled(const std::string &title) {
-  std::vector<GtkWidget *> found;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next) {
-    const char *t = gtk_window_get_title(GTK_WINDOW(l->data));
-    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) && t && title == t)
-      found.push_back(GTK_WIDGET(l->data));
-  }
-  g_list_free(toplevels);
-  return found;
+// Runs a main loop in which `action` is performed and its question answered. Returns
+// true when the action ended the loop; otherwise a follow-up step ends it.
+bool action_ends_main_loop(void (*action)(), int response, bool close_question = false) {
+  static void (*pending)();
+  static guint follow_up;
+  static bool ended;
+  pending = action, ended = true;
+  answer_next_dialog(response, nullptr, close_question);
+  g_idle_add(
+      [](gpointer) -> gboolean {
+        pending();
+        follow_up = g_idle_add(
+            [](gpointer) -> gboolean {
+              follow_up = 0, ended = false, gtk_main_quit();
+              return FALSE;
+            },
+            nullptr);
+        return FALSE;
+      },
+      nullptr);
+  gtk_main();
+  if (follow_up) g_source_remove(follow_up), follow_up = 0;
+  return ended;
+}
+
+void quit_from_menu() { activate("menuitem_quit"); }
+
+// What the window manager's close button sends.
+void close_main_window() {
+  GdkEvent *event = gdk_event_new(GDK_DELETE);
+  event->any.window = GDK_WINDOW(g_object_ref(window_main->window));
+  event->any.send_event = TRUE;
+  gtk_main_do_event(event);
+  gdk_event_free(event);
 }
 
 }  // namespace
@@ -44,16 +65,6 @@ TEST(Feedback, MessageBoxesAreTitledByTypeAndShowPercentUnchanged) {
   }
 }
 
-TEST(Feedback, QuestionAnswersOneOnlyForYes) {
-  start_app();
-  answer_next_dialog(GTK_RESPONSE_YES);
-  EXPECT_EQ(controls_get_user_confirmation("Really quit?"), 1);
-  answer_next_dialog(GTK_RESPONSE_NO);
-  EXPECT_EQ(controls_get_user_confirmation("Sure?"), 0);
-  answer_next_dialog(0, nullptr, /*close=*/true);  // closed by the window manager
-  EXPECT_EQ(controls_get_user_confirmation("Sure?"), 0);
-}
-
 TEST(Feedback, TwoAboutBoxesCloseIndependently) {
   start_app();
   on_menuitem_about_activate(nullptr, nullptr);
@@ -66,4 +77,24 @@ TEST(Feedback, TwoAboutBoxesCloseIndependently) {
   gtk_dialog_response(GTK_DIALOG(boxes[1]), GTK_RESPONSE_OK);
   pump_events();
   EXPECT_TRUE(dialogs_titled("About Quillbar").empty());
+}
+
+// No, or closing the question, keeps the program running; Yes writes the window's current
+// position into a configuration file removed beforehand, and ends the loop.
+TEST(Quit, OnlyYesSavesThePositionAndEndsTheLoop) {
+  start_app();
+  for (auto [action, x, y] : {std::tuple{&quit_from_menu, 70, 90}, {&close_main_window, 30, 40}}) {
+    EXPECT_FALSE(action_ends_main_loop(action, GTK_RESPONSE_NO));
+    EXPECT_FALSE(action_ends_main_loop(action, 0, /*close_question=*/true));
+    ASSERT_TRUE(GTK_IS_WINDOW(window_main) && gtk_widget_get_visible(window_main));
+    gtk_window_move(GTK_WINDOW(window_main), x, y);
+    pump_events(50);
+    g_remove(utf8_path_configfile);
+    gint wx, wy;
+    gtk_window_get_position(GTK_WINDOW(window_main), &wx, &wy);
+    EXPECT_EQ(std::pair(wx, wy), std::pair(x, y));
+    EXPECT_TRUE(action_ends_main_loop(action, GTK_RESPONSE_YES));
+    EXPECT_NE(read_text(utf8_path_configfile).find("\nposition=" + std::to_string(x) + ";" + std::to_string(y) + ";\n"),
+              std::string::npos);
+  }
 }

@@ -7,7 +7,9 @@
 #include "callbacks.h"
 #include "interface.h"
 #include "preview.h"
+#include "rampdialog.h"
 #include "support.h"
+#include "undo.h"
 #include "testutil.h"
 
 namespace {
@@ -53,6 +55,9 @@ const struct Item {
     {"menuitem_file_menu", "menuitem_export", 'i', "Export to _executable...", "", "Export project to a self-contained executable that can be used to release to CSDb", ACT(menuitem_export), "image507", 0, false},
     {"menuitem_file_menu", "separator4", '-', "", "", "", nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_quit", 's', "_Quit", "Ctrl+Q", "", ACT(menuitem_quit), nullptr, 0, false},
+    {"menubar_main", "menuitem_edit", 'i', "Edit", "", "", nullptr, "image_edit", 0, false},
+    {"menuitem_edit_menu", "menuitem_undo", 'i', "_Undo", "Ctrl+Z", "Undo the last change to the bars", ACT(menuitem_undo), "image_undo", 0, false},
+    {"menuitem_edit_menu", "menuitem_redo", 'i', "_Redo", "Shift+Ctrl+Z", "Redo the change that was undone last", ACT(menuitem_redo), "image_redo", 0, false},
     {"menubar_main", "menuitem_preferences", 'i', "_Preferences", "", "", nullptr, "image508", 0, false},
     {"menuitem_preferences_menu", "menuitem_interface", 'p', "_Input mode", "", "", nullptr, nullptr, 0, false},
     {"menuitem_interface_menu", "menuitem_interface_extended", 'r', "_Extended", "", "", ACT(menuitem_interface_extended), nullptr, 1, true},
@@ -73,6 +78,7 @@ const struct Item {
     {"menuitem_border_menu", "menuitem_select_right_border", 'p', "Select _right border", "Alt+X", "", ACT(menuitem_select_right_border), nullptr, 0, false},
     {"menubar_main", "menuitem_tools", 'i', "_Tools", "", "", nullptr, "image511", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_auto_expand_picture", 'i', "_Auto extend picture", "F12", "Automatically create raster bars by simply extending a picture at its edges", ACT(menuitem_tools_auto_expand_picture), "image512", 0, false},
+    {"menuitem_tools_menu", "menuitem_tools_ramp", 'i', "_Ramp...", "F11", "Paint a colour ramp over the selected lines or bar", ACT(menuitem_tools_ramp), "image_ramp", 0, false},
     {"menuitem_tools_menu", "menuitem_tools_preview", 'i', "_Preview on C64...", "F9", "Run the exported program on an emulated PAL, NTSC or PAL-N C64", ACT(menuitem_tools_preview), "image514", 0, false},
     {"menubar_main", "menuitem_help", 'i', "_Help", "", "", nullptr, "image513", 0, false},
     {"menuitem_help_menu", "menuitem_about", 's', "_About", "", "", ACT(menuitem_about), nullptr, 0, false},
@@ -85,7 +91,8 @@ const struct Item {
     {"toolbar_main", "toolbutton_delete_all_bars", 't', "All", "", "Delete all raster bars", CLK(toolbutton_delete_all_bars), nullptr, 0, false},
 };
 
-// Menu items and tool bar items in their order, with what the user sees of them.
+// Menu items and tool bar items in their order, with what the user sees of them; the
+// window's other widgets by name.
 TEST(Interface, MenusAndToolBarMatchTheirTable) {
   const std::map<char, GType> types = {{'i', GTK_TYPE_IMAGE_MENU_ITEM}, {'s', GTK_TYPE_IMAGE_MENU_ITEM},
       {'p', GTK_TYPE_MENU_ITEM}, {'r', GTK_TYPE_RADIO_MENU_ITEM}, {'c', GTK_TYPE_CHECK_MENU_ITEM},
@@ -117,6 +124,13 @@ TEST(Interface, MenusAndToolBarMatchTheirTable) {
     }
   }
   EXPECT_EQ(g_slist_length(gtk_accel_groups_from_object(G_OBJECT(w.window))), 1u);  // the accelerators work there
+  // The rest of the window's tree not named by the other tests.
+  for (const char *name : {"vbox_topmost", "hbox_topmost", "aspectframe_drawingareas", "alignment_drawingareas",
+                           "hbox_drawingareas", "vbox_drawingareas", "hbox_controls", "vbox_left_rasterbars",
+                           "label_left_rasterbars", "scrolledwindow_rasters_left", "vbox_right_rasterbars",
+                           "label_right_raster_bars", "scrolledwindow_rasters_right", "hbox_zoom", "label_border_color",
+                           "aspectframe_border_color", "alignment_border_color", "statusbar_main"})
+    EXPECT_TRUE(GTK_IS_WIDGET(w[name]) && gtk_widget_get_toplevel(w[name]) == w.window) << name;
 }
 
 // Every handler: the window's signals plus the menu items' "activate" and the tool buttons' "clicked".
@@ -139,19 +153,6 @@ TEST(Interface, EveryHandlerIsConnected) {
     EXPECT_TRUE(id && g_signal_handler_find(widget, GSignalMatchType(G_SIGNAL_MATCH_ID | G_SIGNAL_MATCH_FUNC), id, 0, nullptr, reinterpret_cast<gpointer>(c.handler), nullptr))
         << c.widget << " " << c.signal;
   }
-}
-
-// The names of the rest of the window's tree.
-TEST(Interface, EveryWidgetOfTheWindowIsFoundByName) {
-  Pristine w;
-  for (const char *name : {"vbox_topmost", "menubar_main", "hbox_topmost", "aspectframe_drawingareas", "alignment_drawingareas",
-                           "hbox_drawingareas", "drawingarea_left_border", "vbox_drawingareas", "drawingarea_upper_border",
-                           "drawingarea_picture", "drawingarea_lower_border", "drawingarea_right_border", "hbox_controls",
-                           "toolbar_main", "vbox_left_rasterbars", "label_left_rasterbars", "scrolledwindow_rasters_left",
-                           "treeview_rasters_left", "vbox_right_rasterbars", "label_right_raster_bars",
-                           "scrolledwindow_rasters_right", "treeview_rasters_right", "hbox_zoom", "label_border_color",
-                           "aspectframe_border_color", "alignment_border_color", "drawingarea_border_color", "statusbar_main"})
-    EXPECT_TRUE(GTK_IS_WIDGET(w[name]) && gtk_widget_get_toplevel(w[name]) == w.window) << name;
 }
 
 // At zoom 1 the side borders, upper and lower border and picture form the 416 x 296 screen;

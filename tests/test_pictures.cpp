@@ -1,18 +1,61 @@
-// Picture file recognition, the record it fills, its errors, and the real sample pictures.
+// Pictures: the four palettes and their lookups, the rendering of multicolour and hires
+// cells, the character sets against the character ROM, and picture files (recognition, the
+// record they fill, their errors and the real sample pictures). Colours are Pepto's.
+#include <array>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "c64pixbufs.h"
 #include "hiresdecoder.h"
+#include "options.h"
+#include "palette.h"
+#include "pixbufs.h"
 #include "testutil.h"
 
 namespace {
 
+constexpr unsigned int black = 0x000000, white = 0xFFFFFF, red = 0x68372B, green = 0x588D43, yellow = 0xB8C76F,
+                       light_blue = 0x6C5EB5;
+
+// Colours 0..15 of palettes 0..3 (Pepto, high contrast, Pixcen, CCS64), six hex digits each.
+const char *const hex[] = {
+    "000000FFFFFF68372B70A4B26F3D86588D43352879B8C76F6F4F254339009A67594444446C6C6C9AD2846C5EB5959595",
+    "000000FFFFFF86000070D3FFC6009E00B2000000B9FFEB72973C00654300C7564E3D3D3D6C6C6C40FF682C83FFB0B0B0",
+    "000000FFFFFF8940367ABFC78A46AE68A9413E31A2D0DC71905F255C4700BB776D555555808080ACEA887C70DAABABAB",
+    "101010FFFFFFE0404060FFFFE060E040E0404040E0FFFF40E0A0409C7448FFA0A0545454888888A0FFA0A0A0FFC0C0C0",
+};
+const PaletteBytes *const bytes[] = {&palette_rgb, &palette_hc_rgb, &palette_pixcen_rgb, &palette_ccs64_rgb};
+const PaletteDoubles *const doubles[] = {&palette_rgb_double, &palette_hc_rgb_double, &palette_pixcen_rgb_double,
+                                         &palette_ccs64_rgb_double};
+
+template <typename T>
+unsigned int rgb_value(const T &rgb) {
+  return rgb[0] << 16 | rgb[1] << 8 | rgb[2];
+}
+
+// Checks every pixel of `image` against `want(x, y)`.
+void expect_image(GdkPixbuf *image, int width, int height, const std::function<unsigned int(int, int)> &want) {
+  ASSERT_EQ(std::pair(gdk_pixbuf_get_width(image), gdk_pixbuf_get_height(image)), std::pair(width, height));
+  for (int y = 0; y < height; y++)
+    for (int x = 0; x < width; x++) ASSERT_EQ(pixel_at(image, x, y), want(x, y)) << "at " << x << "," << y;
+  g_object_unref(image);
+}
+
+using Rows = std::array<unsigned char, 8>;
+
+// The row bytes of a glyph image (bit 7 leftmost), set where it shows light blue.
+Rows glyph_rows(GdkPixbuf *glyph) {
+  Rows rows{};
+  for (int y = 0; y < 8; y++)
+    for (int x = 0; x < 8; x++) rows[y] |= pixel_at(glyph, x, y) == light_blue ? 0x80 >> x : 0;
+  return rows;
+}
+
 constexpr int NONE = -1;
-constexpr unsigned int white = 0xFFFFFF, red = 0x68372B, green = 0x588D43, yellow = 0xB8C76F;
 
 // One file per format: load address, size, and the file offset of each field.
 struct Format {
@@ -90,6 +133,71 @@ class Decoder : public ::testing::Test {
 };
 
 }  // namespace
+
+// Tables and lookup by index hold the listed colours (indexes 16..31 repeat 0..15), the
+// lookup by value finds each colour again and nothing near it, and the Pepto lookup
+// ignores the option.
+TEST(Palette, TablesAndLookupsHoldTheListedColours) {
+  for (int p = 0; p < 4; p++) {
+    options_palette = p;
+    for (int i = 0; i < 32; i++) {
+      SCOPED_TRACE("palette " + std::to_string(p) + " index " + std::to_string(i));
+      auto listed = [&](int palette) { return std::stoul(std::string(hex[palette] + 6 * (i % 16), 6), nullptr, 16); };
+      unsigned char rgb[3], pepto[3];
+      palette_get_rgb_at_index(i, rgb);
+      palette_get_pepto_rgb_at_index(i, pepto);
+      EXPECT_EQ(rgb_value(rgb), listed(p));
+      EXPECT_EQ(rgb_value((*bytes[p])[i % 16]), listed(p));
+      EXPECT_EQ(rgb_value(pepto), listed(0));
+      for (int c = 0; c < 3; c++) EXPECT_NEAR((*doubles[p])[i % 16][c], rgb[c] / 255.0, 1e-10);
+      EXPECT_EQ(palette_get_index_for_rgb(rgb), static_cast<unsigned int>(i % 16));
+      rgb[2] ^= 1;  // only an exact colour matches; no match gives 0
+      EXPECT_EQ(palette_get_index_for_rgb(rgb), 0u);
+    }
+  }
+  options_palette = 0;
+}
+
+// Pairs 00 / 01 / 10 / 11 show background / screen high / screen low / colour low nibble,
+// two pixels wide; cell 4 holds one pair of each.
+TEST(Renderer, MulticolourCellsPickTheirFourColours) {
+  const unsigned char fill[] = {0x00, 0x55, 0xAA, 0xFF, 0x1B};
+  std::vector<unsigned char> bitmap(5 * 8), screen(5, 0x2E), color(5, 0xF5);
+  for (size_t i = 0; i < bitmap.size(); i++) bitmap[i] = fill[i / 8];
+  const unsigned int colours[] = {yellow, red, light_blue, green};
+  expect_image(pixbufs_new_from_hires_opaque(bitmap.data(), screen.data(), color.data(), 0x17, 5, 1), 40, 8,
+               [&](int x, int) { return colours[fill[x / 8] >> (6 - x % 8 / 2 * 2) & 3]; });
+}
+
+// Set bits show the screen high nibble, clear bits the low one: one white pixel in cell 3.
+TEST(Renderer, HiresCellsUseScreenNibbles) {
+  std::vector<unsigned char> bitmap(4 * 8, 0x00), screen(4, 0x00);
+  screen[3] = 0x10;
+  bitmap[3 * 8 + 2] = 0x80;
+  expect_image(pixbufs_new_from_hires_opaque(bitmap.data(), screen.data(), nullptr, 5, 2, 2), 16, 16,
+               [](int x, int y) { return x == 8 && y == 10 ? white : black; });
+}
+
+// In both sets codes 0..127 are the ROM's glyphs and 128..255 their reverse, except that
+// the reversed '@' takes its sixth row from the second row of '@', as in the ROM.
+TEST(Charset, GlyphsMatchTheCharacterRom) {
+  const std::string path = shared_data("c64-chargen-901225-01.bin");
+  SKIP_WITHOUT_SHARED(path);
+  const std::string rom = read_text(path);
+  ASSERT_EQ(rom.size(), 4096u);
+  c64pixbufs_module_init();
+  for (int base : {0, 2048}) {
+    for (int code = 0; code < 256; code++) {
+      const Rows rows = glyph_rows(base ? c64pixbufs_get_lowercase_char_at_index(code)
+                                        : c64pixbufs_get_uppercase_char_at_index(code));
+      for (int r = 0; r < 8; r++) {
+        const unsigned char plain = rom[base + (code == 128 && r == 5 ? 1 : (code & 127) * 8 + r)];
+        EXPECT_EQ(rows[r], code < 128 ? plain : static_cast<unsigned char>(~plain))
+            << "set " << base << " code " << code << " row " << r;
+      }
+    }
+  }
+}
 
 // Every field lands in the record from its own offset (absent ones stay untouched, the
 // border stays -1) and shows in the image.

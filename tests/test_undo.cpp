@@ -1,0 +1,314 @@
+// Undo and redo in the running editor: every listed user action is one step that undo
+// takes back and redo brings again, a long random session goes back and forth exactly,
+// Ctrl+Z acts while a border area has the focus, and the Edit menu's items follow the ends
+// of the history.
+#include <gdk/gdkkeysyms.h>
+
+#include <functional>
+#include <random>
+
+#include "bars_fixture.h"
+#include "rampdialog.h"
+#include "undo.h"
+
+namespace {
+
+// A key press as the window receives it from the X server, so that accelerators apply.
+void send_key(unsigned keyval, unsigned state) {
+  GdkEventKey key{};
+  key.type = GDK_KEY_PRESS, key.window = window_main->window, key.send_event = TRUE;
+  key.keyval = keyval, key.state = state;
+  GdkKeymapKey *keys = nullptr;
+  gint count = 0;
+  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_default(), gdk_keyval_to_lower(keyval), &keys, &count)) {
+    key.hardware_keycode = static_cast<guint16>(keys[0].keycode), key.group = static_cast<guint8>(keys[0].group);
+    g_free(keys);
+  }
+  gtk_main_do_event(reinterpret_cast<GdkEvent *>(&key));
+}
+
+void pick_border_colour(int colour) {
+  GdkEventButton ev{};
+  ev.type = GDK_BUTTON_PRESS, ev.window = drawingarea_border_color->window, ev.x = colour * 16 + 3, ev.y = 5, ev.button = 1;
+  gtk_widget_event(drawingarea_border_color, reinterpret_cast<GdkEvent *>(&ev));
+}
+
+bool sensitive(const char *item) { return gtk_widget_get_sensitive(lookup_widget(window_main, item)); }
+
+// A picture whose left column is colour 2 on its first 20 rows and 5 below, the right one 7.
+void make_picture() {
+  if (pixbuf_picture) g_object_unref(pixbuf_picture);
+  pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
+  gdk_pixbuf_fill(pixbuf_picture, rgb_of(7) << 8 | 0xff);
+  guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture);
+  for (int row = 0; row < 200; row++)
+    palette_get_rgb_at_index(row < 20 ? 2 : 5, pixels + row * gdk_pixbuf_get_rowstride(pixbuf_picture));
+}
+
+// The project file the editor would write now.
+std::string file_output(const TempDir &dir) {
+  const std::string path = dir.file("undo.ini");
+  save_project_to_file(path.c_str());
+  return read_text(path);
+}
+
+class Undo : public BarsTest {
+ protected:
+  void SetUp() override {
+    BarsTest::SetUp();
+    make_picture();
+    undo_module_init();
+  }
+};
+
+struct Action {
+  const char *what;
+  std::function<void()> setup;  // state before the action, made outside the history
+  std::function<void()> act;
+  int steps;  // 1, or 0 for actions that change no bar
+};
+
+const Bars three_bars{{60, 10, 2}, {80, 5, 3}, {100, 1, 4}};
+
+void extended_with_bars() {
+  activate("menuitem_interface_extended");
+  set_bars(1, three_bars), set_bars(0, {{70, 3, 1}});
+  select_row(1, 1);
+}
+
+void compact_with_lines() {
+  activate("menuitem_interface_compact");
+  set_lines(1, painted({{60, 10, 2}, {95, 3, 1}}));
+  set_selection(1, {95, 97, 1});
+}
+
+// Each action on its own: one step (or none), undo gives the state before, redo the one after.
+TEST_F(Undo, EachUserActionIsOneStep) {
+  TempDir dir;
+  const std::string picture = dir.file("picture.art");
+  write_file(picture, [] {
+    std::vector<unsigned char> bytes(9009, 0);
+    bytes[1] = 0x20, bytes[9002] = 11;  // Art Studio, border colour 11
+    return bytes;
+  }());
+  const std::string project = dir.file("project.ini");
+  write_text(project, "[colors]\nbase=3\n[left]\nstart=120;\nheight=4;\ncolor=9;\n[right]\nstart=\nheight=\ncolor=\n");
+  auto open_through_chooser = [](const char *item, const std::string &path) {
+    answer_next_dialog(GTK_RESPONSE_OK, [path](GtkWidget *dialog) {
+      gtk_file_chooser_set_filename(GTK_FILE_CHOOSER(dialog), path.c_str());
+      for (int i = 0; i < 200; i++) {
+        g_autofree gchar *chosen = gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(dialog));
+        if (chosen && path == chosen) break;
+        pump_events(5);
+      }
+    });
+    activate(item);
+  };
+
+  const std::vector<Action> actions = {
+      {"cell edit Line", extended_with_bars, [] { edit_cell(1, 0, "0", "90"); }, 1},
+      {"cell edit Height", extended_with_bars, [] { edit_cell(1, 1, "2", "7"); }, 1},
+      {"cell edit Color", extended_with_bars, [] { edit_cell(0, 2, "0", "15"); }, 1},
+      {"cell edit refused", extended_with_bars, [] { edit_cell(1, 2, "0", "16"); }, 0},
+      {"add left", extended_with_bars, [] { click("toolbutton_add_bar_left"); }, 1},
+      {"add right", extended_with_bars, [] { click("toolbutton_add_bar_right"); }, 1},
+      {"remove left", extended_with_bars, [] { click("toolbutton_remove_bar_left"); }, 1},
+      {"remove right, nothing selected", extended_with_bars, [] { click("toolbutton_remove_bar_right"); }, 0},
+      {"delete all", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_YES); click("toolbutton_delete_all_bars"); }, 1},
+      {"delete all, answered no", extended_with_bars, [] { answer_next_dialog(GTK_RESPONSE_NO); click("toolbutton_delete_all_bars"); }, 0},
+      {"colour key on the selected bar", extended_with_bars, [] { border_key(1, GDK_e); }, 1},
+      {"Delete key on the selected bar", extended_with_bars, [] { border_key(1, GDK_Delete); }, 1},
+      {"Down key picks the next bar", extended_with_bars, [] { border_key(1, GDK_Down); }, 0},
+      {"mouse pick of a bar", extended_with_bars, [] { press(1, 48 + 31); }, 0},
+      {"border colour picked", extended_with_bars, [] { pick_border_colour(0); }, 1},
+      {"same border colour picked", extended_with_bars, [] { pick_border_colour(6); }, 0},
+      {"to Compact mode", extended_with_bars, [] { activate("menuitem_interface_compact"); }, 1},
+      {"to Extended mode", compact_with_lines, [] { activate("menuitem_interface_extended"); }, 1},
+      {"auto-extend, Extended", extended_with_bars, [] { activate("menuitem_tools_auto_expand_picture"); }, 1},
+      {"auto-extend, Compact", compact_with_lines, [] { activate("menuitem_tools_auto_expand_picture"); }, 1},
+      {"ramp, Extended", extended_with_bars, [] { ramp_paint(1, {6, 14, 3, 1}); }, 1},
+      {"ramp, Compact", compact_with_lines, [] { ramp_paint(1, {6, 14, 3, 1}); }, 1},
+      {"paint key: line and cursor step", [] { compact_with_lines(), set_selection(1, {100, 100, 0}); }, [] { border_key(1, GDK_5); }, 1},
+      {"Delete over a range", compact_with_lines, [] { border_key(1, GDK_Delete); }, 1},
+      {"repeat the range", compact_with_lines, [] { border_key(1, GDK_KP_Multiply); }, 1},
+      {"Shift+Up extends the range", compact_with_lines, [] { border_key(1, GDK_Up, GDK_SHIFT_MASK); }, 0},
+      {"mouse click places the cursor", compact_with_lines, [] { press(1, 48 + 10); }, 0},
+      {"double click selects a run", compact_with_lines, [] { press(1, 48 + 12); press(1, 48 + 12, GDK_2BUTTON_PRESS); }, 0},
+      {"open picture (border colour)", extended_with_bars, [&] { open_through_chooser("menuitem_open_picture", picture); }, 1},
+      {"open project, Extended", extended_with_bars, [&] { open_through_chooser("menuitem_open_project", project); }, 1},
+      {"open project, Compact", compact_with_lines, [&] { open_through_chooser("menuitem_open_project", project); }, 1},
+  };
+  for (const Action &a : actions) {
+    SCOPED_TRACE(a.what);
+    border_color_index = 6;
+    picture_loaded = 1;
+    a.setup();
+    undo_module_init();
+    const EditorState before = undo_capture_state();
+    a.act();
+    pump_events();
+    picture_loaded = 1;
+    const EditorState after = undo_capture_state();
+    ASSERT_EQ(undo_history.steps.size(), static_cast<std::size_t>(a.steps));
+    EXPECT_EQ(history_step_changes_bars(history_diff(before, after)), a.steps) << "a step exactly when the bars changed";
+    if (a.steps == 0) continue;
+    EXPECT_TRUE(sensitive("menuitem_undo"));
+    EXPECT_FALSE(sensitive("menuitem_redo"));
+    activate("menuitem_undo");
+    EXPECT_TRUE(undo_capture_state() == before);
+    EXPECT_FALSE(sensitive("menuitem_undo"));
+    EXPECT_TRUE(sensitive("menuitem_redo"));
+    activate("menuitem_redo");
+    EXPECT_TRUE(undo_capture_state() == after);
+  }
+}
+
+// 500 random actions across both modes (fixed seed). After every step, undo gives the
+// state before it and redo the state after it, with the same project file; undoing all
+// goes back to the start and redoing all to the end.
+TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
+  TempDir dir;
+  std::mt19937 random(20261123);
+  auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  static constexpr unsigned compact_keys[] = {GDK_1, GDK_8, GDK_q, GDK_i, GDK_KP_3, GDK_KP_Multiply, GDK_Delete,
+                                              GDK_Home, GDK_End, GDK_Up, GDK_Down, GDK_Page_Up, GDK_Page_Down,
+                                              GDK_KP_1, GDK_KP_7, GDK_x};
+  static constexpr unsigned extended_keys[] = {GDK_2, GDK_u, GDK_KP_5, GDK_Up, GDK_Down, GDK_Delete, GDK_KP_8, GDK_x};
+  static constexpr unsigned states[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK};
+  set_bars(1, three_bars);
+  set_lines(0, painted({{120, 30, 4}}));
+  undo_module_init();
+  const EditorState start = undo_capture_state();
+  const std::string start_file = file_output(dir);
+  EditorState first_step_start{};
+  int recorded = 0;
+
+  for (int i = 0; i < 500; i++) {
+    const int side = pick(2);
+    const EditorState before = undo_capture_state();
+    const std::size_t steps = undo_history.done;
+    switch (pick(12)) {
+      case 0: case 1: case 2:
+        if (interface_extended == 1) border_key(side, extended_keys[pick(std::size(extended_keys))], states[pick(3)]);
+        else border_key(side, compact_keys[pick(std::size(compact_keys))], states[pick(3)]);
+        break;
+      case 3: press(side, 40 + pick(215), pick(4) ? GDK_BUTTON_PRESS : GDK_2BUTTON_PRESS, 1, pick(2) ? GDK_SHIFT_MASK : 0); break;
+      case 4: click(side ? "toolbutton_add_bar_left" : "toolbutton_add_bar_right"); break;
+      case 5: click(side ? "toolbutton_remove_bar_left" : "toolbutton_remove_bar_right"); break;
+      case 6: {
+        const int rows = static_cast<int>(bars(side).size());
+        if (rows == 0) break;
+        const int column = pick(3);
+        const int value = column == 0 ? 45 + pick(210) : column == 1 ? pick(205) - 2 : pick(18) - 1;
+        edit_cell(side, column, std::to_string(pick(rows)).c_str(), std::to_string(value).c_str());
+        break;
+      }
+      case 7: pick_border_colour(pick(16)); break;
+      case 8: activate(pick(2) ? "menuitem_interface_compact" : "menuitem_interface_extended"); break;
+      case 9: ramp_paint(side, ramp_shape(ramp_preset_colours(ramp_presets[pick(7)]), RampShape(pick(3)))); break;
+      case 10: if (pick(8) == 0) activate("menuitem_tools_auto_expand_picture"); break;
+      case 11: if (pick(10) == 0) { answer_next_dialog(GTK_RESPONSE_YES); click("toolbutton_delete_all_bars"); } break;
+    }
+    const EditorState after = undo_capture_state();
+    if (undo_history.done == steps) {
+      // No step: only a selection may have changed.
+      EXPECT_EQ(history_step_changes_bars(history_diff(before, after)), 0) << "action " << i;
+      continue;
+    }
+    ASSERT_EQ(undo_history.done, steps + 1) << "action " << i;
+    if (recorded++ == 0) first_step_start = before;
+    const std::string after_file = file_output(dir);
+    ASSERT_TRUE(undo_last_step());
+    ASSERT_TRUE(undo_capture_state() == before) << "undo of action " << i;
+    ASSERT_TRUE(redo_last_step());
+    ASSERT_TRUE(undo_capture_state() == after) << "redo of action " << i;
+    ASSERT_EQ(file_output(dir), after_file) << "action " << i;
+  }
+  ASSERT_GT(recorded, 200);
+  EXPECT_EQ(undo_history.steps.size(), static_cast<std::size_t>(recorded));
+
+  const EditorState end = undo_capture_state();
+  const std::string end_file = file_output(dir);
+  while (undo_last_step()) {
+  }
+  const EditorState back = undo_capture_state();
+  EXPECT_TRUE(back == first_step_start);
+  // The start itself: the same bars, border colour, mode and file; the cursor and bar
+  // selection are where the first change began.
+  EXPECT_EQ(back.extended, start.extended);
+  EXPECT_EQ(back.border, start.border);
+  for (int side : {0, 1}) {
+    EXPECT_EQ(back.sides[side].lines, start.sides[side].lines);
+    EXPECT_EQ(back.sides[side].rows, start.sides[side].rows);
+  }
+  EXPECT_EQ(file_output(dir), start_file);
+  EXPECT_FALSE(sensitive("menuitem_undo"));
+  while (redo_last_step()) {
+  }
+  EXPECT_TRUE(undo_capture_state() == end);
+  EXPECT_EQ(file_output(dir), end_file);
+  EXPECT_FALSE(sensitive("menuitem_redo"));
+}
+
+// Ctrl+Z and Ctrl+Shift+Z reach the Edit menu while a border area has the focus, and
+// are no colour keys there; Alt+E and Ctrl+Y still paint.
+TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
+  activate("menuitem_interface_compact");
+  gtk_widget_grab_focus(drawingarea_left_border);
+  undo_module_init();
+  set_selection(1, {100, 100, 0});
+  send_key(GDK_e, GDK_MOD1_MASK);
+  send_key(GDK_y, GDK_CONTROL_MASK);
+  EXPECT_EQ(lines(1), painted({{100, 1, 10}, {101, 1, 13}})) << "Alt+E and Ctrl+Y paint";
+  EXPECT_EQ(selection(1), (Selection{102, 102, 0}));
+  send_key(GDK_Down, 0);  // moving on is no step
+  EXPECT_EQ(undo_history.steps.size(), 2u);
+
+  send_key(GDK_z, GDK_CONTROL_MASK);
+  EXPECT_EQ(lines(1), painted({{100, 1, 10}}));
+  EXPECT_EQ(selection(1), (Selection{101, 101, 0}));
+  send_key(GDK_z, GDK_CONTROL_MASK);
+  EXPECT_EQ(lines(1), painted({}));
+  EXPECT_EQ(selection(1), (Selection{100, 100, 0}));
+  EXPECT_FALSE(sensitive("menuitem_undo"));
+  send_key(GDK_z, GDK_CONTROL_MASK);  // nothing left: the key changes nothing
+  EXPECT_EQ(lines(1), painted({}));
+  EXPECT_EQ(selection(1), (Selection{100, 100, 0}));
+
+  send_key(GDK_Z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+  EXPECT_EQ(lines(1), painted({{100, 1, 10}}));
+  send_key(GDK_Z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+  send_key(GDK_Z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);  // nothing left to redo
+  EXPECT_EQ(lines(1), painted({{100, 1, 10}, {101, 1, 13}}));
+  EXPECT_EQ(selection(1), (Selection{103, 103, 0})) << "redo returns to where the cursor was before undoing";
+  EXPECT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
+}
+
+// The items are insensitive at the ends of the history, and a new change after undoing
+// drops the steps that could have been redone.
+TEST_F(Undo, MenuItemsFollowTheEndsOfTheHistory) {
+  auto items = [] { return std::pair{sensitive("menuitem_undo"), sensitive("menuitem_redo")}; };
+  EXPECT_EQ(items(), std::pair(false, false));
+  activate("menuitem_undo");
+  activate("menuitem_redo");
+  pick_border_colour(1);
+  pick_border_colour(2);
+  EXPECT_EQ(items(), std::pair(true, false));
+  activate("menuitem_undo");
+  EXPECT_EQ(items(), std::pair(true, true));
+  EXPECT_EQ(border_color_index, 1);
+  activate("menuitem_undo");
+  EXPECT_EQ(items(), std::pair(false, true));
+  EXPECT_EQ(border_color_index, 6);
+  activate("menuitem_redo");
+  pick_border_colour(9);
+  EXPECT_EQ(items(), std::pair(true, false));
+  activate("menuitem_undo");
+  activate("menuitem_undo");
+  EXPECT_EQ(border_color_index, 6);
+  activate("menuitem_redo");
+  activate("menuitem_redo");
+  EXPECT_EQ(border_color_index, 9);
+}
+
+}  // namespace
