@@ -40,18 +40,18 @@ OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
         .export offset_bits, offset_base_lo, offset_base_hi, OFFSET_END
 
         .segment "INIT"
-; Copies core and the tail (two halves of COPY_HALF bytes, at most a page each) to where
-; core runs, then starts it.
-init:   ldx #$ff                ; patched: COPY_HALF
+; Copies core and the tail, as two halves of at most 255 bytes each, to where core runs,
+; then starts it.
+init:   ldx #$ff                ; patched: the size of a half
 copy_half = * - 1
 init_copy:
         lda $ffff,x             ; patched: where core is loaded - 1
 init_src = * - 2
         sta $ffff,x             ; patched: where core runs - 1
 init_dst = * - 2
-        lda $ffff,x             ; patched: the same + COPY_HALF
+        lda $ffff,x             ; patched: the same + a half
 init_src2 = * - 2
-        sta $ffff,x             ; patched: the same + COPY_HALF
+        sta $ffff,x             ; patched: the same + a half
 init_dst2 = * - 2
         dex
         bne init_copy
@@ -103,7 +103,6 @@ page_dst = * - 2
         ldy LENLO
         bne copy_short
         beq copied
-
 
 literal:
         jsr gamma
