@@ -36,6 +36,11 @@ char *utf8_path_and_filename_picture = nullptr;
 char *utf8_path_and_filename_project = nullptr;
 int interface_extended = 1;
 
+// Set while the project path names a file that Open project could not read as a project (a
+// picture chosen by mistake, a damaged file: no key file, or one without any project group):
+// Save then asks for a name rather than overwriting that file.
+static int project_path_unread = 0;
+
 GtkWidget *drawingarea_upper_border = nullptr;
 GtkWidget *drawingarea_lower_border = nullptr;
 GtkWidget *drawingarea_left_border = nullptr;
@@ -48,6 +53,27 @@ namespace {
 constexpr const char *kNeedPicture = "First open a picture or project";
 
 void report_info(const char *text) { controls_report_info(text); }
+
+// GLib writes a file through a temporary one beside it and names that one ("p.ini.I1SCZ3")
+// when it cannot be created: the message is given the file the user chose instead.
+std::string message_naming(const char *message, const char *path) {
+  std::string text = message;
+  OwnedString shown(g_filename_display_name(path));
+  const std::string temporary = std::string(shown.get()) + ".";
+  constexpr std::size_t kSuffix = 7;  // "." and the six random characters
+  const std::size_t at = text.find(temporary);
+  if (at != std::string::npos && at + temporary.size() - 1 + kSuffix <= text.size())
+    text.erase(at + temporary.size() - 1, kSuffix);
+  return text;
+}
+
+// Reports a failed write of `path` (taking the error, which may be null) like
+// controls_report_error, with the message naming `path`.
+void report_write_error(GError *error, const char *path, const char *fallback) {
+  OwnedError owned(error);
+  const std::string text = owned ? message_naming(owned->message, path) : fallback;
+  controls_report_error(nullptr, text.c_str());
+}
 
 void redraw(GtkWidget *area) {
   if (area) gtk_widget_queue_draw(area);
@@ -421,6 +447,13 @@ OwnedString locate_project_picture(const char *value, const char *project_path) 
   return beside;
 }
 
+// Whether a key file holds any of a project's groups.
+bool has_project_group(GKeyFile *key_file) {
+  for (const char *group : {"image", "colors", "left", "right"})
+    if (g_key_file_has_group(key_file, group)) return true;
+  return false;
+}
+
 // Applies a parsed project: title, picture, border colour, the active mode's bars.
 void apply_project(GKeyFile *key_file, const char *project_path) {
   OwnedString title(g_path_get_basename(project_path));
@@ -462,7 +495,7 @@ int save_project_to_file(const char *path) {
   gsize length = 0;
   OwnedString text(g_key_file_to_data(key_file.get(), &length, nullptr));
   if (!support_replace_file(path, text.get(), length, &error)) {
-    controls_report_error(OwnedError(error).get(), "The project could not be written");
+    report_write_error(error, path, "The project could not be written");
     return 0;
   }
   report_info("Project saved");
@@ -472,25 +505,40 @@ int save_project_to_file(const char *path) {
   return 1;
 }
 
-// Suggests the project's own name, or else the picture's name with ".ini" in place of its
-// extension; the chosen name gets ".ini" unless it already ends in ".ini" or ".INI".
-void choose_name_and_save_project_to_file(void) {
-  OwnedString suggestion;
-  if (utf8_path_and_filename_project) {
-    suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
-  } else if (utf8_path_and_filename_picture) {
-    OwnedString base(g_path_get_basename(utf8_path_and_filename_picture));
-    if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
-    suggestion.reset(g_strdup_printf("%s.ini", base.get()));
-  }
+namespace {
+
+// A file's base name with everything from its last "." replaced by ".ini".
+OwnedString project_name_for(const char *path) {
+  OwnedString base(g_path_get_basename(path));
+  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+  return OwnedString(g_strdup_printf("%s.ini", base.get()));
+}
+
+// Runs the project save chooser with `suggestion`, then saves under the chosen name, which
+// gets ".ini" unless it already ends in ".ini" or ".INI", and makes it the project path.
+void save_project_under_chosen_name(const char *suggestion) {
   char *chosen = nullptr;
-  if (fileopen_save_project_file(suggestion.get(), &chosen) != 1) return;
+  if (fileopen_save_project_file(suggestion, &chosen) != 1) return;
   OwnedString chosen_path(chosen);
   OwnedString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
                                ? g_strdup(chosen)
                                : g_strdup_printf("%s.ini", chosen));
   save_project_to_file(final_name.get());
   replace_string(utf8_path_and_filename_project, final_name.get());
+  project_path_unread = 0;  // the user chose this file to write to
+}
+
+}  // namespace
+
+// Suggests the project's own name, or else the picture's name with ".ini" in place of its
+// extension.
+void choose_name_and_save_project_to_file(void) {
+  OwnedString suggestion;
+  if (utf8_path_and_filename_project)
+    suggestion.reset(g_path_get_basename(utf8_path_and_filename_project));
+  else if (utf8_path_and_filename_picture)
+    suggestion = project_name_for(utf8_path_and_filename_picture);
+  save_project_under_chosen_name(suggestion.get());
 }
 
 void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
@@ -500,19 +548,23 @@ void on_menuitem_open_project_activate(GtkMenuItem *, gpointer) {
   UserAction action;
   OwnedKeyFile key_file(g_key_file_new());
   GError *error = nullptr;
-  if (g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error))
+  const bool read = g_key_file_load_from_file(key_file.get(), path.get(), G_KEY_FILE_KEEP_COMMENTS, &error);
+  if (read)
     apply_project(key_file.get(), path.get());
   else
     controls_report_error(OwnedError(error).get(), "The project could not be read");
   replace_string(utf8_path_and_filename_project, path.get());
+  project_path_unread = read && has_project_group(key_file.get()) ? 0 : 1;
 }
 
 void on_menuitem_save_project_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  if (utf8_path_and_filename_project)
-    save_project_to_file(utf8_path_and_filename_project);
-  else
+  if (!utf8_path_and_filename_project)
     choose_name_and_save_project_to_file();
+  else if (project_path_unread)  // never overwrite a file that was not read as a project
+    save_project_under_chosen_name(project_name_for(utf8_path_and_filename_project).get());
+  else
+    save_project_to_file(utf8_path_and_filename_project);
 }
 
 void on_menuitem_save_project_as_activate(GtkMenuItem *, gpointer) {
@@ -554,35 +606,8 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
 
 namespace {
 
-// The PRG file: the load address, then C64 memory from $0801 on. Everything is placed by
-// its C64 address; a file offset is computed from it.
-constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
-
-constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
-constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
-constexpr unsigned prg_border = 0x0D00;
-constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
-constexpr unsigned char prg_lower_case = 0x17;
-
-// Where a kind of PRG keeps its parts: C64 addresses, 0 for a block the kind lacks, and
-// the address just past its end.
-struct PrgKind {
-  const PrgTemplate *code;
-  unsigned end;
-  unsigned bitmap, screen, color, background;
-  bool has_charset;   // PETSCII: the lower-case set is chosen by patching the template
-  bool may_reencode;  // multicolour: the graphics may come re-encoded
-};
-
-constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, false, false};
-constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
-constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
-
 std::vector<unsigned char> executable_bytes(const PrgKind &kind) {
-  std::vector<unsigned char> prg(prg_offset(kind.end), 0);
-  prg[0] = prg_first_address & 0xFF;
-  prg[1] = prg_first_address >> 8;
-  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
+  std::vector<unsigned char> prg = prg_player_bytes(kind);
   if (kind.has_charset && picture_data.charset != 0) prg[prg_offset(prg_charset_operand)] = prg_lower_case;
   prg[prg_offset(prg_border)] = static_cast<unsigned char>(border_color_index);
   export_get_bar_tables(&prg[prg_offset(prg_left_table)], &prg[prg_offset(prg_right_table)]);
@@ -608,7 +633,7 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
-    controls_report_error(OwnedError(error).get(), "The program could not be written");
+    report_write_error(error, filename, "The program could not be written");
     return 0;
   }
   return 1;
@@ -662,24 +687,40 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
 
+int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+
+int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+
 void export_get_bar_tables(unsigned char *left, unsigned char *right) {
   active_mode().get_bars[1](left, border_color_index);
   active_mode().get_bars[0](right, border_color_index);
 }
 
-int export_build_executable(std::vector<unsigned char> *prg) {
-  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
-                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
-                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
-                                                                                : nullptr;
-  if (!kind) return 0;
-  *prg = executable_bytes(*kind);
-  return 1;
+namespace {
+
+// The PRG kind of the picture in memory and the export function that writes it.
+struct ExecutableKind {
+  PictureKind picture;
+  const PrgKind *prg;
+  int (*write)(const char *filename);
+};
+const ExecutableKind *executable_kind() {
+  static const ExecutableKind kinds[] = {{PictureKind::petscii, &prg_petscii, export_petscii_to_executable},
+                                         {PictureKind::hires, &prg_hires, export_hires_to_executable},
+                                         {PictureKind::multicolor, &prg_mc, export_mc_to_executable}};
+  for (const ExecutableKind &kind : kinds)
+    if (kind.picture == hiresdecoder_picture_kind(picture_data.format)) return &kind;
+  return nullptr;
 }
 
-int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+}  // namespace
 
-int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const ExecutableKind *kind = executable_kind();
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind->prg);
+  return 1;
+}
 
 int export_run_cruncher(const char *filename) {
   GdkWindow *window = window_main ? window_main->window : nullptr;
@@ -713,14 +754,8 @@ void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
   OwnedString filename = choose_export_name(fileopen_save_executable_file, ".prg");
   if (!filename) return;
-  int (*build)(const char *) = nullptr;
-  switch (hiresdecoder_picture_kind(picture_data.format)) {
-    case PictureKind::petscii: build = export_petscii_to_executable; break;
-    case PictureKind::hires: build = export_hires_to_executable; break;
-    case PictureKind::multicolor: build = export_mc_to_executable; break;
-    case PictureKind::none: break;
-  }
-  if (build && build(filename.get()) == 1) export_run_cruncher(filename.get());
+  const ExecutableKind *kind = executable_kind();
+  if (kind && kind->write(filename.get()) == 1) export_run_cruncher(filename.get());
 }
 
 cairo_surface_t *export_png_compose(void) {

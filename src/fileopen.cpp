@@ -81,10 +81,12 @@ int run_chooser(const ChooserRow &row, GtkWidget *dialog, char **path) {
   gchar *chosen = gtk_file_chooser_get_filename(chooser);
   if (!chosen) return 0;  // nothing local was chosen
   *path = chosen;
-  if (gchar *folder = gtk_file_chooser_get_current_folder(chooser)) {
-    g_free(*row.folder);
-    *row.folder = folder;
-  }
+  // A chooser showing no folder (as "Recently used" does, when the name was typed in)
+  // has none to give: the chosen file's own folder is remembered instead.
+  gchar *folder = gtk_file_chooser_get_current_folder(chooser);
+  if (!folder) folder = g_path_get_dirname(chosen);
+  g_free(*row.folder);
+  *row.folder = folder;
   return 1;
 }
 

@@ -69,6 +69,12 @@ inline void set_file_names(const char *project, const char *picture) {
   utf8_path_and_filename_picture = g_strdup(picture);
 }
 
+// Whether an error message names the file `path` itself, not a temporary file beside it.
+inline bool names_file(const std::string &message, const std::string &path) {
+  const std::size_t at = message.find(path);
+  return at != std::string::npos && message.compare(at + path.size(), 1, ".") != 0;
+}
+
 // The visible dialogs with the given title.
 inline std::vector<GtkWidget *> dialogs_titled(const std::string &title) {
   std::vector<GtkWidget *> found;

@@ -1,5 +1,7 @@
 // The File menu's picture and project commands on the real main window, with real
 // choosers and real files: border colours, opening projects, and saving them.
+#include <glib/gstdio.h>
+
 #include "file_commands.h"
 
 namespace {
@@ -93,7 +95,8 @@ TEST_F(Commands, SaveAndSaveAs) {
     EXPECT_TRUE(g_file_test(dir.file(written).c_str(), G_FILE_TEST_IS_REGULAR)) << written;
   }
   EXPECT_EQ(save_project_to_file(dir.file("no/such/folder.ini").c_str()), 0);
-  EXPECT_TRUE(status_text().starts_with(" Error: ")) << status_text();
+  EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("no/such/folder.ini")))
+      << status_text();
   EXPECT_EQ(close_error_boxes(), 1);
 }
 
@@ -110,6 +113,38 @@ TEST_F(Commands, FirstSaveSuggestsThePictureNameAndWritesTheHead) {
   EXPECT_TRUE(text.starts_with("# Quillbar 1.4.2 project file - do NOT edit\n") &&
               text.find("\n[image]\nfile=file://" + dir.file("koala.kla") + "\n") != std::string::npos &&
               text.find("\n[colors]\nbase=11\n") != std::string::npos) << text;
+}
+
+// A file that Open project could not read as a project (a picture chosen by mistake: one
+// that is no key file, one that is a key file without any project group) becomes the
+// project path, but F2 asks for a name instead of overwriting it; once a name is chosen, F2
+// saves there directly again.
+TEST_F(Commands, SaveNeverOverwritesAFileThatWasNotReadAsAProject) {
+  std::vector<unsigned char> noisy(10003, 0xA7);
+  noisy[0] = 0x00;
+  noisy[1] = 0x60;
+  write_file(dir.file("noisy.koa"), noisy);
+  run_choosing(on_menuitem_open_picture_activate, "koala.kla");
+  for (const std::string name : {"noisy.koa", "koala.kla"}) {
+    SCOPED_TRACE(name);
+    const std::string picture = read_text(dir.file(name));
+    run_choosing(on_menuitem_open_project_activate, name);
+    close_error_boxes();
+    EXPECT_STREQ(utf8_path_and_filename_project, dir.file(name).c_str());
+
+    std::string offered;
+    answer_save_chooser(dir.path(), "mine", &offered);
+    on_menuitem_save_project_activate(nullptr, nullptr);
+    pump_events();
+    EXPECT_EQ(offered, name.substr(0, name.find('.')) + ".ini");
+    EXPECT_EQ(read_text(dir.file(name)), picture);
+    EXPECT_STREQ(utf8_path_and_filename_project, dir.file("mine.ini").c_str());
+
+    border_color_index = 13;
+    on_menuitem_save_project_activate(nullptr, nullptr);  // a chooser here would never be answered
+    EXPECT_NE(read_text(dir.file("mine.ini")).find("\nbase=13\n"), std::string::npos);
+    g_remove(dir.file("mine.ini").c_str());
+  }
 }
 
 }  // namespace

@@ -118,7 +118,8 @@ TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
 // status decides whether success is reported.
 TEST_F(PrgExport, CruncherAndFailures) {
   EXPECT_EQ(export_hires_to_executable(dir.file("missing/out.prg").c_str()), 0);
-  EXPECT_TRUE(status_text().starts_with(" Error: ")) << status_text();
+  EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("missing/out.prg")))
+      << status_text();
   EXPECT_EQ(close_error_boxes(), 1);
   const std::string prg = dir.file("my pic.prg");
   EXPECT_EQ(export_run_cruncher(prg.c_str()), 1);
