@@ -31,3 +31,16 @@ configure_and_build() {
   fi
   cmake --build "$BUILD_DIR" -j2
 }
+
+# Gives the commands that follow a fresh temporary HOME and XDG folders, removed on exit,
+# so that no test program can read or write the user's own.
+use_private_home() {
+  PRIVATE_HOME="$(mktemp -d "${TMPDIR:-/tmp}/quillbar-home-XXXXXX")"
+  trap 'rm -rf "$PRIVATE_HOME"' EXIT
+  export HOME="$PRIVATE_HOME"
+  local name
+  for name in XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_STATE_HOME XDG_RUNTIME_DIR; do
+    mkdir -m 700 "$PRIVATE_HOME/$name"
+    export "$name=$PRIVATE_HOME/$name"
+  done
+}
