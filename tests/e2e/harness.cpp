@@ -19,8 +19,7 @@ namespace {
 constexpr int kDisplayWidth = 1920, kDisplayHeight = 1440;
 constexpr double kPoll = 0.005;  // seconds between two looks at a condition
 
-// The private X server and window manager, started once for the test program, whose own
-// toolkit connection (used to render reference text) goes to it as well.
+// The private X server and window manager, started once; this program's toolkit uses it too.
 struct Session {
   std::unique_ptr<Child> server, manager;
   Display *x = nullptr;
@@ -232,8 +231,8 @@ Session::Session() {
     ADD_FAILURE() << "the window manager did not start";
   for (const std::string &variable : environment(home.path())) putenv(g_strdup(variable.c_str()));
   if (!gtk_init_check(nullptr, nullptr)) ADD_FAILURE() << "no toolkit on " << name;
-  // The toolkit's handler ends the program on any X error; errors on this connection (a
-  // window that went away while it was looked at) are expected and left to the caller.
+  // The toolkit's handler would end the program on an X error on this connection (a window
+  // that went away while looked at); those are left to the caller.
   toolkit_handler = XSetErrorHandler(on_x_error);
 }
 
@@ -288,8 +287,7 @@ App::App(const std::string &home) {
   child_ = std::make_unique<Child>(std::vector<std::string>{QUILLBAR_PROGRAM}, session().environment(home));
   XWindow shown = 0;
   wait_for([&] { return (shown = find("")) != 0; });
-  // The window manager gives a new window the focus; one that has just started may not yet,
-  // so the window is activated again every half second until it has it.
+  // A window just started may not have the focus yet: it is activated every half second.
   int looks = 0;
   if (shown && wait_for([&] {
         if (++looks % 100 == 0) run_tool({"xdotool", "windowactivate", std::to_string(shown)});
@@ -329,14 +327,13 @@ bool App::wait_main_focus() const {
 Rect App::client(const std::string &title) const { return inside_of(title.empty() ? main_ : find(title)); }
 
 bool App::status_shows(const std::string &text, bool whole, double seconds) const {
-  // The status bar is the window's bottom strip inside a dark frame line (found up the frame's
-  // left side); the frame and the resize grip are left out.
+  // The status bar: the bottom strip inside a dark frame line (found up the left side), less
+  // the frame and the resize grip; looked for every time, as the window may not be drawn yet.
   constexpr int kGrip = 24;
   const Rect c = client();
   const Ink &expected = reference_ink(text);
   return wait_for(
       [&] {
-        // Looked for again every time: the window may not be drawn yet.
         const Shot edge = grab({c.x + 1, c.y, 1, c.height});
         int top = c.y + c.height - 2;
         while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
@@ -356,10 +353,10 @@ bool App::status_shows(const std::string &text, bool whole, double seconds) cons
       seconds);
 }
 
-bool App::close_error_box() const {
+bool App::error_box(const std::string &status, bool whole) const {
   if (!wait_window("Error")) return false;
   press_keys("Return");
-  return wait_gone("Error");
+  return wait_gone("Error") && status_shows(status, whole);
 }
 
 bool App::quit() {

@@ -1,8 +1,6 @@
-// The end-to-end harness: a private X server (Xvfb) with a small window manager, the built
-// quillbar program started in it with its own home folder, real input sent through the X
-// server (xdotool), and what the server shows read back: window titles, focus and pixels.
-// Every wait polls a condition with a time limit; every process started here is stopped when
-// its owner goes, and dies with the test program.
+// The end-to-end harness: a private Xvfb with a window manager, the built quillbar started in
+// it with its own home, input through the X server (xdotool), and windows, focus and pixels
+// read back. Every wait polls a condition with a time limit; every process dies with its owner.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,8 +20,8 @@ using XWindow = unsigned long;  // X's own headers stay out: their macros clash 
 constexpr double kWait = 20.0;
 bool wait_for(const std::function<bool()> &done, double seconds = kWait);
 
-// A process started with the given environment, killed when dropped and when the test
-// program dies. With `out` set, its standard output is readable there.
+// A process with the given environment, killed when dropped or when the test program dies;
+// with `out` set, its standard output is readable there.
 class Child {
  public:
   Child(const std::vector<std::string> &argv, const std::vector<std::string> &env, int *out = nullptr);
@@ -74,11 +72,11 @@ class App {
   bool wait_main_focus() const;
   Rect client(const std::string &title = "") const;  // the inside of a window (the main one by default)
   Shot shot() const { return grab(client()); }
-  // The status bar shows `text`, or (with `whole` false) begins with it; compared with the
-  // same text drawn by the toolkit here.
+  // The status bar shows `text` (or, with `whole` false, begins with it), as the toolkit draws it.
   bool status_shows(const std::string &text, bool whole = true, double seconds = kWait) const;
-  bool close_error_box() const;  // waits for an error box and closes it with its OK key
-  bool quit();                   // through the menu key and the confirmation; true when it ended with 0
+  // Waits for an error box, closes it with its OK key, then waits for the status bar's text.
+  bool error_box(const std::string &status, bool whole = true) const;
+  bool quit();  // through the menu key and the confirmation; true when it ended with 0
 
  private:
   XWindow find(const std::string &title) const;  // a shown window of the program, 0 for none
