@@ -312,14 +312,8 @@ XWindow App::find(const std::string &title) const {
 }
 
 std::string App::title() const { return title_of(main_); }
-bool App::wait_title(const std::string &title) const {
-  return wait_for([&] { return this->title() == title; });
-}
 bool App::wait_window(const std::string &title) const {
   return wait_for([&] { return has_focus(find(title)); });
-}
-bool App::wait_gone(const std::string &title) const {
-  return wait_for([&] { return !find(title); });
 }
 bool App::wait_main_focus() const {
   return wait_for([&] { return has_focus(main_); });

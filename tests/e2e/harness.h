@@ -66,9 +66,13 @@ class App {
   explicit App(const std::string &home);
   bool started() const { return main_ != 0; }
   std::string title() const;
-  bool wait_title(const std::string &title) const;
+  bool wait_title(const std::string &t) const {
+    return wait_for([&] { return title() == t; });
+  }
   bool wait_window(const std::string &title) const;  // shown and with the keyboard focus
-  bool wait_gone(const std::string &title) const;
+  bool wait_gone(const std::string &title) const {
+    return wait_for([&] { return !find(title); });
+  }
   bool wait_main_focus() const;
   Rect client(const std::string &title = "") const;  // the inside of a window (the main one by default)
   Shot shot() const { return grab(client()); }
