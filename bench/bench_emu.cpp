@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "c64.h"
+#include "geometry.h"
 #include "prg_templates.h"
 
 namespace {
@@ -17,16 +18,13 @@ namespace {
 constexpr int kWarmUpFrames = 60, kTimedFrames = 2000;
 
 std::vector<uint8_t> generated_player() {
-  std::vector<uint8_t> prg(15145, 0);
-  prg[0] = prg_first_address & 0xFF;
-  prg[1] = prg_first_address >> 8;
-  std::copy(code_raster_hires.begin(), code_raster_hires.end(), prg.begin() + 2);
-  for (int i = 0; i < 200; i++) {
-    prg[770 + i] = static_cast<uint8_t>(i % 16);
-    prg[1026 + i] = static_cast<uint8_t>((7 * i + 3) % 16);
+  std::vector<uint8_t> prg = prg_player_bytes(prg_hires);
+  for (int i = 0; i < picture_lines; i++) {
+    prg[prg_offset(prg_left_table) + i] = static_cast<uint8_t>(i % 16);
+    prg[prg_offset(prg_right_table) + i] = static_cast<uint8_t>((7 * i + 3) % 16);
   }
-  prg[1281] = 6;
-  for (size_t i = 6145; i < prg.size(); i++) prg[i] = static_cast<uint8_t>(i * 2654435761u >> 13);
+  prg[prg_offset(prg_border)] = 6;
+  for (size_t i = prg_offset(prg_hires.bitmap); i < prg.size(); i++) prg[i] = static_cast<uint8_t>(i * 2654435761u >> 13);
   return prg;
 }
 

@@ -19,8 +19,8 @@ using Bytes = std::vector<uint8_t>;
 constexpr unsigned kCoreLinkedAt = kDecrunch_core;  // the build links core here and one page $10 higher
 constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
-constexpr unsigned kCopyBytes = 512;  // init copies two pages: core, tail and what follows
-constexpr unsigned kTailMax = kCopyBytes - kCoreBytes;
+constexpr unsigned kCopyBytes = 512;  // init copies core and tail in two halves of at most a page
+constexpr unsigned kTailMax = kCopyBytes - 2 - kCoreBytes;  // each half under 256 bytes
 constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
 static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
 static_assert(kCoreBytes < kCopyBytes);
@@ -44,8 +44,8 @@ struct OffsetClasses {
       k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + (k.raw ? 8 : 0);
       k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
       k.size = 1u << k.value_bits;
-      limit = k.base + k.size;
     }
+    limit = kDecrunch_OFFSET_END;
   }
   int of(unsigned offset) const {
     for (int i = 0; i < kClasses; ++i)
@@ -64,7 +64,7 @@ int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
 // The number a new offset match's length is sent as: the length itself for the nearest
 // offsets (the only ones that may copy a single byte), else the length - 1.
 unsigned length_code(unsigned offset, size_t length) {
-  return static_cast<unsigned>(offset < classes.c[0].size ? length : length - 1);
+  return static_cast<unsigned>(classes.of(offset) == 0 ? length : length - 1);
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
@@ -129,8 +129,8 @@ struct Arrival {
 };
 
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
-constexpr unsigned kLengthsTried = 64;      // longer matches are tried at these and at full length
-constexpr int kChainLimit = 768;
+constexpr unsigned kLengthsTried = 256;     // longer matches are tried at these and at full length
+constexpr int kChainLimit = 1024;
 // Extra bits charged per token in the parse, for its decoding time: a new offset costs the
 // decruncher about as much as all other work of a token, so a single byte copied from near
 // by is not worth it when it saves only a bit. (Benchmark: 1 bit here costs 0.05 % in size
@@ -199,7 +199,7 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
                 here.repeat);
         });
       }
-      for (unsigned offset = 1; offset < classes.c[0].size && offset <= i; ++offset)
+      for (unsigned offset = classes.c[0].base; offset < classes.c[0].base + classes.c[0].size && offset <= i; ++offset)
         if (r[i] == r[i - offset]) {  // a single byte from near by
           relax(i + 1, 1, here.cost + 1 + classes.cost(offset) + gamma_bits(1), i, state, {kNew, 1, offset}, offset);
           break;
@@ -258,7 +258,7 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     pos += k.length;
   }
   w.bit(1);
-  put_offset(w, 0);
+  put_offset(w, kDecrunch_OFFSET_END);
   return w.bytes;
 }
 
@@ -367,7 +367,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   // The smallest tail for which the writes never reach unread stream bytes while the stream
   // lies straight after the BASIC line; failing that, the stream is placed above the program.
   for (size_t tail = 0;; ++tail) {
-    const bool above = tail > std::min<size_t>(kTailMax, n);
+    const bool above = tail > std::min<size_t>(kTailMax, n - 1);  // the stream holds at least one token
     const size_t kept = above ? 0 : tail;
     const std::vector<Token> tokens = tokens_to(at, n - kept);
     CrunchStats counted;
@@ -405,17 +405,19 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     file.insert(file.end(), stream.rbegin(), stream.rend());
     const size_t init_pos = file.size();
     file.insert(file.end(), kDecrunchLo, kDecrunchLo + kCoreOffset);
-    put16(file, init_pos + kDecrunch_init_src, core_load);
-    put16(file, init_pos + kDecrunch_init_dst, run);
-    put16(file, init_pos + kDecrunch_init_src2, core_load + 256);
-    put16(file, init_pos + kDecrunch_init_dst2, run + 256);
+    const unsigned half = static_cast<unsigned>(kCoreBytes + kept + 1) / 2;
+    file[init_pos + kDecrunch_copy_half] = static_cast<uint8_t>(half);
+    put16(file, init_pos + kDecrunch_init_src, core_load - 1);
+    put16(file, init_pos + kDecrunch_init_dst, run - 1);
+    put16(file, init_pos + kDecrunch_init_src2, core_load - 1 + half);
+    put16(file, init_pos + kDecrunch_init_dst2, run - 1 + half);
     put16(file, init_pos + kDecrunch_init_jmp, run);
     const size_t core_pos = file.size();
     const Bytes core = relocated_core(run >> 8);
     file.insert(file.end(), core.begin(), core.end());
-    put16(file, core_pos + core_at(kDecrunch_dst_ptr), end);
-    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p);
-    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p) >> 8);
+    put16(file, core_pos + core_at(kDecrunch_dst_ptr), end - 1);
+    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
     file[core_pos + core_at(kDecrunch_tail_len)] = static_cast<uint8_t>(kept);
     put16(file, core_pos + core_at(kDecrunch_tail_dst), load - 1);
     put16(file, core_pos + core_at(kDecrunch_start_addr), static_cast<unsigned>(start));

@@ -15,13 +15,13 @@
 ;   repeat match      gamma length; copy from the last offset
 ;   new offset match  the offset's class (up to OFFSET_CLASSES - 1 bits: 1 = next class),
 ;                     the class's bit count of offset bits, then a whole byte as the low 8
-;                     bits when the class says so; plus the class's base. Offset 0 ends the
-;                     stream. Then gamma length, less 1 from class 1 on.
+;                     bits when the class says so; plus the class's base. Offsets from
+;                     OFFSET_END on end the stream. Then gamma length, less 1 from class 1 on.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
 ;
-; Zero page: the BASIC floating point work area $57-$5D; interrupts and $01 are left alone.
+; Zero page: the BASIC floating point work area $57-$5E; interrupts and $01 are left alone.
         .setcpu "6502"
 
 BITS     = $57
@@ -29,26 +29,29 @@ LENLO    = $58
 LENHI    = $59
 OFFLO    = $5a
 OFFHI    = $5b
-STREAM   = $5c                  ; and $5d: one above the next stream byte
+STREAM   = $5c                  ; and $5d: the next stream byte
+KIND     = $5e                  ; 0 after a literal run, else after a match
 
 OFFSET_CLASSES = 4
 OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
 
-        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
+        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, copy_half, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
-        .export offset_bits, offset_base_lo, offset_base_hi
+        .export offset_bits, offset_base_lo, offset_base_hi, OFFSET_END
 
         .segment "INIT"
-; Copies two pages (core, tail and whatever follows) to where core runs, then starts it.
-init:   ldx #0
+; Copies core and the tail, as two halves of at most 255 bytes each, to where core runs,
+; then starts it.
+init:   ldx #$ff                ; patched: the size of a half
+copy_half = * - 1
 init_copy:
-        lda $ffff,x             ; patched: where core is loaded
+        lda $ffff,x             ; patched: where core is loaded - 1
 init_src = * - 2
-        sta $ffff,x             ; patched: where core runs
+        sta $ffff,x             ; patched: where core runs - 1
 init_dst = * - 2
-        lda $ffff,x             ; patched: where core is loaded + 256
+        lda $ffff,x             ; patched: the same + a half
 init_src2 = * - 2
-        sta $ffff,x             ; patched: where core runs + 256
+        sta $ffff,x             ; patched: the same + a half
 init_dst2 = * - 2
         dex
         bne init_copy
@@ -56,7 +59,7 @@ init_dst2 = * - 2
 init_jmp = * - 2
 
         .segment "CORE"
-core:   lda #$ff                ; patched: one above the last stream byte, low
+core:   lda #$ff                ; patched: the last stream byte, low
 stream_lo = * - 1
         sta STREAM
         lda #$ff                ; patched: and high
@@ -65,9 +68,45 @@ stream_hi = * - 1
         lda #$80
         sta BITS
         ldy #0                  ; Y is 0 between tokens (copy, refill and get_byte leave it so)
+        beq literal             ; always
+
+; The pages above the rest, each copied from its top; X = LENHI, Y = LENLO.
+copy_long:
+        sec
+        tya
+        adc src_ptr
+        sta page_src
+        txa
+        adc src_ptr+1
+        sta page_src+1
+        sec
+        tya
+        adc dst_ptr
+        sta page_dst
+        txa
+        adc dst_ptr+1
+        sta page_dst+1
+copy_page:
+        dec page_src+1
+        dec page_dst+1
+        ldy #0
+copy_page_byte:
+        dey
+        lda $ffff,y
+page_src = * - 2
+        sta $ffff,y
+page_dst = * - 2
+        tya
+        bne copy_page_byte
+        dex
+        bne copy_page
+        ldy LENLO
+        bne copy_short
+        beq copied
 
 literal:
         jsr gamma
+literal_length:                 ; the length read
         sec
         lda STREAM
         sbc LENLO
@@ -83,10 +122,30 @@ literal:
         lda dst_ptr+1
         sbc LENHI
         sta dst_ptr+1
-        jsr copy
-        bcs new_offset
-        jsr gamma               ; repeat match; gamma ends with carry clear
-        bcc match
+        sty KIND                ; 0: a literal run
+
+; Copies LENHI:LENLO (at least 1) bytes from src_ptr + 1 up to dst_ptr + 1 up, highest
+; byte first: whole pages first (from the top), then the rest with the short loop.
+copy:   ldy LENLO
+        ldx LENHI
+        bne copy_long
+copy_short:
+        lda $ffff,y
+src_ptr = * - 2
+        sta $ffff,y             ; patched: the program's last byte
+dst_ptr = * - 2
+        dey
+        bne copy_short
+
+; The next token: 1 = a new offset match, else a length for a literal run (after a match)
+; or a repeat match (after a literal run).
+copied: asl BITS
+        bne :+
+        jsr refill
+:       bcs new_offset
+        jsr gamma
+        ldx KIND
+        bne literal_length
 
 ; dst_ptr -= length; src_ptr = dst_ptr + offset
 match:  sec
@@ -104,10 +163,9 @@ match:  sec
         sta src_ptr
         tya
         adc OFFHI
-        sta src_ptr+1
-        jsr copy
-        bcs new_offset
-        bcc literal
+        sta src_ptr+1           ; not 0: the program lies above page 0
+        sta KIND                ; not 0: a match
+        bne copy                ; always
 
 new_offset:
         ldx #0
@@ -141,7 +199,7 @@ class_base:
         lda OFFHI
         adc offset_base_hi,x
         sta OFFHI
-        ora OFFLO
+        cmp #>OFFSET_END        ; the end marker
         beq done
         jsr gamma
         txa                     ; the nearest offsets send the length itself
@@ -164,57 +222,19 @@ done_start:
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; Copies LENHI:LENLO (at least 1) bytes from src_ptr up to dst_ptr up, highest byte first,
-; then reads the next bit into carry.
-copy:   ldy LENLO
-        ldx LENHI
-        beq copy_byte           ; under 256 bytes: LENLO is not 0
-        txa
-        clc
-        adc src_ptr+1
-        sta src_ptr+1
-        txa
-        clc
-        adc dst_ptr+1
-        sta dst_ptr+1
-        tya
-        beq copy_page
-copy_byte:
-        dey
-        lda $ffff,y
-src_ptr = * - 2
-        sta $ffff,y             ; patched: one above the end of the program
-dst_ptr = * - 2
-        tya
-        bne copy_byte
-copy_page:
-        txa
-        beq get_bit
-        dex
-        dec src_ptr+1
-        dec dst_ptr+1
-        bne copy_byte           ; always: the program lies above page 0
-
-; The next bit into carry; keeps A and X.
-get_bit:
-        asl BITS
-        bne get_bit_end
-
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
-; returns its top bit in carry. Keeps A and X (the stream read is get_byte's, inline).
+; returns its top bit in carry. Keeps A and X; Y is 0 on entry and exit.
 refill: pha
-        lda STREAM
+        lda (STREAM),y
+        rol a
+        sta BITS
+        ldy STREAM
         bne refill_low
         dec STREAM+1
 refill_low:
         dec STREAM
         ldy #0
-        lda (STREAM),y
-        sec
-        rol a
-        sta BITS
         pla
-get_bit_end:
         rts
 
 ; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X; Y must be 0.
@@ -235,20 +255,23 @@ gamma_end:
         sta LENLO
         rts
 
-; The next stream byte into A; keeps X.
+; The next stream byte into A; keeps X; Y is 0 on entry and exit.
 get_byte:
-        lda STREAM
+        lda (STREAM),y
+        ldy STREAM
         bne get_byte_low
         dec STREAM+1
 get_byte_low:
         dec STREAM
         ldy #0
-        lda (STREAM),y
         rts
 
-; Widths 3, 8, 9 and 13 bits, tuned on the editor's export programs: bits read one by one
-; (as the marker bit that leaves A after them), then a whole byte from class 2 on.
-offset_bits:    .byte $20, $00, $80, $08
-offset_base_lo: .byte <0, <8, <264, <776
-offset_base_hi: .byte >0, >8, >264, >776
+; Widths 3, 8, 9 and 12 bits, tuned on the editor's export programs: bits read one by one
+; (as the marker bit that leaves A after them), then a whole byte from class 1 on. Offsets
+; count from 1, so that the next cell of a bitmap (8 back) is among the nearest; the page
+; after the last class ends the stream.
+offset_bits:    .byte $20, $00, $80, $10
+offset_base_lo: .byte <1, <9, <265, <777
+offset_base_hi: .byte >1, >9, >265, >777
+OFFSET_END = (777 + $1000) & $ff00
 core_end:

@@ -3,24 +3,15 @@
 #include "sfxrun.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "cruncher.h"
 #include "m6502.h"
 
-namespace {
-
-struct Flat {
-  uint8_t bytes[65536];
-  static uint8_t read(void *ctx, uint16_t a) { return static_cast<Flat *>(ctx)->bytes[a]; }
-  static void write(void *ctx, uint16_t a, uint8_t v) { static_cast<Flat *>(ctx)->bytes[a] = v; }
-};
-
-}  // namespace
-
 bool sfx_run(const std::vector<uint8_t> &crunched, uint16_t start, SfxRun *run) {
   const long entry = cruncher_entry(crunched);
   if (entry < 0) return false;
-  auto memory = std::make_unique<Flat>();
+  auto memory = std::make_unique<M6502FlatMemory>();
   uint32_t seed = 0x9E3779B9;
   for (uint8_t &b : memory->bytes) {
     seed = seed * 1664525 + 1013904223;
@@ -30,7 +21,7 @@ bool sfx_run(const std::vector<uint8_t> &crunched, uint16_t start, SfxRun *run) 
   std::copy(crunched.begin() + 2, crunched.end(), memory->bytes + kBasicStart);
   run->ram_before.assign(memory->bytes, memory->bytes + 65536);
   M6502 cpu;
-  m6502_init(&cpu, M6502Bus{Flat::read, Flat::write, memory.get()}, static_cast<uint16_t>(entry));
+  m6502_init(&cpu, memory->bus(), static_cast<uint16_t>(entry));
   run->sp_before = cpu.s;
   while (cpu.pc != start && cpu.cycles < kSfxCycleLimit && !cpu.jammed) m6502_step(&cpu);
   run->reached = cpu.pc == start;

@@ -22,6 +22,14 @@ struct M6502Bus {
   void *ctx;
 };
 
+// 64 KB of plain RAM and nothing else on the bus: for running code without a machine.
+struct M6502FlatMemory {
+  uint8_t bytes[65536];
+  M6502Bus bus() { return M6502Bus{read, write, this}; }
+  static uint8_t read(void *ctx, uint16_t a) { return static_cast<M6502FlatMemory *>(ctx)->bytes[a]; }
+  static void write(void *ctx, uint16_t a, uint8_t v) { static_cast<M6502FlatMemory *>(ctx)->bytes[a] = v; }
+};
+
 struct M6502 {
   uint16_t pc;
   uint8_t a, x, y, s, p;

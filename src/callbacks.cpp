@@ -604,35 +604,8 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
 
 namespace {
 
-// The PRG file: the load address, then C64 memory from $0801 on. Everything is placed by
-// its C64 address; a file offset is computed from it.
-constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
-
-constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
-constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
-constexpr unsigned prg_border = 0x0D00;
-constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
-constexpr unsigned char prg_lower_case = 0x17;
-
-// Where a kind of PRG keeps its parts: C64 addresses, 0 for a block the kind lacks, and
-// the address just past its end.
-struct PrgKind {
-  const PrgTemplate *code;
-  unsigned end;
-  unsigned bitmap, screen, color, background;
-  bool has_charset;   // PETSCII: the lower-case set is chosen by patching the template
-  bool may_reencode;  // multicolour: the graphics may come re-encoded
-};
-
-constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, false, false};
-constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
-constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
-
 std::vector<unsigned char> executable_bytes(const PrgKind &kind) {
-  std::vector<unsigned char> prg(prg_offset(kind.end), 0);
-  prg[0] = prg_first_address & 0xFF;
-  prg[1] = prg_first_address >> 8;
-  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
+  std::vector<unsigned char> prg = prg_player_bytes(kind);
   if (kind.has_charset && picture_data.charset != 0) prg[prg_offset(prg_charset_operand)] = prg_lower_case;
   prg[prg_offset(prg_border)] = static_cast<unsigned char>(border_color_index);
   export_get_bar_tables(&prg[prg_offset(prg_left_table)], &prg[prg_offset(prg_right_table)]);
@@ -712,24 +685,40 @@ void paint_at(cairo_surface_t *target, cairo_surface_t *source, int x, int y) {
 
 int export_hires_to_executable(const char *filename) { return export_to_executable(prg_hires, filename); }
 
+int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+
+int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+
 void export_get_bar_tables(unsigned char *left, unsigned char *right) {
   active_mode().get_bars[1](left, border_color_index);
   active_mode().get_bars[0](right, border_color_index);
 }
 
-int export_build_executable(std::vector<unsigned char> *prg) {
-  const PrgKind *kind = picture_data.format == 1                              ? &prg_petscii
-                        : picture_data.format >= 2 && picture_data.format <= 5  ? &prg_hires
-                        : picture_data.format >= 6 && picture_data.format <= 10 ? &prg_mc
-                                                                                : nullptr;
-  if (!kind) return 0;
-  *prg = executable_bytes(*kind);
-  return 1;
+namespace {
+
+// The PRG kind of the picture in memory and the export function that writes it.
+struct ExecutableKind {
+  PictureKind picture;
+  const PrgKind *prg;
+  int (*write)(const char *filename);
+};
+const ExecutableKind *executable_kind() {
+  static const ExecutableKind kinds[] = {{PictureKind::petscii, &prg_petscii, export_petscii_to_executable},
+                                         {PictureKind::hires, &prg_hires, export_hires_to_executable},
+                                         {PictureKind::multicolor, &prg_mc, export_mc_to_executable}};
+  for (const ExecutableKind &kind : kinds)
+    if (kind.picture == hiresdecoder_picture_kind(picture_data.format)) return &kind;
+  return nullptr;
 }
 
-int export_mc_to_executable(const char *filename) { return export_to_executable(prg_mc, filename); }
+}  // namespace
 
-int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
+int export_build_executable(std::vector<unsigned char> *prg) {
+  const ExecutableKind *kind = executable_kind();
+  if (!kind) return 0;
+  *prg = executable_bytes(*kind->prg);
+  return 1;
+}
 
 int export_run_cruncher(const char *filename) {
   GdkWindow *window = window_main ? window_main->window : nullptr;
@@ -758,14 +747,8 @@ void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
   OwnedString filename = choose_export_name(fileopen_save_executable_file, ".prg");
   if (!filename) return;
-  int (*build)(const char *) = nullptr;
-  switch (hiresdecoder_picture_kind(picture_data.format)) {
-    case PictureKind::petscii: build = export_petscii_to_executable; break;
-    case PictureKind::hires: build = export_hires_to_executable; break;
-    case PictureKind::multicolor: build = export_mc_to_executable; break;
-    case PictureKind::none: break;
-  }
-  if (build && build(filename.get()) == 1) export_run_cruncher(filename.get());
+  const ExecutableKind *kind = executable_kind();
+  if (kind && kind->write(filename.get()) == 1) export_run_cruncher(filename.get());
 }
 
 cairo_surface_t *export_png_compose(void) {

@@ -9,12 +9,15 @@
 //
 // The hires template is given in full; the multicolour one is the hires one with a new
 // copy / set-up routine, and the PETSCII one is the multicolour one with its data
-// addresses and VIC-II values changed. Included by callbacks.cpp only.
+// addresses and VIC-II values changed. Below them: where each kind of PRG keeps its parts, by
+// C64 address, for the export and for the tools and tests that build or read such files.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <vector>
 
 constexpr unsigned prg_first_address = 0x0801;
 constexpr std::size_t prg_template_length = 767;  // $0801..$0AFF
@@ -122,3 +125,36 @@ constexpr PrgTemplate code_raster_petscii = prg_patched(
         {0x098D, {0xC8}},        // $D016: single-colour
     });
 // clang-format on
+
+// The PRG file: the load address, then C64 memory from $0801 on. Everything is placed by
+// its C64 address; a file offset is computed from it.
+constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
+
+constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
+constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
+constexpr unsigned prg_border = 0x0D00;
+constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
+constexpr unsigned char prg_lower_case = 0x17;
+
+// Where a kind of PRG keeps its parts: C64 addresses, 0 for a block the kind lacks, and
+// the address just past its end.
+struct PrgKind {
+  const PrgTemplate *code;
+  unsigned end;
+  unsigned bitmap, screen, color, background;
+  bool has_charset;   // PETSCII: the lower-case set is chosen by patching the template
+  bool may_reencode;  // multicolour: the graphics may come re-encoded
+};
+
+constexpr PrgKind prg_hires{&code_raster_hires, 0x4328, 0x2000, 0x3F40, 0, 0, false, false};
+constexpr PrgKind prg_mc{&code_raster_mc, 0x4711, 0x2000, 0x3F40, 0x4328, 0x4710, false, true};
+constexpr PrgKind prg_petscii{&code_raster_petscii, 0x17D1, 0, 0x1000, 0x13E8, 0x17D0, true, false};
+
+// A PRG of the kind with its load address and player template, every other byte zero.
+inline std::vector<unsigned char> prg_player_bytes(const PrgKind &kind) {
+  std::vector<unsigned char> prg(prg_offset(kind.end), 0);
+  prg[0] = prg_first_address & 0xFF;
+  prg[1] = prg_first_address >> 8;
+  std::copy(kind.code->begin(), kind.code->end(), prg.begin() + prg_offset(prg_first_address));
+  return prg;
+}

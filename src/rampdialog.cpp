@@ -262,10 +262,7 @@ int ramp_paint(int side, const std::vector<int> &colours) {
 }
 
 void on_menuitem_tools_ramp_activate(GtkMenuItem *, gpointer) {
-  if (picture_loaded == 0) {
-    controls_report_info("First open a picture or project");
-    return;
-  }
+  if (!need_picture()) return;
   const int side = ramp_target_side();
   int first = 0, last = 0;
   if (!ramp_target_lines(side, &first, &last)) {

@@ -10,16 +10,6 @@
 #include "c64.h"
 #include "file_commands.h"
 
-namespace {
-
-struct FlatMemory {
-  uint8_t bytes[65536];
-  static uint8_t read(void *ctx, uint16_t a) { return static_cast<FlatMemory *>(ctx)->bytes[a]; }
-  static void write(void *ctx, uint16_t a, uint8_t v) { static_cast<FlatMemory *>(ctx)->bytes[a] = v; }
-};
-
-}  // namespace
-
 // The image ends in an instruction that jumps to itself; $3469 is the one reached when every
 // instruction, addressing mode and flag (decimal mode included) behaved.
 TEST(M6502, PassesTheFunctionalTest) {
@@ -28,10 +18,10 @@ TEST(M6502, PassesTheFunctionalTest) {
   std::ifstream file(path, std::ios::binary);
   const std::vector<char> image((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   ASSERT_EQ(image.size(), 65536u);
-  auto memory = std::make_unique<FlatMemory>();
+  auto memory = std::make_unique<M6502FlatMemory>();
   std::memcpy(memory->bytes, image.data(), image.size());
   M6502 cpu;
-  m6502_init(&cpu, M6502Bus{FlatMemory::read, FlatMemory::write, memory.get()}, 0x0400);
+  m6502_init(&cpu, memory->bus(), 0x0400);
   for (uint16_t before = 0; before != cpu.pc && cpu.cycles < 200000000 && !cpu.jammed;) {
     before = cpu.pc;
     m6502_step(&cpu);
@@ -52,12 +42,12 @@ TEST(M6502, InstructionCycles) {
                       {"BNE taken across a page", {0xD0, 0x10}, 4}, {"JSR", {0x20, 0x00, 0x30}, 6},
                       {"RTS", {0x60}, 6},                         {"JMP (ind)", {0x6C, 0xFF, 0x10}, 5},
                       {"PLA", {0x68}, 4},                         {"ASL zp", {0x06, 0x10}, 5}};
-  auto memory = std::make_unique<FlatMemory>();
+  auto memory = std::make_unique<M6502FlatMemory>();
   for (const Row &row : rows) {
     std::memset(memory->bytes, 0, sizeof memory->bytes);
     std::copy(row.code.begin(), row.code.end(), memory->bytes + 0x02F0);
     M6502 cpu;
-    m6502_init(&cpu, M6502Bus{FlatMemory::read, FlatMemory::write, memory.get()}, 0x02F0);
+    m6502_init(&cpu, memory->bus(), 0x02F0);
     cpu.x = cpu.y = 0x10;
     m6502_step(&cpu);
     EXPECT_EQ(cpu.cycles, row.cycles) << row.what;
@@ -67,13 +57,13 @@ TEST(M6502, InstructionCycles) {
 // An IRQ held while interrupts are masked is taken one instruction after CLI: seven cycles
 // that push the return address and the status (I clear, B clear), then jump through $FFFE.
 TEST(M6502, InterruptAfterCli) {
-  auto memory = std::make_unique<FlatMemory>();
+  auto memory = std::make_unique<M6502FlatMemory>();
   std::memset(memory->bytes, 0, sizeof memory->bytes);
   const uint8_t code[] = {0x58, 0xEA, 0xEA};
   std::copy(code, code + 3, memory->bytes + 0x0200);
   memory->bytes[0xFFFF] = 0x40;
   M6502 cpu;
-  m6502_init(&cpu, M6502Bus{FlatMemory::read, FlatMemory::write, memory.get()}, 0x0200);
+  m6502_init(&cpu, memory->bus(), 0x0200);
   cpu.irq = true;
   for (int i = 0; i < 3; ++i) m6502_step(&cpu);
   EXPECT_EQ(cpu.pc, 0x4000);

@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr unsigned kBorrowedZeroPage[] = {0x57, 0x58, 0x59, 0x5A, 0x5B, 0x5C, 0x5D};  // BASIC's float work area
+constexpr unsigned kBorrowedZeroPage[] = {0x57, 0x58, 0x59, 0x5A, 0x5B, 0x5C, 0x5D, 0x5E};  // BASIC's float work area
 constexpr size_t kBasicBytes = kBasicEnd - kBasicStart;
 
 Bytes prg_at(unsigned load, const Bytes &data) {
