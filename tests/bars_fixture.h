@@ -143,6 +143,16 @@ inline void edit_cell(int side, int column, const char *path, const char *text) 
   g_list_free(cells);
 }
 
+// Runs Tools > Ramp... and answers its dialog with a preset (or custom text) and a shape.
+inline void paint_ramp(const char *choice, const char *shape, const char *custom = nullptr) {
+  answer_next_dialog(GTK_RESPONSE_OK, [=](GtkWidget *dialog) {
+    if (custom) gtk_entry_set_text(GTK_ENTRY(lookup_widget(dialog, "entry_ramp_custom")), custom);
+    for (const char *toggle : {choice, shape})
+      gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(lookup_widget(dialog, toggle)), TRUE);
+  });
+  activate("menuitem_tools_ramp");
+}
+
 // A mouse button press at height y on a side's border area; returns whether it was handled.
 inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
   GdkEventButton ev{};

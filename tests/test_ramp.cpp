@@ -1,28 +1,25 @@
-// Colour ramps: the presets, shaping and stretching over lines, reading a typed ramp, the
-// Tools > Ramp... dialog painting in both modes as one undo step, and the list views'
-// "Color" cells shown on their colour.
+// Colour ramps: shaping and stretching over lines, typed ramps, the Tools > Ramp... dialog
+// painting in both modes (its undo step is in the undo tests), and the lists' "Color" cells.
 #include <gdk/gdkkeysyms.h>
 
 #include "bars_fixture.h"
 #include "rampdialog.h"
-#include "undo.h"
 
 namespace {
 
-std::vector<int> colours_of(const std::vector<LineRun> &runs) {
+const std::string kRampError = "Type 1 to 16 colour numbers from 0 to 15, separated by spaces or commas";
+
+std::vector<int> colours_of(const std::vector<LineRun> &runs, int first) {
   std::vector<int> out;
-  for (const LineRun &run : runs) out.insert(out.end(), run.height, run.color);
+  for (const LineRun &run : runs) {
+    EXPECT_EQ(run.start, first + static_cast<int>(out.size())) << "runs follow each other";
+    out.insert(out.end(), run.height, run.color);
+  }
   return out;
 }
 
-std::vector<int> heights_of(const std::vector<LineRun> &runs) {
-  std::vector<int> out;
-  for (const LineRun &run : runs) out.push_back(run.height);
-  return out;
-}
-
-// The shaped ramp stretched over a number of lines: equal runs, the remainder given from
-// the middle outwards in pairs.
+// The shaped ramp stretched over a number of lines: equal runs, the remainder given from the
+// middle outwards in pairs (no ramp has two neighbours of one colour, so the colours give the runs).
 TEST(Ramp, ShapesAndStretching) {
   const std::vector<int> blue{6, 14, 3, 1}, grey{0, 11, 12, 15, 1};
   const struct {
@@ -30,133 +27,101 @@ TEST(Ramp, ShapesAndStretching) {
     std::vector<int> ramp;
     RampShape shape;
     int lines;
-    std::vector<int> colours, heights;
+    std::vector<int> colours;
   } cases[] = {
-      {"7-line blue up and down", blue, RampShape::RisingFalling, 7, {6, 14, 3, 1, 3, 14, 6}, {1, 1, 1, 1, 1, 1, 1}},
-      {"10-line grey rising", grey, RampShape::Rising, 10, {0, 0, 11, 11, 12, 12, 15, 15, 1, 1}, {2, 2, 2, 2, 2}},
-      {"falling", blue, RampShape::Falling, 4, {1, 3, 14, 6}, {1, 1, 1, 1}},
-      {"odd count, one extra to the middle", grey, RampShape::Rising, 6, {0, 11, 12, 12, 15, 1}, {1, 1, 2, 1, 1}},
-      {"odd count, two extra around the middle", grey, RampShape::Rising, 7, {0, 11, 11, 12, 15, 15, 1}, {1, 2, 1, 2, 1}},
-      {"odd count, three extra", grey, RampShape::Rising, 8, {0, 11, 11, 12, 12, 15, 15, 1}, {1, 2, 2, 2, 1}},
-      {"even count, two extra to the middle pair", blue, RampShape::Rising, 6, {6, 14, 14, 3, 3, 1}, {1, 2, 2, 1}},
-      {"even count, three extra", blue, RampShape::Rising, 7, {6, 6, 14, 14, 3, 3, 1}, {2, 2, 2, 1}},
-      {"fewer lines than colours: the middle ones", grey, RampShape::Rising, 3, {11, 12, 15}, {1, 1, 1}},
-      {"one line", blue, RampShape::RisingFalling, 1, {1}, {1}},
-      {"12 lines up and down stay symmetric", blue, RampShape::RisingFalling, 12,
-       {6, 14, 14, 3, 3, 1, 1, 3, 3, 14, 14, 6}, {1, 2, 2, 2, 2, 2, 1}},
-      {"no lines", blue, RampShape::Rising, 0, {}, {}},
+      // clang-format off
+      {"7-line blue up and down", blue, RampShape::RisingFalling, 7, {6, 14, 3, 1, 3, 14, 6}},
+      {"10-line grey rising", grey, RampShape::Rising, 10, {0, 0, 11, 11, 12, 12, 15, 15, 1, 1}},
+      {"falling", blue, RampShape::Falling, 4, {1, 3, 14, 6}},
+      {"odd count, one extra to the middle", grey, RampShape::Rising, 6, {0, 11, 12, 12, 15, 1}},
+      {"odd count, two extra around the middle", grey, RampShape::Rising, 7, {0, 11, 11, 12, 15, 15, 1}},
+      {"odd count, three extra", grey, RampShape::Rising, 8, {0, 11, 11, 12, 12, 15, 15, 1}},
+      {"even count, two extra to the middle pair", blue, RampShape::Rising, 6, {6, 14, 14, 3, 3, 1}},
+      {"even count, three extra", blue, RampShape::Rising, 7, {6, 6, 14, 14, 3, 3, 1}},
+      {"fewer lines than colours: the middle ones", grey, RampShape::Rising, 3, {11, 12, 15}},
+      {"one line", blue, RampShape::RisingFalling, 1, {1}},
+      {"12 lines up and down stay symmetric", blue, RampShape::RisingFalling, 12, {6, 14, 14, 3, 3, 1, 1, 3, 3, 14, 14, 6}},
+      {"no lines", blue, RampShape::Rising, 0, {}},
+      // clang-format on
   };
-  for (const auto &c : cases) {
-    const std::vector<LineRun> runs = ramp_runs(ramp_shape(c.ramp, c.shape), 100, c.lines);
-    EXPECT_EQ(colours_of(runs), c.colours) << c.what;
-    EXPECT_EQ(heights_of(runs), c.heights) << c.what;
-    if (!runs.empty()) {
-      EXPECT_EQ(runs.front().start, 100) << c.what;
-    }
-  }
+  for (const auto &c : cases)
+    EXPECT_EQ(colours_of(ramp_runs(ramp_shape(c.ramp, c.shape), 100, c.lines), 100), c.colours) << c.what;
   // Over every length the runs fill the lines exactly and, up and down, mirror each other.
   for (int lines = 1; lines <= 200; lines++) {
-    const std::vector<int> shown = colours_of(ramp_runs(ramp_shape(grey, RampShape::RisingFalling), 51, lines));
+    const std::vector<int> shown = colours_of(ramp_runs(ramp_shape(grey, RampShape::RisingFalling), 51, lines), 51);
     ASSERT_EQ(static_cast<int>(shown.size()), lines);
     EXPECT_TRUE(std::equal(shown.begin(), shown.end(), shown.rbegin())) << lines << " lines";
   }
 }
 
+// Typed ramps: 1 to 16 numbers 0..15, spaces or commas between; anything else refused.
 TEST(Ramp, TypedRamps) {
   const struct {
     const char *text;
     std::vector<int> colours;  // empty: refused
   } cases[] = {
-      {"0 11 12 15 1", {0, 11, 12, 15, 1}}, {"6,14, 3 ,1", {6, 14, 3, 1}}, {" 15 ", {15}},
+      {"0 11 12 15 1", {0, 11, 12, 15, 1}},
+      {"6,14, 3 ,1", {6, 14, 3, 1}},
+      {" 15 ", {15}},
       {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}},
-      {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 1", {}}, {"16", {}}, {"-1", {}}, {"3x", {}}, {"blue", {}}, {"", {}},
+      {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 1", {}},
+      {"16", {}},
+      {"-1", {}},
+      {"3x", {}},
+      {"blue", {}},
+      {"", {}},
       {" , ", {}},
   };
   for (const auto &c : cases) {
     std::vector<int> colours;
     std::string error;
-    EXPECT_EQ(ramp_parse(c.text, &colours, &error), c.colours.empty() ? 0 : 1) << c.text;
-    if (c.colours.empty()) {
-      EXPECT_EQ(error, "Type 1 to 16 colour numbers from 0 to 15, separated by spaces or commas");
-    } else {
-      EXPECT_EQ(colours, c.colours) << c.text;
-    }
+    const int parsed = ramp_parse(c.text, &colours, &error);
+    EXPECT_EQ(parsed, !c.colours.empty()) << c.text;
+    EXPECT_EQ(error, parsed ? "" : kRampError) << c.text;
+    EXPECT_EQ(parsed ? colours : c.colours, c.colours) << c.text;
   }
 }
 
 GtkWidget *in(GtkWidget *dialog, const char *name) { return lookup_widget(dialog, name); }
 
-void set_toggle(GtkWidget *dialog, const char *name) {
-  gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(in(dialog, name)), TRUE);
-}
-
-// Runs Tools > Ramp... and answers its dialog with a preset (or custom text) and a shape.
-void paint_ramp(const char *choice, const char *shape, const char *custom = nullptr) {
-  answer_next_dialog(GTK_RESPONSE_OK, [=](GtkWidget *dialog) {
-    if (custom) gtk_entry_set_text(GTK_ENTRY(in(dialog, "entry_ramp_custom")), custom);
-    set_toggle(dialog, choice);
-    set_toggle(dialog, shape);
-  });
-  activate("menuitem_tools_ramp");
-}
-
 using RampCommand = BarsTest;
 
-TEST_F(RampCommand, CompactModePaintsTheRangeOrCursorLine) {
+// Compact mode paints the selected range (made either way) or the cursor line; Extended mode
+// makes one bar per run over the selected bar's lines, or over 51..250 with none selected.
+TEST_F(RampCommand, PaintsInBothModes) {
   activate("menuitem_interface_compact");
-  undo_module_init();
   set_lines(1, painted({{95, 20, 5}}));
   set_selection(1, {106, 100, 1});  // made upwards
   gtk_widget_grab_focus(drawingarea_left_border);
   paint_ramp("radiobutton_ramp_blue", "radiobutton_ramp_rising_falling");
   EXPECT_EQ(status_text(), " Info: Ramp painted");
-  EXPECT_EQ(lines(1), painted({{95, 20, 5}, {100, 1, 6}, {101, 1, 14}, {102, 1, 3}, {103, 1, 1}, {104, 1, 3},
-                               {105, 1, 14}, {106, 1, 6}}));
+  const Bars blue7{{100, 1, 6}, {101, 1, 14}, {102, 1, 3}, {103, 1, 1}, {104, 1, 3}, {105, 1, 14}, {106, 1, 6}};
+  Bars expected{{95, 20, 5}};
+  expected.insert(expected.end(), blue7.begin(), blue7.end());
+  EXPECT_EQ(lines(1), painted(expected));
   EXPECT_EQ(selection(1), (Selection{106, 100, 1}));
-  EXPECT_EQ(undo_history.steps.size(), 1u);
-
   set_selection(0, {60, 69, 1});
   gtk_widget_grab_focus(drawingarea_right_border);
   paint_ramp("radiobutton_ramp_grey", "radiobutton_ramp_rising");
   EXPECT_EQ(lines(0), painted({{60, 2, 0}, {62, 2, 11}, {64, 2, 12}, {66, 2, 15}, {68, 2, 1}}));
-
   set_selection(0, {200, 200, 0});
   paint_ramp("radiobutton_ramp_custom", "radiobutton_ramp_falling", "4 7");
   EXPECT_EQ(lines(0)[200], 7) << "a single cursor line takes the lightest end";
-  EXPECT_EQ(undo_history.steps.size(), 3u);
 
-  activate("menuitem_undo");
-  activate("menuitem_undo");
-  EXPECT_EQ(lines(0), painted({}));
-  activate("menuitem_undo");
-  EXPECT_EQ(lines(1), painted({{95, 20, 5}}));
-}
-
-TEST_F(RampCommand, ExtendedModeMakesOneBarPerRun) {
-  undo_module_init();
-  set_bars(0, {{51, 5, 2}, {60, 10, 1}, {90, 3, 4}});
+  activate("menuitem_interface_extended");
+  const Bars right{{51, 5, 2}, {60, 10, 1}, {90, 3, 4}}, left{{70, 5, 3}, {200, 2, 2}};
+  set_bars(0, right), set_bars(1, left);
   select_row(0, 1);
   gtk_widget_grab_focus(treeview_rasters_right);
   paint_ramp("radiobutton_ramp_blue", "radiobutton_ramp_rising_falling");
-  const Bars ramp{{60, 1, 6}, {61, 1, 14}, {62, 2, 3}, {64, 2, 1}, {66, 2, 3}, {68, 1, 14}, {69, 1, 6}};
-  Bars expected{{51, 5, 2}};
-  expected.insert(expected.end(), ramp.begin(), ramp.end());
-  expected.push_back({90, 3, 4});
-  EXPECT_EQ(bars(0), expected);
+  const Bars ramped{{51, 5, 2}, {60, 1, 6},  {61, 1, 14}, {62, 2, 3}, {64, 2, 1},
+                    {66, 2, 3}, {68, 1, 14}, {69, 1, 6},  {90, 3, 4}};
+  EXPECT_EQ(bars(0), ramped);
   EXPECT_EQ(selected_row(0), -1);
-
-  // Nothing selected: the side's lines 51..250 are replaced.
-  set_bars(1, {{70, 5, 3}, {200, 2, 2}});
   gtk_widget_grab_focus(drawingarea_left_border);
   paint_ramp("radiobutton_ramp_fire", "radiobutton_ramp_rising");
   EXPECT_EQ(bars(1), (Bars{{51, 33, 9}, {84, 33, 2}, {117, 34, 8}, {151, 34, 10}, {185, 33, 7}, {218, 33, 1}}));
-  EXPECT_EQ(bars(0), expected) << "the other side is left alone";
-
-  activate("menuitem_undo");
-  EXPECT_EQ(bars(1), (Bars{{70, 5, 3}, {200, 2, 2}}));
-  activate("menuitem_undo");
-  EXPECT_EQ(bars(0), (Bars{{51, 5, 2}, {60, 10, 1}, {90, 3, 4}}));
-  EXPECT_EQ(selected_row(0), 1);
+  EXPECT_EQ(bars(0), ramped) << "the other side is left alone";
 }
 
 // A wrong custom ramp keeps the dialog open with a message and what was typed; the
@@ -165,7 +130,6 @@ TEST_F(RampCommand, CustomRampsAndRefusals) {
   set_bars(1, {{80, 4, 3}});
   select_row(1, 0);
   gtk_widget_grab_focus(drawingarea_left_border);
-  undo_module_init();
   std::string message, kept, clicked;
   answer_next_dialog(GTK_RESPONSE_OK, [&](GtkWidget *dialog) {
     gtk_entry_set_text(GTK_ENTRY(in(dialog, "entry_ramp_custom")), "1 99");
@@ -180,11 +144,10 @@ TEST_F(RampCommand, CustomRampsAndRefusals) {
     });
   });
   activate("menuitem_tools_ramp");
-  EXPECT_EQ(message, "Type 1 to 16 colour numbers from 0 to 15, separated by spaces or commas");
+  EXPECT_EQ(message, kRampError);
   EXPECT_EQ(kept, "1 99");
   EXPECT_EQ(clicked, "1 99 14");
   EXPECT_EQ(bars(1), (Bars{{80, 4, 3}}));
-  EXPECT_EQ(undo_history.steps.size(), 0u);
 
   paint_ramp("radiobutton_ramp_custom", "radiobutton_ramp_rising", "0,15");
   EXPECT_EQ(bars(1), (Bars{{80, 2, 0}, {82, 2, 15}}));
@@ -219,9 +182,10 @@ TEST_F(RampCommand, DialogShowsThePresetsInThePaletteInForce) {
 // The "Color" cell of a row is painted in the bar's colour, also after a colour key and a
 // palette change; its number is in black or white, whichever stands out.
 TEST_F(RampCommand, ColourCellsShowTheirColour) {
-  const struct { int colour; bool black_text; } text_cases[] = {
-      {0, false}, {1, true}, {6, false}, {7, true}, {11, false}, {12, false}, {13, true}, {15, true},
-  };
+  const struct {
+    int colour;
+    bool black_text;
+  } text_cases[] = {{0, false}, {1, true}, {6, false}, {7, true}, {11, false}, {12, false}, {13, true}, {15, true}};
   for (const auto &c : text_cases) EXPECT_EQ(palette_text_is_black_at_index(c.colour), c.black_text) << c.colour;
 
   picture_loaded = 0;  // a palette change would render the (absent) picture again
@@ -239,7 +203,8 @@ TEST_F(RampCommand, ColourCellsShowTheirColour) {
     g_object_unref(shot);
     return rgb;
   };
-  EXPECT_EQ(cell_colour(0), rgb_of(2));
+  const unsigned pepto_red = rgb_of(2);
+  EXPECT_EQ(cell_colour(0), pepto_red);
   EXPECT_EQ(cell_colour(1), rgb_of(13));
   select_row(1, 1);
   gtk_widget_grab_focus(drawingarea_left_border);
@@ -247,9 +212,9 @@ TEST_F(RampCommand, ColourCellsShowTheirColour) {
   gtk_tree_selection_unselect_all(gtk_tree_view_get_selection(view_of(1)));  // its colour would hide the cell
   EXPECT_EQ(cell_colour(1), rgb_of(15));
   activate("menuitem_palette_high_contrast");
+  ASSERT_NE(rgb_of(2), pepto_red);
   EXPECT_EQ(cell_colour(0), rgb_of(2));
   EXPECT_EQ(cell_colour(1), rgb_of(15));
-  EXPECT_NE(rgb_of(2), 0x68372Bu) << "a different palette";
   activate("menuitem_palette_peptos");
 }
 

@@ -1,8 +1,6 @@
-// The end-to-end harness: a private X server (Xvfb) with a small window manager, the built
-// quillbar program started in it with its own home folder, real input sent through the X
-// server (xdotool), and what the server shows read back: window titles, focus and pixels.
-// Every wait polls a condition with a time limit; every process started here is stopped when
-// its owner goes, and dies with the test program.
+// The end-to-end harness: a private Xvfb with a window manager, the built quillbar started in
+// it with its own home, input through the X server (xdotool), and windows, focus and pixels
+// read back. Every wait polls a condition with a time limit; every process dies with its owner.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,30 +13,23 @@
 
 #include "testutil.h"
 
-// X's own types, kept out of this header: its macros clash with the test framework's names.
-struct _XDisplay;
-using XWindow = unsigned long;
+using XWindow = unsigned long;  // X's own headers stay out: their macros clash with the test framework
 
-// Polls `done` every few milliseconds until it holds or `seconds` have passed. The limits are
-// generous: a machine busy with other work can be slow to draw, and only a failure waits.
+// Polls `done` until it holds or `seconds` have passed. The limits are generous: a busy
+// machine can be slow to draw, and only a failure waits them out.
 constexpr double kWait = 20.0;
 bool wait_for(const std::function<bool()> &done, double seconds = kWait);
 
-// A process started with the given environment, killed when dropped and when the test
-// program dies. With `out` set, its standard output is readable there.
+// A process with the given environment, killed when dropped or when the test program dies;
+// with `out` set, its standard output is readable there.
 class Child {
  public:
   Child(const std::vector<std::string> &argv, const std::vector<std::string> &env, int *out = nullptr);
   ~Child();
-  Child(const Child &) = delete;
-  Child &operator=(const Child &) = delete;
-  int pid() const { return pid_; }
-  bool running();                 // reaps it when it has ended
   int wait_exit(double seconds);  // its exit status, or -1 when it did not end in time
-  void kill_now();
+  int pid = -1;
 
  private:
-  int pid_ = -1;
   int status_ = -1;
 };
 
@@ -50,72 +41,49 @@ struct Rect {
 struct Shot {
   Rect area;
   std::vector<uint32_t> pixels;
-  bool contains(int x, int y) const {
-    return x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height;
-  }
-  // A point outside the shot (or of a shot that failed) reads as no colour at all.
-  static constexpr uint32_t kOutside = 0xFF000000;
+  static constexpr uint32_t kOutside = 0xFF000000;  // what a point outside the shot reads as
   uint32_t at(int x, int y) const {
-    if (!contains(x, y) || pixels.empty()) return kOutside;
-    return pixels[static_cast<size_t>(y - area.y) * area.width + (x - area.x)];
+    const int dx = x - area.x, dy = y - area.y;
+    if (dx < 0 || dy < 0 || dx >= area.width || dy >= area.height || pixels.empty()) return kOutside;
+    return pixels[static_cast<size_t>(dy) * area.width + dx];
   }
   void save(const std::string &path) const;  // as a PNG, for a human to look at
 };
 
-// The private X server and window manager, started once for the test program. The test
-// program's own toolkit connection (used to render reference text) goes to it as well.
-class Session {
- public:
-  static Session &get();
-  _XDisplay *x() const { return display_; }
-  // The environment of a process that runs on this server with `home` as its home.
-  std::vector<std::string> environment(const std::string &home) const;
-  ~Session();
-
- private:
-  Session();
-  std::unique_ptr<Child> server_, manager_;
-  _XDisplay *display_ = nullptr;
-  std::string name_;
-  TempDir home_;
-};
+// Starts the private X server and window manager once; false when they did not start.
+bool session_ready();
 
 // Real input through the X server, to the window that has the focus.
 void press_keys(const std::string &keys);  // xdotool key names, one after the other: "ctrl+q F3 shift+Down"
 void type_text(const std::string &text);
 void click_at(int x, int y);
-
 Shot grab(const Rect &area);
-Shot grab_screen();  // the whole X screen
+Shot grab_screen();
 
 // The built program, started with its own home (HOME and XDG_CONFIG_HOME under `home`).
 class App {
  public:
   explicit App(const std::string &home);
-  ~App();
   bool started() const { return main_ != 0; }
   std::string title() const;
-  bool wait_title(const std::string &title, double seconds = kWait) const;
-  // Waits until a window of the program titled `title` is shown and has the keyboard focus.
-  bool wait_window(const std::string &title, double seconds = kWait) const;
-  // Waits until no window of the program is titled `title`.
-  bool wait_gone(const std::string &title, double seconds = kWait) const;
-  bool has_window(const std::string &title) const;
-  bool wait_main_focus(double seconds = kWait) const;
-  Rect client() const;                          // the main window's inside, in screen coordinates
-  Rect client(const std::string &title) const;  // the inside of the program's window titled so
+  bool wait_title(const std::string &t) const {
+    return wait_for([&] { return title() == t; });
+  }
+  bool wait_window(const std::string &title) const;  // shown and with the keyboard focus
+  bool wait_gone(const std::string &title) const {
+    return wait_for([&] { return !find(title); });
+  }
+  bool wait_main_focus() const;
+  Rect client(const std::string &title = "") const;  // the inside of a window (the main one by default)
   Shot shot() const { return grab(client()); }
-  // The status bar shows `text`, or (with `whole` false) begins with it; compared with the
-  // same text drawn by the toolkit here.
+  // The status bar shows `text` (or, with `whole` false, begins with it), as the toolkit draws it.
   bool status_shows(const std::string &text, bool whole = true, double seconds = kWait) const;
-  // Waits for an error box, then closes it with its OK button's key.
-  bool close_error_box() const;
-  // Quits through the menu key and the confirmation; true when the program ended with 0.
-  bool quit();
+  // Waits for an error box, closes it with its OK key, then waits for the status bar's text.
+  bool error_box(const std::string &status, bool whole = true) const;
+  bool quit();  // through the menu key and the confirmation; true when it ended with 0
 
  private:
-  std::vector<std::pair<XWindow, std::string>> windows() const;
+  XWindow find(const std::string &title) const;  // a shown window of the program, 0 for none
   std::unique_ptr<Child> child_;
-  int pid_ = -1;
   XWindow main_ = 0;
 };
