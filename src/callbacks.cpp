@@ -732,7 +732,8 @@ int export_run_cruncher(const char *filename) {
   // One argument per word, so that any file name (quotes and spaces included) reaches the
   // cruncher whole: exomizer sfx 2061 <prg> -o <prg> -n.
   OwnedString program(g_build_filename(app_folder ? app_folder : ".", "exomizer", nullptr));
-  char *argv[] = {program.get(), const_cast<char *>("sfx"), const_cast<char *>("2061"), const_cast<char *>(filename),
+  std::string start = std::to_string(prg_start);
+  char *argv[] = {program.get(), const_cast<char *>("sfx"), start.data(), const_cast<char *>(filename),
                   const_cast<char *>("-o"), const_cast<char *>(filename), const_cast<char *>("-n"), nullptr};
   GError *error = nullptr;
   int status = -1;

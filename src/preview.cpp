@@ -3,6 +3,7 @@
 // Owns the window (window_preview), the machine and the bytes it runs, the image of the
 // visible screen and the real-time timer; all live from opening the window to closing it.
 // Reads the picture, the bars and the zoom and palette options; changes nothing of the editor.
+// With "Crunched" checked it runs the export crunched in memory, as the cruncher writes it.
 #include "preview.h"
 
 #include <memory>
@@ -11,10 +12,12 @@
 
 #include "c64.h"
 #include "callbacks.h"
+#include "cruncher.h"
 #include "geometry.h"
 #include "main.h"
 #include "options.h"
 #include "palette.h"
+#include "prg_templates.h"
 #include "support.h"
 
 #define _(text) g_dgettext("quillbar", text)
@@ -29,13 +32,13 @@ struct MachineChoice {
 };
 constexpr MachineChoice kMachines[] = {{"PAL", VIC2_PAL_6569}, {"NTSC", VIC2_NTSC_6567R8}, {"PAL-N", VIC2_PALN_6572}};
 
-constexpr int kFastForwardFrames = 60;  // past the program's fade: the user sees the result at once
 constexpr int kMaxCatchUpFrames = 3;    // after a stall, frames run at once before pacing starts over
 constexpr int kSpacing = 4;
 
 struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
+  bool crunched = false;  // run the crunched program, decrunch and all
   unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
   Surface image;                                            // the visible area at zoom 1
   guint timer = 0;
@@ -116,14 +119,39 @@ void show_frame() {
   gtk_widget_queue_draw(lookup_widget(window_preview, "drawingarea_preview"));
 }
 
-// Loads what Export would write now into a freshly powered-on machine and runs it past its fade.
+void stop_timer() {
+  if (preview.timer) g_source_remove(preview.timer);
+  preview.timer = 0;
+}
+
+// Shows `message` in place of a running program, which is dropped.
+void show_failure(const std::string &message) {
+  stop_timer();
+  preview.machine.reset();
+  preview.image.reset();
+  gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), message.c_str());
+  gtk_widget_queue_draw(lookup_widget(window_preview, "drawingarea_preview"));
+}
+
+// Loads what Export would write now (crunched if asked) into a freshly powered-on machine and
+// runs it past its fade.
 bool start_program() {
   std::vector<unsigned char> prg;
   if (!export_build_executable(&prg)) return false;
+  if (preview.crunched) {
+    std::vector<unsigned char> crunched;
+    std::string error;
+    if (!cruncher_crunch(prg, prg_start, &crunched, &error)) {
+      show_failure(_("The cruncher failed: ") + error);
+      return false;
+    }
+    prg = std::move(crunched);
+  }
   export_get_bar_tables(preview.left, preview.right);
   if (!preview.machine) preview.machine = std::make_unique<C64>();
   if (!c64_start(preview.machine.get(), prg, preview.model)) return false;
-  c64_run_frames(preview.machine.get(), kFastForwardFrames);
+  c64_run_frames(preview.machine.get(),
+                 preview.crunched ? preview_crunched_fast_forward_frames : preview_fast_forward_frames);
   restart_pacing();
   show_frame();
   return true;
@@ -146,9 +174,8 @@ void update_timer() {
   if (visible && !preview.timer) {
     restart_pacing();
     preview.timer = g_timeout_add(static_cast<guint>(frame_seconds() * 1000 / 2), on_timer, nullptr);
-  } else if (!visible && preview.timer) {
-    g_source_remove(preview.timer);
-    preview.timer = 0;
+  } else if (!visible) {
+    stop_timer();
   }
 }
 
@@ -159,8 +186,7 @@ gboolean on_window_preview_map_event(GtkWidget *, GdkEvent *, gpointer) {
 
 gboolean on_window_preview_unmap_event(GtkWidget *, GdkEvent *, gpointer) {
   // Still mapped while this signal runs: stop the timer outright.
-  if (preview.timer) g_source_remove(preview.timer);
-  preview.timer = 0;
+  stop_timer();
   return FALSE;
 }
 
@@ -172,8 +198,7 @@ gboolean on_window_preview_window_state_event(GtkWidget *, GdkEventWindowState *
 
 // Closing stops the emulation and frees the machine.
 void on_window_preview_destroy(GtkObject *, gpointer) {
-  if (preview.timer) g_source_remove(preview.timer);
-  preview.timer = 0;
+  stop_timer();
   preview.machine.reset();
   preview.image.reset();
   preview.iconified = false;
@@ -184,15 +209,19 @@ void on_combobox_preview_machine_changed(GtkComboBox *combo, gpointer) {
   const int active = gtk_combo_box_get_active(combo);
   if (active < 0) return;
   preview.model = kMachines[active].model;
-  if (preview.timer) {
-    g_source_remove(preview.timer);
-    preview.timer = 0;
-  }
+  stop_timer();
   start_program();
   update_timer();
 }
 
 void on_button_preview_restart_clicked(GtkButton *, gpointer) {
+  start_program();
+  update_timer();
+}
+
+void on_checkbutton_preview_crunched_toggled(GtkToggleButton *button, gpointer) {
+  preview.crunched = gtk_toggle_button_get_active(button);
+  stop_timer();
   start_program();
   update_timer();
 }
@@ -233,6 +262,10 @@ GtkWidget *create_window_preview(void) {
   gtk_button_set_image(GTK_BUTTON(restart), named(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON),
                                                   "image_preview_restart"));
   gtk_box_pack_start(GTK_BOX(controls), restart, FALSE, FALSE, 0);
+  GtkWidget *crunched =
+      named(window, gtk_check_button_new_with_mnemonic(_("_Crunched")), "checkbutton_preview_crunched");
+  gtk_widget_set_tooltip_text(crunched, _("Run the program as the cruncher writes it, unpacking included"));
+  gtk_box_pack_start(GTK_BOX(controls), crunched, FALSE, FALSE, 0);
 
   gtk_box_pack_start(GTK_BOX(vbox), named(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE, FALSE, 0);
   GtkWidget *status = named(window, gtk_label_new(""), "label_preview_status");
@@ -246,6 +279,7 @@ GtkWidget *create_window_preview(void) {
   g_signal_connect(window, "window_state_event", G_CALLBACK(on_window_preview_window_state_event), nullptr);
   g_signal_connect(combo, "changed", G_CALLBACK(on_combobox_preview_machine_changed), nullptr);
   g_signal_connect(restart, "clicked", G_CALLBACK(on_button_preview_restart_clicked), nullptr);
+  g_signal_connect(crunched, "toggled", G_CALLBACK(on_checkbutton_preview_crunched_toggled), nullptr);
   g_signal_connect(lookup_widget(window, "drawingarea_preview"), "expose_event",
                    G_CALLBACK(on_drawingarea_preview_expose_event), nullptr);
   return window;
@@ -257,6 +291,7 @@ void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
     window_preview = create_window_preview();
     if (window_main) gtk_window_set_transient_for(GTK_WINDOW(window_preview), GTK_WINDOW(window_main));
     preview.model = kMachines[0].model;
+    preview.crunched = false;
     // Selecting the first machine starts the program.
     gtk_combo_box_set_active(GTK_COMBO_BOX(lookup_widget(window_preview, "combobox_preview_machine")), 0);
   } else {

@@ -20,6 +20,7 @@
 #include <vector>
 
 constexpr unsigned prg_first_address = 0x0801;
+constexpr unsigned prg_start = 2061;  // $080D: the SYS line's target, where the player begins
 constexpr std::size_t prg_template_length = 767;  // $0801..$0AFF
 using PrgTemplate = std::array<unsigned char, prg_template_length>;
 

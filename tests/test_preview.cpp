@@ -12,6 +12,16 @@ namespace {
 constexpr int kPaper = 0x10;  // white ink on black paper in every cell
 constexpr int kBorder = 6;
 
+// Both shots have the same size and the same pixels.
+bool same_pixels(GdkPixbuf *a, GdkPixbuf *b) {
+  const int width = gdk_pixbuf_get_width(a), height = gdk_pixbuf_get_height(a);
+  if (width != gdk_pixbuf_get_width(b) || height != gdk_pixbuf_get_height(b)) return false;
+  for (int y = 0; y < height; y++)
+    for (int x = 0; x < width; x++)
+      if (pixel_at(a, x, y) != pixel_at(b, x, y)) return false;
+  return true;
+}
+
 class Preview : public ExportTest {
  protected:
   void SetUp() override {
@@ -42,24 +52,47 @@ class Preview : public ExportTest {
 
 }  // namespace
 
-// Each machine runs the program past its fade at once and plays the editor's bars; a changed
-// bar reaches the machine on Restart. Without a picture nothing opens.
+// Each machine runs the program past its fade at once and plays the editor's bars, and so does
+// the crunched program once it has unpacked itself, showing the very same pixels; a changed bar
+// reaches the machine on Restart. Without a picture nothing opens.
 TEST_F(Preview, RunsTheExportOnEachMachine) {
   activate("menuitem_zoom_2x");
   activate("menuitem_tools_preview");
   ASSERT_NE(window_preview, nullptr);
-  const std::pair<Vic2Model, const char *> machines[] = {
-      {VIC2_PAL_6569, "PAL 6569"}, {VIC2_NTSC_6567R8, "NTSC 6567R8"}, {VIC2_PALN_6572, "PAL-N 6572"}};
-  for (int active = 0; active < 3; active++) {
-    const auto [model, name] = machines[active];
-    SCOPED_TRACE(name);
-    gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), active);
-    EXPECT_EQ(status(), std::string(name) + ", frame 60: Bars match the editor");  // before the timer's first tick
-    EXPECT_EQ(shown(model, 100, 60), rgb_of(60 % 16));                             // left border
-    EXPECT_EQ(shown(model, 470, 110), rgb_of(7));                                  // right border bar
-    EXPECT_EQ(shown(model, 470, 130), rgb_of(kBorder));
-    EXPECT_EQ(shown(model, 200, 60), rgb_of(0));  // the picture's black paper
+  EXPECT_FALSE(gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(widget("checkbutton_preview_crunched"))));
+  const struct {
+    int active;
+    Vic2Model model;
+    const char *name;
+    bool crunched;
+  } runs[] = {{0, VIC2_PAL_6569, "PAL 6569", false},
+              {0, VIC2_PAL_6569, "PAL 6569", true},
+              {1, VIC2_NTSC_6567R8, "NTSC 6567R8", true},
+              {1, VIC2_NTSC_6567R8, "NTSC 6567R8", false},
+              {2, VIC2_PALN_6572, "PAL-N 6572", false}};
+  GdkPixbuf *plain[3] = {};  // each machine's uncrunched screen
+  GdkPixbuf *packed[3] = {};
+  for (const auto &run : runs) {
+    SCOPED_TRACE(std::string(run.name) + (run.crunched ? " crunched" : ""));
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget("checkbutton_preview_crunched")), run.crunched);
+    gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), run.active);
+    const int frame = run.crunched ? preview_crunched_fast_forward_frames : preview_fast_forward_frames;
+    // Before the timer's first tick.
+    EXPECT_EQ(status(), std::string(run.name) + ", frame " + std::to_string(frame) + ": Bars match the editor");
+    EXPECT_EQ(shown(run.model, 100, 60), rgb_of(60 % 16));  // left border
+    EXPECT_EQ(shown(run.model, 470, 110), rgb_of(7));       // right border bar
+    EXPECT_EQ(shown(run.model, 470, 130), rgb_of(kBorder));
+    EXPECT_EQ(shown(run.model, 200, 60), rgb_of(0));  // the picture's black paper
+    (run.crunched ? packed : plain)[run.active] = grab_widget(widget("drawingarea_preview"));
   }
+  for (int active : {0, 1}) {
+    ASSERT_TRUE(plain[active] && packed[active]);
+    EXPECT_TRUE(same_pixels(plain[active], packed[active])) << active;
+  }
+  for (GdkPixbuf *shot : plain)
+    if (shot) g_object_unref(shot);
+  for (GdkPixbuf *shot : packed)
+    if (shot) g_object_unref(shot);
   colors_right[130] = 2;
   gtk_button_clicked(GTK_BUTTON(widget("button_preview_restart")));
   EXPECT_EQ(status(), "PAL-N 6572, frame 60: Bars match the editor");
@@ -116,3 +149,4 @@ TEST(PreviewCount, CountsLinesThatDiffer) {
   right[0] = 4;
   EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left, right), 1);
 }
+
