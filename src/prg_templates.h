@@ -130,8 +130,8 @@ constexpr PrgTemplate code_raster_petscii = prg_patched(
 // its C64 address; a file offset is computed from it.
 constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
 
-constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
-constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
+constexpr unsigned prg_left_table = 0x0B01;   // lines 51..250 of the left border
+constexpr unsigned prg_right_table = 0x0C01;  // and of the right border
 constexpr unsigned prg_border = 0x0D00;
 constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
 constexpr unsigned char prg_lower_case = 0x17;
