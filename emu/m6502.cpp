@@ -213,49 +213,19 @@ void m6502_step(M6502 *c) {
   }
   c->instructions++;
   uint8_t op = fetch(c);
+  // The opcode table reads best one instruction a line.
+  // clang-format off
   switch (op) {
     // Loads, stores and the arithmetic/logic group, by addressing mode.
-#define READ_OPS(code, body)                       \
-  case code + 0x09: {                              \
-    uint8_t v = fetch(c);                          \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x05: {                              \
-    uint8_t v = rd(c, zp(c));                      \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x15: {                              \
-    uint8_t v = rd(c, zp_indexed(c, c->x));        \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x0D: {                              \
-    uint8_t v = rd(c, absolute(c));                \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x1D: {                              \
-    uint8_t v = rd(c, abs_indexed(c, c->x, READ)); \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x19: {                              \
-    uint8_t v = rd(c, abs_indexed(c, c->y, READ)); \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x01: {                              \
-    uint8_t v = rd(c, ind_x(c));                   \
-    body;                                          \
-    break;                                         \
-  }                                                \
-  case code + 0x11: {                              \
-    uint8_t v = rd(c, ind_y(c, READ));             \
-    body;                                          \
-    break;                                         \
-  }
+#define READ_OPS(code, body)                                                      \
+  case code + 0x09: { uint8_t v = fetch(c); body; break; }                         \
+  case code + 0x05: { uint8_t v = rd(c, zp(c)); body; break; }                     \
+  case code + 0x15: { uint8_t v = rd(c, zp_indexed(c, c->x)); body; break; }       \
+  case code + 0x0D: { uint8_t v = rd(c, absolute(c)); body; break; }               \
+  case code + 0x1D: { uint8_t v = rd(c, abs_indexed(c, c->x, READ)); body; break; } \
+  case code + 0x19: { uint8_t v = rd(c, abs_indexed(c, c->y, READ)); body; break; } \
+  case code + 0x01: { uint8_t v = rd(c, ind_x(c)); body; break; }                  \
+  case code + 0x11: { uint8_t v = rd(c, ind_y(c, READ)); body; break; }
     READ_OPS(0x00, c->a |= v; set_nz(c, c->a))
     READ_OPS(0x20, c->a &= v; set_nz(c, c->a))
     READ_OPS(0x40, c->a ^= v; set_nz(c, c->a))
@@ -272,46 +242,16 @@ void m6502_step(M6502 *c) {
     case 0x81: wr(c, ind_x(c), c->a); break;
     case 0x91: wr(c, ind_y(c, WRITE), c->a); break;
 
-    case 0xA2:
-      c->x = fetch(c);
-      set_nz(c, c->x);
-      break;
-    case 0xA6:
-      c->x = rd(c, zp(c));
-      set_nz(c, c->x);
-      break;
-    case 0xB6:
-      c->x = rd(c, zp_indexed(c, c->y));
-      set_nz(c, c->x);
-      break;
-    case 0xAE:
-      c->x = rd(c, absolute(c));
-      set_nz(c, c->x);
-      break;
-    case 0xBE:
-      c->x = rd(c, abs_indexed(c, c->y, READ));
-      set_nz(c, c->x);
-      break;
-    case 0xA0:
-      c->y = fetch(c);
-      set_nz(c, c->y);
-      break;
-    case 0xA4:
-      c->y = rd(c, zp(c));
-      set_nz(c, c->y);
-      break;
-    case 0xB4:
-      c->y = rd(c, zp_indexed(c, c->x));
-      set_nz(c, c->y);
-      break;
-    case 0xAC:
-      c->y = rd(c, absolute(c));
-      set_nz(c, c->y);
-      break;
-    case 0xBC:
-      c->y = rd(c, abs_indexed(c, c->x, READ));
-      set_nz(c, c->y);
-      break;
+    case 0xA2: c->x = fetch(c); set_nz(c, c->x); break;
+    case 0xA6: c->x = rd(c, zp(c)); set_nz(c, c->x); break;
+    case 0xB6: c->x = rd(c, zp_indexed(c, c->y)); set_nz(c, c->x); break;
+    case 0xAE: c->x = rd(c, absolute(c)); set_nz(c, c->x); break;
+    case 0xBE: c->x = rd(c, abs_indexed(c, c->y, READ)); set_nz(c, c->x); break;
+    case 0xA0: c->y = fetch(c); set_nz(c, c->y); break;
+    case 0xA4: c->y = rd(c, zp(c)); set_nz(c, c->y); break;
+    case 0xB4: c->y = rd(c, zp_indexed(c, c->x)); set_nz(c, c->y); break;
+    case 0xAC: c->y = rd(c, absolute(c)); set_nz(c, c->y); break;
+    case 0xBC: c->y = rd(c, abs_indexed(c, c->x, READ)); set_nz(c, c->y); break;
     case 0x86: wr(c, zp(c), c->x); break;
     case 0x96: wr(c, zp_indexed(c, c->y), c->x); break;
     case 0x8E: wr(c, absolute(c), c->x); break;
@@ -326,22 +266,20 @@ void m6502_step(M6502 *c) {
     case 0xC4: compare(c, c->y, rd(c, zp(c))); break;
     case 0xCC: compare(c, c->y, rd(c, absolute(c))); break;
     case 0x24: bit(c, rd(c, zp(c))); break;
-    case 0x2C:
-      bit(c, rd(c, absolute(c)));
-      break;
+    case 0x2C: bit(c, rd(c, absolute(c))); break;
 
-      // Shifts, rotates, increments and decrements.
-#define RMW_OPS(code, fn)                                   \
-  case code + 0x06: rmw(c, zp(c), fn); break;               \
-  case code + 0x16: rmw(c, zp_indexed(c, c->x), fn); break; \
-  case code + 0x0E: rmw(c, absolute(c), fn); break;         \
+    // Shifts, rotates, increments and decrements.
+#define RMW_OPS(code, fn)                                              \
+  case code + 0x06: rmw(c, zp(c), fn); break;                         \
+  case code + 0x16: rmw(c, zp_indexed(c, c->x), fn); break;           \
+  case code + 0x0E: rmw(c, absolute(c), fn); break;                   \
   case code + 0x1E: rmw(c, abs_indexed(c, c->x, RMW), fn); break;
-      RMW_OPS(0x00, asl)
-      RMW_OPS(0x20, rol)
-      RMW_OPS(0x40, lsr)
-      RMW_OPS(0x60, ror)
-      RMW_OPS(0xC0, dec)
-      RMW_OPS(0xE0, inc)
+    RMW_OPS(0x00, asl)
+    RMW_OPS(0x20, rol)
+    RMW_OPS(0x40, lsr)
+    RMW_OPS(0x60, ror)
+    RMW_OPS(0xC0, dec)
+    RMW_OPS(0xE0, inc)
 #undef RMW_OPS
     case 0x0A: rmw_a(c, asl); break;
     case 0x2A: rmw_a(c, rol); break;
@@ -349,101 +287,30 @@ void m6502_step(M6502 *c) {
     case 0x6A: rmw_a(c, ror); break;
 
     // Register transfers, increments and flags.
-    case 0xAA:
-      implied(c);
-      c->x = c->a;
-      set_nz(c, c->x);
-      break;
-    case 0xA8:
-      implied(c);
-      c->y = c->a;
-      set_nz(c, c->y);
-      break;
-    case 0x8A:
-      implied(c);
-      c->a = c->x;
-      set_nz(c, c->a);
-      break;
-    case 0x98:
-      implied(c);
-      c->a = c->y;
-      set_nz(c, c->a);
-      break;
-    case 0xBA:
-      implied(c);
-      c->x = c->s;
-      set_nz(c, c->x);
-      break;
-    case 0x9A:
-      implied(c);
-      c->s = c->x;
-      break;
-    case 0xE8:
-      implied(c);
-      set_nz(c, ++c->x);
-      break;
-    case 0xC8:
-      implied(c);
-      set_nz(c, ++c->y);
-      break;
-    case 0xCA:
-      implied(c);
-      set_nz(c, --c->x);
-      break;
-    case 0x88:
-      implied(c);
-      set_nz(c, --c->y);
-      break;
-    case 0x18:
-      implied(c);
-      c->p &= ~M6502_C;
-      break;
-    case 0x38:
-      implied(c);
-      c->p |= M6502_C;
-      break;
-    case 0x58:
-      implied(c);
-      c->p &= ~M6502_I;
-      break;
-    case 0x78:
-      implied(c);
-      c->p |= M6502_I;
-      break;
-    case 0xB8:
-      implied(c);
-      c->p &= ~M6502_V;
-      break;
-    case 0xD8:
-      implied(c);
-      c->p &= ~M6502_D;
-      break;
-    case 0xF8:
-      implied(c);
-      c->p |= M6502_D;
-      break;
+    case 0xAA: implied(c); c->x = c->a; set_nz(c, c->x); break;
+    case 0xA8: implied(c); c->y = c->a; set_nz(c, c->y); break;
+    case 0x8A: implied(c); c->a = c->x; set_nz(c, c->a); break;
+    case 0x98: implied(c); c->a = c->y; set_nz(c, c->a); break;
+    case 0xBA: implied(c); c->x = c->s; set_nz(c, c->x); break;
+    case 0x9A: implied(c); c->s = c->x; break;
+    case 0xE8: implied(c); set_nz(c, ++c->x); break;
+    case 0xC8: implied(c); set_nz(c, ++c->y); break;
+    case 0xCA: implied(c); set_nz(c, --c->x); break;
+    case 0x88: implied(c); set_nz(c, --c->y); break;
+    case 0x18: implied(c); c->p &= ~M6502_C; break;
+    case 0x38: implied(c); c->p |= M6502_C; break;
+    case 0x58: implied(c); c->p &= ~M6502_I; break;
+    case 0x78: implied(c); c->p |= M6502_I; break;
+    case 0xB8: implied(c); c->p &= ~M6502_V; break;
+    case 0xD8: implied(c); c->p &= ~M6502_D; break;
+    case 0xF8: implied(c); c->p |= M6502_D; break;
     case 0xEA: implied(c); break;
 
     // Stack.
-    case 0x48:
-      implied(c);
-      push(c, c->a);
-      break;
-    case 0x08:
-      implied(c);
-      push(c, c->p | M6502_B | M6502_U);
-      break;
-    case 0x68:
-      implied(c);
-      rd(c, 0x100 | c->s);
-      c->a = pull(c);
-      set_nz(c, c->a);
-      break;
-    case 0x28:
-      implied(c);
-      rd(c, 0x100 | c->s);
-      c->p = (pull(c) & ~M6502_B) | M6502_U;
-      break;
+    case 0x48: implied(c); push(c, c->a); break;
+    case 0x08: implied(c); push(c, c->p | M6502_B | M6502_U); break;
+    case 0x68: implied(c); rd(c, 0x100 | c->s); c->a = pull(c); set_nz(c, c->a); break;
+    case 0x28: implied(c); rd(c, 0x100 | c->s); c->p = (pull(c) & ~M6502_B) | M6502_U; break;
 
     // Jumps, calls, returns and branches.
     case 0x4C: c->pc = absolute(c); break;
@@ -492,4 +359,5 @@ void m6502_step(M6502 *c) {
       c->pc--;
       break;
   }
+  // clang-format on
 }
