@@ -24,7 +24,8 @@ std::vector<uint8_t> generated_player() {
     prg[prg_offset(prg_right_table) + i] = static_cast<uint8_t>((7 * i + 3) % 16);
   }
   prg[prg_offset(prg_border)] = 6;
-  for (size_t i = prg_offset(prg_hires.bitmap); i < prg.size(); i++) prg[i] = static_cast<uint8_t>(i * 2654435761u >> 13);
+  for (size_t i = prg_offset(prg_hires.bitmap); i < prg.size(); i++)
+    prg[i] = static_cast<uint8_t>(i * 2654435761u >> 13);
   return prg;
 }
 

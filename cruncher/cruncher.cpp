@@ -19,7 +19,7 @@ using Bytes = std::vector<uint8_t>;
 constexpr unsigned kCoreLinkedAt = kDecrunch_core;  // the build links core here and one page $10 higher
 constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
-constexpr unsigned kCopyBytes = 512;  // init copies core and tail in two halves of at most a page
+constexpr unsigned kCopyBytes = 512;                        // init copies core and tail in two halves of at most a page
 constexpr unsigned kTailMax = kCopyBytes - 2 - kCoreBytes;  // each half under 256 bytes
 constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
 static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));

@@ -101,7 +101,10 @@ void sbc(M6502 *c, uint8_t v) {
   }
   int lo = (c->a & 0x0F) - (v & 0x0F) - static_cast<int>(borrow);
   int hi = (c->a >> 4) - (v >> 4);
-  if (lo < 0) { lo -= 6; hi--; }
+  if (lo < 0) {
+    lo -= 6;
+    hi--;
+  }
   if (hi < 0) hi -= 6;
   c->a = static_cast<uint8_t>(hi << 4 | (lo & 0x0F));
 }
@@ -115,8 +118,18 @@ void bit(M6502 *c, uint8_t v) {
   c->p = (c->p & ~(M6502_N | M6502_V | M6502_Z)) | (v & (M6502_N | M6502_V)) | ((c->a & v) ? 0 : M6502_Z);
 }
 
-uint8_t asl(M6502 *c, uint8_t v) { set_flag(c, M6502_C, v & 0x80); v <<= 1; set_nz(c, v); return v; }
-uint8_t lsr(M6502 *c, uint8_t v) { set_flag(c, M6502_C, v & 1); v >>= 1; set_nz(c, v); return v; }
+uint8_t asl(M6502 *c, uint8_t v) {
+  set_flag(c, M6502_C, v & 0x80);
+  v <<= 1;
+  set_nz(c, v);
+  return v;
+}
+uint8_t lsr(M6502 *c, uint8_t v) {
+  set_flag(c, M6502_C, v & 1);
+  v >>= 1;
+  set_nz(c, v);
+  return v;
+}
 uint8_t rol(M6502 *c, uint8_t v) {
   uint8_t r = static_cast<uint8_t>(v << 1 | (c->p & M6502_C));
   set_flag(c, M6502_C, v & 0x80);
@@ -129,8 +142,14 @@ uint8_t ror(M6502 *c, uint8_t v) {
   set_nz(c, r);
   return r;
 }
-uint8_t inc(M6502 *c, uint8_t v) { set_nz(c, ++v); return v; }
-uint8_t dec(M6502 *c, uint8_t v) { set_nz(c, --v); return v; }
+uint8_t inc(M6502 *c, uint8_t v) {
+  set_nz(c, ++v);
+  return v;
+}
+uint8_t dec(M6502 *c, uint8_t v) {
+  set_nz(c, --v);
+  return v;
+}
 
 // Read-modify-write: the unmodified value is written back first, then the result.
 void rmw(M6502 *c, uint16_t address, uint8_t (*op)(M6502 *, uint8_t)) {
@@ -194,6 +213,8 @@ void m6502_step(M6502 *c) {
   }
   c->instructions++;
   uint8_t op = fetch(c);
+  // The opcode table reads best one instruction a line.
+  // clang-format off
   switch (op) {
     // Loads, stores and the arithmetic/logic group, by addressing mode.
 #define READ_OPS(code, body)                                                      \
@@ -338,4 +359,5 @@ void m6502_step(M6502 *c) {
       c->pc--;
       break;
   }
+  // clang-format on
 }

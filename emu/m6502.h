@@ -10,8 +10,14 @@
 #include <cstdint>
 
 enum : uint8_t {
-  M6502_C = 0x01, M6502_Z = 0x02, M6502_I = 0x04, M6502_D = 0x08,
-  M6502_B = 0x10, M6502_U = 0x20, M6502_V = 0x40, M6502_N = 0x80,
+  M6502_C = 0x01,
+  M6502_Z = 0x02,
+  M6502_I = 0x04,
+  M6502_D = 0x08,
+  M6502_B = 0x10,
+  M6502_U = 0x20,
+  M6502_V = 0x40,
+  M6502_N = 0x80,
 };
 
 // The machine's side of the bus. Every call is one clock cycle; the machine advances its
@@ -33,13 +39,13 @@ struct M6502FlatMemory {
 struct M6502 {
   uint16_t pc;
   uint8_t a, x, y, s, p;
-  bool irq;           // IRQ input, a level held by the machine
-  bool nmi;           // NMI edge seen by the machine; cleared when the processor takes it
-  bool jammed;        // an undocumented opcode was fetched; the processor stops
-  uint64_t cycles;    // bus cycles made so far
+  bool irq;         // IRQ input, a level held by the machine
+  bool nmi;         // NMI edge seen by the machine; cleared when the processor takes it
+  bool jammed;      // an undocumented opcode was fetched; the processor stops
+  uint64_t cycles;  // bus cycles made so far
   uint64_t instructions;
-  bool irq_seen;      // IRQ input asserted and I flag clear in the last cycle
-  bool irq_poll;      // the same one cycle earlier: decides at the end of an instruction
+  bool irq_seen;  // IRQ input asserted and I flag clear in the last cycle
+  bool irq_poll;  // the same one cycle earlier: decides at the end of an instruction
   M6502Bus bus;
 };
 

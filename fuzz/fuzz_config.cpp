@@ -2,8 +2,8 @@
 // and applied over the default options. After it every option is in its range and every
 // remembered folder exists; the options are then written out and read back, which must
 // give the same options again.
-#include <gtk/gtk.h>
 #include <glib/gstdio.h>
+#include <gtk/gtk.h>
 
 #include <cstring>
 
@@ -54,8 +54,7 @@ void check_ranges() {
   fuzz_require(options_palette >= 0 && options_palette <= 3, "the palette is 0..3");
   fuzz_require(options_expansion >= 1 && options_expansion <= 4, "the zoom is 1..4");
   fuzz_require(options_reencode_graphics == 0 || options_reencode_graphics == 1, "the re-encode flag is 0 or 1");
-  for (char **dir : kDirs)
-    fuzz_require(!*dir || g_file_test(*dir, G_FILE_TEST_IS_DIR), "a remembered folder exists");
+  for (char **dir : kDirs) fuzz_require(!*dir || g_file_test(*dir, G_FILE_TEST_IS_DIR), "a remembered folder exists");
 }
 
 }  // namespace
@@ -70,8 +69,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   reset_options();
   OwnedKeyFile key_file(g_key_file_new());
-  if (!g_key_file_load_from_data(key_file.get(), reinterpret_cast<const char *>(data), size,
-                                 G_KEY_FILE_KEEP_COMMENTS, nullptr))
+  if (!g_key_file_load_from_data(key_file.get(), reinterpret_cast<const char *>(data), size, G_KEY_FILE_KEEP_COMMENTS,
+                                 nullptr))
     return 0;
   set_options_from_config(key_file.get());
   check_ranges();

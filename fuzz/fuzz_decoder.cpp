@@ -122,7 +122,8 @@ std::vector<FuzzSeed> fuzz_seeds() {
   for (const Layout &layout : layouts) {
     FuzzInput bytes(layout.size + 1);
     bytes[0] = kRecordFlag;  // automatic, with a record
-    for (size_t i = 1; i < bytes.size(); ++i) bytes[i] = static_cast<unsigned char>((state = state * 1103515245u + 12345u) >> 16);
+    for (size_t i = 1; i < bytes.size(); ++i)
+      bytes[i] = static_cast<unsigned char>((state = state * 1103515245u + 12345u) >> 16);
     bytes[1] = layout.load & 0xFF;
     if (bytes.size() > 2) bytes[2] = static_cast<unsigned char>(layout.load >> 8);
     seeds.push_back({layout.name, bytes});

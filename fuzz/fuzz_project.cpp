@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int kBorder = 6;           // border colour of the drawings and tables
+constexpr int kBorder = 6;  // border colour of the drawings and tables
 constexpr std::array<int, 2> kZooms{1, 4};
 constexpr std::array<int, 4> kPickRows{-60, 0, 120, 199};
 
@@ -39,7 +39,8 @@ struct Side {
 };
 const std::array<Side, 2> kSides{{
     {1, &model_rasters_left, &treeview_rasters_left, colors_left, rastermodel_render_lines_left,
-     rasterarray_render_lines_left, rastermodel_get_bars_left, rasterarray_get_bars_left, rastermodel_button_press_left},
+     rasterarray_render_lines_left, rastermodel_get_bars_left, rasterarray_get_bars_left,
+     rastermodel_button_press_left},
     {0, &model_rasters_right, &treeview_rasters_right, colors_right, rastermodel_render_lines_right,
      rasterarray_render_lines_right, rastermodel_get_bars_right, rasterarray_get_bars_right,
      rastermodel_button_press_right},
@@ -162,8 +163,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   OwnedKeyFile key_file(g_key_file_new());
-  if (!g_key_file_load_from_data(key_file.get(), reinterpret_cast<const char *>(data), size,
-                                 G_KEY_FILE_KEEP_COMMENTS, nullptr))
+  if (!g_key_file_load_from_data(key_file.get(), reinterpret_cast<const char *>(data), size, G_KEY_FILE_KEEP_COMMENTS,
+                                 nullptr))
     return 0;
   for (bool extended : {true, false}) {
     interface_extended = extended ? 1 : 0;
@@ -177,8 +178,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 }
 
 std::vector<FuzzSeed> fuzz_seeds() {
-  const std::string head = "# Quillbar 1.4.2 project file - do NOT edit\n\n[image]\nfile=file:///tmp/logo.kla\n\n"
-                           "[colors]\nbase=6\n\n";
+  const std::string head =
+      "# Quillbar 1.4.2 project file - do NOT edit\n\n[image]\nfile=file:///tmp/logo.kla\n\n"
+      "[colors]\nbase=6\n\n";
   return {
       {"extended", fuzz_bytes(head + "[left]\nstart=51;60;100;\nheight=9;40;0;\ncolor=1;14;3;\n\n"
                                      "[right]\nstart=51;55;\nheight=200;10;\ncolor=2;17;\n")},

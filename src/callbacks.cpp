@@ -469,8 +469,8 @@ void apply_project(GKeyFile *key_file, const char *project_path) {
 
   active_mode().load(key_file);
 
-  for (GtkWidget *area : {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border,
-                          drawingarea_lower_border})
+  for (GtkWidget *area :
+       {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border, drawingarea_lower_border})
     redraw(area);
   if (picture_loaded == 1) redraw(drawingarea_picture);
   redraw(drawingarea_border_color);
@@ -484,10 +484,9 @@ int save_project_to_file(const char *path) {
   OwnedString uri = picture_uri(utf8_path_and_filename_picture);
   OwnedString file_line(uri ? g_strdup_printf("file=%s\n", uri.get()) : g_strdup(""));
   OwnedString head(g_strdup_printf("# %s project file - do NOT edit\n[image]\n%s[colors]\nbase=%d\n",
-                                     QUILLBAR_NAME_VERSION, file_line.get(), border_color_index));
+                                   QUILLBAR_NAME_VERSION, file_line.get(), border_color_index));
   OwnedKeyFile key_file(g_key_file_new());
-  if (!g_key_file_load_from_data(key_file.get(), head.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS,
-                                 nullptr))
+  if (!g_key_file_load_from_data(key_file.get(), head.get(), static_cast<gsize>(-1), G_KEY_FILE_KEEP_COMMENTS, nullptr))
     return 0;
   active_mode().save(key_file.get());
 
@@ -521,8 +520,8 @@ void save_project_under_chosen_name(const char *suggestion) {
   if (fileopen_save_project_file(suggestion, &chosen) != 1) return;
   OwnedString chosen_path(chosen);
   OwnedString final_name(g_str_has_suffix(chosen, ".ini") || g_str_has_suffix(chosen, ".INI")
-                               ? g_strdup(chosen)
-                               : g_strdup_printf("%s.ini", chosen));
+                             ? g_strdup(chosen)
+                             : g_strdup_printf("%s.ini", chosen));
   save_project_to_file(final_name.get());
   replace_string(utf8_path_and_filename_project, final_name.get());
   project_path_unread = 0;  // the user chose this file to write to
@@ -733,8 +732,14 @@ int export_run_cruncher(const char *filename) {
   // cruncher whole: exomizer sfx 2061 <prg> -o <prg> -n.
   OwnedString program(g_build_filename(app_folder ? app_folder : ".", "exomizer", nullptr));
   std::string start = std::to_string(prg_start);
-  char *argv[] = {program.get(), const_cast<char *>("sfx"), start.data(), const_cast<char *>(filename),
-                  const_cast<char *>("-o"), const_cast<char *>(filename), const_cast<char *>("-n"), nullptr};
+  char *argv[] = {program.get(),
+                  const_cast<char *>("sfx"),
+                  start.data(),
+                  const_cast<char *>(filename),
+                  const_cast<char *>("-o"),
+                  const_cast<char *>(filename),
+                  const_cast<char *>("-n"),
+                  nullptr};
   GError *error = nullptr;
   int status = -1;
   const gboolean ran = g_spawn_sync(nullptr, argv, nullptr, G_SPAWN_CHILD_INHERITS_STDIN, nullptr, nullptr, nullptr,

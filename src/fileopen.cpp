@@ -44,16 +44,22 @@ struct ChooserRow {
   bool confirm_overwrite;
 };
 
-const ChooserRow kPictureChooser{create_filechooserdialog_open, "Select a picture file",
-                                 {&kSupportedImages, &kPicturePrg, &kAllFiles}, &options_picture_dir_string, false};
-const ChooserRow kProjectOpenChooser{create_filechooserdialog_open, "Open a project file",
-                                     {&kProjects, &kAllFiles}, &options_picture_dir_string, false};
-const ChooserRow kProjectSaveChooser{create_filechooserdialog_save, "Save project file",
-                                     {&kProjects, &kAllFiles}, &options_picture_dir_string, true};
-const ChooserRow kPngChooser{create_filechooserdialog_save, "Save screenshot file",
-                             {&kPng, &kAllFiles}, &options_export_png_dir_string, true};
-const ChooserRow kExecutableChooser{create_filechooserdialog_save, "Save executable file",
-                                    {&kExecutables, &kAllFiles}, &options_export_dir_string, true};
+const ChooserRow kPictureChooser{create_filechooserdialog_open,
+                                 "Select a picture file",
+                                 {&kSupportedImages, &kPicturePrg, &kAllFiles},
+                                 &options_picture_dir_string,
+                                 false};
+const ChooserRow kProjectOpenChooser{
+    create_filechooserdialog_open, "Open a project file", {&kProjects, &kAllFiles}, &options_picture_dir_string, false};
+const ChooserRow kProjectSaveChooser{
+    create_filechooserdialog_save, "Save project file", {&kProjects, &kAllFiles}, &options_picture_dir_string, true};
+const ChooserRow kPngChooser{
+    create_filechooserdialog_save, "Save screenshot file", {&kPng, &kAllFiles}, &options_export_png_dir_string, true};
+const ChooserRow kExecutableChooser{create_filechooserdialog_save,
+                                    "Save executable file",
+                                    {&kExecutables, &kAllFiles},
+                                    &options_export_dir_string,
+                                    true};
 
 // Builds the dialog of a chooser with its title, filters and starting folder; the created
 // filters are returned in `filters`, in the order of the row.

@@ -49,8 +49,8 @@ struct PixelRows {
 constexpr PixelRows line_rows(int start, int height, int zoom) {
   const long long first = start > first_shown_line ? start : first_shown_line;
   const long long end_wanted = static_cast<long long>(start) + height;
-  const long long end = end_wanted < first_shown_line + vert_border_height ? end_wanted
-                                                                          : first_shown_line + vert_border_height;
+  const long long end =
+      end_wanted < first_shown_line + vert_border_height ? end_wanted : first_shown_line + vert_border_height;
   if (end <= first) return {0, 0};
   return {static_cast<int>((first - first_shown_line) * zoom), static_cast<int>((end - first) * zoom)};
 }

@@ -104,20 +104,25 @@ constexpr MenuRow kMenuRows[] = {
 
 struct ToolRow {
   const char *name;
-  const char *stock;    // nullptr for a separator
+  const char *stock;  // nullptr for a separator
   const char *label;
   const char *tooltip;
   ToolHandler handler;  // of "clicked"
 };
 
 constexpr ToolRow kToolRows[] = {
-    {"toolbutton_add_bar_left", "gtk-add", N_("Left"), N_("Add a raster bar on the left border"), on_toolbutton_add_bar_left_clicked},
-    {"toolbutton_remove_bar_left", "gtk-remove", N_("Left"), N_("Remove the selected raster bar from the left border"), on_toolbutton_remove_bar_left_clicked},
+    {"toolbutton_add_bar_left", "gtk-add", N_("Left"), N_("Add a raster bar on the left border"),
+     on_toolbutton_add_bar_left_clicked},
+    {"toolbutton_remove_bar_left", "gtk-remove", N_("Left"), N_("Remove the selected raster bar from the left border"),
+     on_toolbutton_remove_bar_left_clicked},
     {"separatortoolitem2", nullptr, nullptr, nullptr, nullptr},
-    {"toolbutton_add_bar_right", "gtk-add", N_("Right"), N_("Add a raster bar on the right border"), on_toolbutton_add_bar_right_clicked},
-    {"toolbutton_remove_bar_right", "gtk-remove", N_("Right"), N_("Remove the selected raster bar from the right border"), on_toolbutton_remove_bar_right_clicked},
+    {"toolbutton_add_bar_right", "gtk-add", N_("Right"), N_("Add a raster bar on the right border"),
+     on_toolbutton_add_bar_right_clicked},
+    {"toolbutton_remove_bar_right", "gtk-remove", N_("Right"),
+     N_("Remove the selected raster bar from the right border"), on_toolbutton_remove_bar_right_clicked},
     {"separatortoolitem1", nullptr, nullptr, nullptr, nullptr},
-    {"toolbutton_delete_all_bars", "gtk-delete", N_("All"), N_("Delete all raster bars"), on_toolbutton_delete_all_bars_clicked},
+    {"toolbutton_delete_all_bars", "gtk-delete", N_("All"), N_("Delete all raster bars"),
+     on_toolbutton_delete_all_bars_clicked},
 };
 
 struct SignalRow {
@@ -170,16 +175,11 @@ void pack(GtkWidget *box, GtkWidget *child, bool expand, bool fill, guint paddin
 
 GtkWidget *new_menu_item(const MenuRow &row, GtkAccelGroup *accel_group, std::array<GSList *, 4> &groups) {
   switch (row.kind) {
-    case Kind::Image:
-      return gtk_image_menu_item_new_with_mnemonic(_(row.label));
-    case Kind::Stock:
-      return gtk_image_menu_item_new_from_stock(row.stock, accel_group);
-    case Kind::Plain:
-      return gtk_menu_item_new_with_mnemonic(_(row.label));
-    case Kind::Check:
-      return gtk_check_menu_item_new_with_mnemonic(_(row.label));
-    case Kind::Separator:
-      return gtk_separator_menu_item_new();
+    case Kind::Image: return gtk_image_menu_item_new_with_mnemonic(_(row.label));
+    case Kind::Stock: return gtk_image_menu_item_new_from_stock(row.stock, accel_group);
+    case Kind::Plain: return gtk_menu_item_new_with_mnemonic(_(row.label));
+    case Kind::Check: return gtk_check_menu_item_new_with_mnemonic(_(row.label));
+    case Kind::Separator: return gtk_separator_menu_item_new();
     case Kind::Radio: {
       GSList *&group = groups.at(row.group);
       GtkWidget *item = gtk_radio_menu_item_new_with_mnemonic(group, _(row.label));
@@ -203,11 +203,9 @@ void build_menus(GtkWidget *window, GtkWidget *menubar, GtkAccelGroup *accel_gro
     if (row.kind == Kind::Separator) gtk_widget_set_sensitive(item, FALSE);
     if (row.kind == Kind::Radio || row.kind == Kind::Check)
       gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(item), row.active);
-    if (row.key)
-      gtk_widget_add_accelerator(item, "activate", accel_group, row.key, row.mods, GTK_ACCEL_VISIBLE);
+    if (row.key) gtk_widget_add_accelerator(item, "activate", accel_group, row.key, row.mods, GTK_ACCEL_VISIBLE);
     if (row.tooltip) gtk_tooltips_set_tip(tooltips, item, _(row.tooltip), nullptr);
-    if (row.submenu)
-      gtk_menu_item_set_submenu(GTK_MENU_ITEM(item), named(window, gtk_menu_new(), row.submenu, false));
+    if (row.submenu) gtk_menu_item_set_submenu(GTK_MENU_ITEM(item), named(window, gtk_menu_new(), row.submenu, false));
   }
 }
 
@@ -229,11 +227,9 @@ void build_toolbar(GtkWidget *window, GtkWidget *toolbar, GtkTooltips *tooltips)
 
 void connect_signals(GtkWidget *window) {
   for (const MenuRow &row : kMenuRows)
-    if (row.handler)
-      g_signal_connect(registered(window, row.name), "activate", G_CALLBACK(row.handler), nullptr);
+    if (row.handler) g_signal_connect(registered(window, row.name), "activate", G_CALLBACK(row.handler), nullptr);
   for (const ToolRow &row : kToolRows)
-    if (row.handler)
-      g_signal_connect(registered(window, row.name), "clicked", G_CALLBACK(row.handler), nullptr);
+    if (row.handler) g_signal_connect(registered(window, row.name), "clicked", G_CALLBACK(row.handler), nullptr);
   for (const SignalRow &row : kSignalRows)
     g_signal_connect(registered(window, row.widget), row.signal, row.handler, nullptr);
 }
@@ -248,8 +244,7 @@ GtkWidget *new_drawing_area(int width, int height, gint events, bool focusable) 
 
 // An aspect frame without label holding a stretching alignment, the frame used around
 // the screen view and around the colour picker.
-GtkWidget *new_aspect_frame(GtkWidget *window, const char *frame_name, const char *alignment_name,
-                            GtkWidget *child) {
+GtkWidget *new_aspect_frame(GtkWidget *window, const char *frame_name, const char *alignment_name, GtkWidget *child) {
   GtkWidget *frame = named(window, gtk_aspect_frame_new(nullptr, 0.5, 0.5, 1.0, TRUE), frame_name);
   GtkWidget *alignment = named(window, gtk_alignment_new(0.5, 0.5, 1.0, 1.0), alignment_name);
   gtk_container_add(GTK_CONTAINER(frame), alignment);
@@ -304,8 +299,8 @@ GtkWidget *create_window_main(void) {
 
   // The simulated screen: left border | upper border, picture, lower border | right border.
   GtkWidget *hbox_areas = named(window, gtk_hbox_new(FALSE, 0), "hbox_drawingareas");
-  pack(hbox_topmost, new_aspect_frame(window, "aspectframe_drawingareas", "alignment_drawingareas", hbox_areas),
-       false, true);
+  pack(hbox_topmost, new_aspect_frame(window, "aspectframe_drawingareas", "alignment_drawingareas", hbox_areas), false,
+       true);
   auto side_border = [&](const char *name) {
     pack(hbox_areas, named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true), name),
          false, true);
@@ -344,8 +339,7 @@ GtkWidget *create_window_main(void) {
   pack(hbox_zoom, label_border_color, false, false);
   GtkWidget *picker = named(window, new_drawing_area(palette_width, palette_height, GDK_BUTTON_PRESS_MASK, false),
                             "drawingarea_border_color");
-  pack(hbox_zoom, new_aspect_frame(window, "aspectframe_border_color", "alignment_border_color", picker), false,
-       false);
+  pack(hbox_zoom, new_aspect_frame(window, "aspectframe_border_color", "alignment_border_color", picker), false, false);
 
   GtkWidget *statusbar = named(window, gtk_statusbar_new(), "statusbar_main");
   gtk_statusbar_set_has_resize_grip(GTK_STATUSBAR(statusbar), FALSE);

@@ -90,7 +90,8 @@ void load_option(GKeyFile *key_file, const Option &option) {
 // One option as its line of the file.
 OwnedString option_line(const Option &option) {
   switch (option.kind) {
-    case OptionKind::folder: return OwnedString(g_strdup_printf("%s=%s\n", option.key, dir_to_uri(*option.folder).get()));
+    case OptionKind::folder:
+      return OwnedString(g_strdup_printf("%s=%s\n", option.key, dir_to_uri(*option.folder).get()));
     case OptionKind::integer: return OwnedString(g_strdup_printf("%s=%d\n", option.key, *option.value));
     case OptionKind::boolean:
       return OwnedString(g_strdup_printf("%s=%s\n", option.key, *option.value == 1 ? "true" : "false"));

@@ -32,13 +32,13 @@ struct Pixels {
   int rowstride;
   int n_channels;
   explicit Pixels(GdkPixbuf *p)
-      : data(gdk_pixbuf_get_pixels(p)), rowstride(gdk_pixbuf_get_rowstride(p)),
+      : data(gdk_pixbuf_get_pixels(p)),
+        rowstride(gdk_pixbuf_get_rowstride(p)),
         n_channels(gdk_pixbuf_get_n_channels(p)) {}
   guchar *at(int x, int y) const { return data + y * rowstride + x * n_channels; }
 };
 
-void render_hires(const Pixels &out, const unsigned char *bitmap, const unsigned char *screen, int columns,
-                  int rows) {
+void render_hires(const Pixels &out, const unsigned char *bitmap, const unsigned char *screen, int columns, int rows) {
   for (int y = 0; y < rows * 8; y++) {
     for (int col = 0; col < columns; col++) {
       const int cell = (y / 8) * columns + col;
@@ -91,8 +91,7 @@ void render_petscii(const Pixels &out, const unsigned char *screen, const unsign
 }  // namespace
 
 GdkPixbuf *pixbufs_new_from_hires_opaque(const unsigned char *bitmap, const unsigned char *screen,
-                                         const unsigned char *color, unsigned char background, int columns,
-                                         int rows) {
+                                         const unsigned char *color, unsigned char background, int columns, int rows) {
   if (!screen || columns <= 0 || rows <= 0) return nullptr;
   GdkPixbuf *image = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 8 * columns, 8 * rows);
   if (!image) return nullptr;

@@ -32,13 +32,13 @@ struct MachineChoice {
 };
 constexpr MachineChoice kMachines[] = {{"PAL", VIC2_PAL_6569}, {"NTSC", VIC2_NTSC_6567R8}, {"PAL-N", VIC2_PALN_6572}};
 
-constexpr int kMaxCatchUpFrames = 3;    // after a stall, frames run at once before pacing starts over
+constexpr int kMaxCatchUpFrames = 3;  // after a stall, frames run at once before pacing starts over
 constexpr int kSpacing = 4;
 
 struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
-  bool crunched = false;  // run the crunched program, decrunch and all
+  bool crunched = false;                                    // run the crunched program, decrunch and all
   unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
   Surface image;                                            // the visible area at zoom 1
   guint timer = 0;

@@ -20,7 +20,7 @@
 #include <vector>
 
 constexpr unsigned prg_first_address = 0x0801;
-constexpr unsigned prg_start = 2061;  // $080D: the SYS line's target, where the player begins
+constexpr unsigned prg_start = 2061;              // $080D: the SYS line's target, where the player begins
 constexpr std::size_t prg_template_length = 767;  // $0801..$0AFF
 using PrgTemplate = std::array<unsigned char, prg_template_length>;
 
@@ -131,8 +131,8 @@ constexpr PrgTemplate code_raster_petscii = prg_patched(
 // its C64 address; a file offset is computed from it.
 constexpr int prg_offset(unsigned address) { return static_cast<int>(address - prg_first_address) + 2; }
 
-constexpr unsigned prg_left_table = 0x0B01;       // lines 51..250 of the left border
-constexpr unsigned prg_right_table = 0x0C01;      // and of the right border
+constexpr unsigned prg_left_table = 0x0B01;   // lines 51..250 of the left border
+constexpr unsigned prg_right_table = 0x0C01;  // and of the right border
 constexpr unsigned prg_border = 0x0D00;
 constexpr unsigned prg_charset_operand = 0x0988;  // the LDA #$15 that sets $D018
 constexpr unsigned char prg_lower_case = 0x17;

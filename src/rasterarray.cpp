@@ -275,8 +275,12 @@ int rasterarray_key_press(int side, unsigned int keyval, unsigned int state) {
   return colour < 0 ? 0 : paint(side, colour, true);
 }
 
-int rasterarray_key_press_left(unsigned int keyval, unsigned int state) { return rasterarray_key_press(1, keyval, state); }
-int rasterarray_key_press_right(unsigned int keyval, unsigned int state) { return rasterarray_key_press(0, keyval, state); }
+int rasterarray_key_press_left(unsigned int keyval, unsigned int state) {
+  return rasterarray_key_press(1, keyval, state);
+}
+int rasterarray_key_press_right(unsigned int keyval, unsigned int state) {
+  return rasterarray_key_press(0, keyval, state);
+}
 
 int rasterarray_key_color(unsigned int keyval, unsigned int state) {
   constexpr std::array<unsigned int, 16> main_keys{GDK_1, GDK_2, GDK_3, GDK_4, GDK_5, GDK_6, GDK_7, GDK_8,
@@ -360,7 +364,8 @@ void rasterarray_dump_models_to_key_file(GKeyFile *key_file) {
 
 // The runs of lines 51..250 are the bars; uncoloured runs are left out.
 void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int *colors, const char *group) {
-  rasterarray_write_bar_group(key_file, group, rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line));
+  rasterarray_write_bar_group(key_file, group,
+                              rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line));
 }
 
 // Paints the file's bars in file order, so that a later bar wins where bars overlap.
@@ -372,7 +377,8 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
   for (int side : {1, 0}) {
     int *colors = side_of(side).colors;
     for (const LineRun &bar : rasterarray_read_bar_group(key_file, groups[side])) {
-      if (bar.start < first_picture_line || bar.height < 1 || static_cast<long long>(bar.start) + bar.height > last_picture_line + 1)
+      if (bar.start < first_picture_line || bar.height < 1 ||
+          static_cast<long long>(bar.start) + bar.height > last_picture_line + 1)
         continue;
       const int colour = bar.color % 16;
       std::fill(colors + bar.start, colors + bar.start + bar.height, colour < 0 ? -1 : colour);

@@ -70,8 +70,8 @@ struct RasterBar {
 
 RasterBar read_bar(GtkTreeModel *model, GtkTreeIter *row) {
   RasterBar bar{};
-  gtk_tree_model_get(model, row, RASTER_COLUMN_LINE, &bar.start, RASTER_COLUMN_HEIGHT, &bar.height,
-                     RASTER_COLUMN_COLOR, &bar.color, -1);
+  gtk_tree_model_get(model, row, RASTER_COLUMN_LINE, &bar.start, RASTER_COLUMN_HEIGHT, &bar.height, RASTER_COLUMN_COLOR,
+                     &bar.color, -1);
   return bar;
 }
 
@@ -153,7 +153,9 @@ void paint_color_cell(GtkTreeViewColumn *, GtkCellRenderer *cell, GtkTreeModel *
                palette_text_is_black_at_index(color) ? "#000000" : "#ffffff", nullptr);
 }
 
-GtkTreeView *view_of_side(int side) { return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right); }
+GtkTreeView *view_of_side(int side) {
+  return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
+}
 GtkListStore *list_of_side(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
 
 // --- Keys -------------------------------------------------------------------------
@@ -185,8 +187,8 @@ void rastermodel_module_init(void) {
   treeview_rasters_right = lookup_widget(window_main, "treeview_rasters_right");
   model_rasters_left = create_bar_store();
   model_rasters_right = create_bar_store();
-  for (auto [view, store] : {std::pair{treeview_rasters_left, model_rasters_left},
-                             std::pair{treeview_rasters_right, model_rasters_right}}) {
+  for (auto [view, store] :
+       {std::pair{treeview_rasters_left, model_rasters_left}, std::pair{treeview_rasters_right, model_rasters_right}}) {
     if (!view) continue;  // without its view the list keeps the creator's reference
     rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
     gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
@@ -240,8 +242,7 @@ void rastermodel_on_cell_edited(GtkCellRendererText *cell, const gchar *path_str
     case RASTER_COLUMN_COLOR:
       if (value < 0 || value > 15) return;
       break;
-    default:
-      return;
+    default: return;
   }
   gtk_list_store_set(GTK_LIST_STORE(model), &row, column, value, -1);
   rastermodel_update_post_editing();
@@ -281,8 +282,7 @@ void rastermodel_add_bar_right(void) { rastermodel_add_bar(model_rasters_right);
 
 namespace {
 
-gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter,
-                                                 gpointer line) {
+gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer line) {
   auto *last = static_cast<int *>(line);
   RasterBar bar = read_bar(model, iter);
   if (bar.start + bar.height - 1 > *last) *last = bar.start + bar.height - 1;
@@ -349,7 +349,9 @@ void rastermodel_render_lines(int side, cairo_t *cr, int with_selection) {
 }  // namespace
 
 void rastermodel_render_lines_left(cairo_t *cr, int with_selection) { rastermodel_render_lines(1, cr, with_selection); }
-void rastermodel_render_lines_right(cairo_t *cr, int with_selection) { rastermodel_render_lines(0, cr, with_selection); }
+void rastermodel_render_lines_right(cairo_t *cr, int with_selection) {
+  rastermodel_render_lines(0, cr, with_selection);
+}
 
 namespace {
 
@@ -454,9 +456,7 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
       if (!gtk_tree_model_iter_next(model, &row)) return 0;
       rastermodel_move_cursor(view, model, &row);
       return 1;
-    case KeyAction::Remove:
-      remove_row(view, GTK_LIST_STORE(model), &row);
-      return 1;
+    case KeyAction::Remove: remove_row(view, GTK_LIST_STORE(model), &row); return 1;
   }
   return 0;
 }
@@ -464,8 +464,7 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
 }  // namespace
 
 int rastermodel_key_press_left(unsigned int keyval, unsigned int state) {
-  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval,
-                               state);
+  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval, state);
 }
 int rastermodel_key_press_right(unsigned int keyval, unsigned int state) {
   return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), keyval,

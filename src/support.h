@@ -12,8 +12,7 @@
 
 // Registers `widget` on `toplevel` under `name` without a reference (the toplevel itself,
 // the tooltips object).
-#define GLADE_HOOKUP_OBJECT_NO_REF(component, widget, name) \
-  g_object_set_data(G_OBJECT(component), name, widget)
+#define GLADE_HOOKUP_OBJECT_NO_REF(component, widget, name) g_object_set_data(G_OBJECT(component), name, widget)
 
 // Returns the widget registered under `name` on the toplevel that contains `widget`,
 // or NULL after logging "Widget not found: %s".

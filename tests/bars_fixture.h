@@ -56,7 +56,9 @@ inline std::ostream &operator<<(std::ostream &os, const Bar &b) {
 
 // Side 1 is the left border, 0 the right one.
 inline GtkListStore *list_of(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
-inline GtkTreeView *view_of(int side) { return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right); }
+inline GtkTreeView *view_of(int side) {
+  return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
+}
 inline GtkWidget *area_of(int side) { return side == 1 ? drawingarea_left_border : drawingarea_right_border; }
 
 inline Bars bars(int side) {
@@ -123,7 +125,11 @@ std::vector<Row> colour_key_rows() {
 
 constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
 // The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
-constexpr unsigned kStates[] = {0, GDK_SHIFT_MASK, GDK_CONTROL_MASK, GDK_MOD1_MASK, GDK_CONTROL_MASK | GDK_SHIFT_MASK,
+constexpr unsigned kStates[] = {0,
+                                GDK_SHIFT_MASK,
+                                GDK_CONTROL_MASK,
+                                GDK_MOD1_MASK,
+                                GDK_CONTROL_MASK | GDK_SHIFT_MASK,
                                 GDK_SHIFT_MASK | GDK_MOD1_MASK};
 
 // A key press on a side's border area; returns whether it was handled.
@@ -154,7 +160,8 @@ inline void paint_ramp(const char *choice, const char *shape, const char *custom
 }
 
 // A mouse button press at height y on a side's border area; returns whether it was handled.
-inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1, unsigned state = 0) {
+inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1,
+                      unsigned state = 0) {
   GdkEventButton ev{};
   ev.type = type, ev.window = area_of(side)->window, ev.x = 10, ev.y = y, ev.state = state, ev.button = button;
   return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));

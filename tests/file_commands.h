@@ -28,9 +28,15 @@ inline bool settle(const std::function<bool()> &done) {
 }
 
 // A string handed over by the toolkit, copied and freed.
-inline std::string take(gchar *text) { std::string copy = text ? text : ""; g_free(text); return copy; }
+inline std::string take(gchar *text) {
+  std::string copy = text ? text : "";
+  g_free(text);
+  return copy;
+}
 inline std::string chooser_filename(GtkWidget *d) { return take(gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(d))); }
-inline std::string chooser_folder(GtkWidget *d) { return take(gtk_file_chooser_get_current_folder(GTK_FILE_CHOOSER(d))); }
+inline std::string chooser_folder(GtkWidget *d) {
+  return take(gtk_file_chooser_get_current_folder(GTK_FILE_CHOOSER(d)));
+}
 
 // Picks `path` in an open chooser, or types it (folder and name) into a save chooser.
 inline void choose_path(GtkWidget *dialog, const std::string &path) {

@@ -37,8 +37,9 @@ TEST_F(BarList, ToolButtonsAddRemoveAndDeleteAll) {
   click("toolbutton_add_bar_left");
   EXPECT_EQ(bars(1), (Bars{{51, 1, 1}, {52, 1, 1}}));
   // A new row goes after the bars' last line, else into the first gap.
-  for (auto [before, want] : {std::pair{Bars{{51, 100, 2}, {200, 51, 3}}, Bars{{51, 100, 2}, {151, 1, 1}, {200, 51, 3}}},
-                              {Bars{{51, 200, 2}}, Bars{{51, 200, 2}, {51, 1, 1}}}}) {
+  for (auto [before, want] :
+       {std::pair{Bars{{51, 100, 2}, {200, 51, 3}}, Bars{{51, 100, 2}, {151, 1, 1}, {200, 51, 3}}},
+        {Bars{{51, 200, 2}}, Bars{{51, 200, 2}, {51, 1, 1}}}}) {
     set_bars(0, before);
     click("toolbutton_add_bar_right");
     EXPECT_EQ(bars(0), want);

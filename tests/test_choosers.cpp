@@ -13,16 +13,26 @@ const std::string kImages =
 const std::string kPicturePrg = "  Image files as non-executable PRG files (.prg) ";
 
 // What the last chooser showed: `name` is a save chooser's suggestion, `folder` is noted by pick().
-struct Seen { std::string title, active; std::vector<std::string> filters; bool overwrite; std::string name, folder; } seen;
+struct Seen {
+  std::string title, active;
+  std::vector<std::string> filters;
+  bool overwrite;
+  std::string name, folder;
+} seen;
 
 // Answers the next chooser with `response` after noting what it shows and letting `act` work on it.
 void answer(int response, std::function<void(GtkWidget *)> act = nullptr) {
   answer_next_dialog(response, [act](GtkWidget *dialog) {
     GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
-    seen = {gtk_window_get_title(GTK_WINDOW(dialog)), gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser)),
-            {}, bool(gtk_file_chooser_get_do_overwrite_confirmation(chooser)), {}, {}};
+    seen = {gtk_window_get_title(GTK_WINDOW(dialog)),
+            gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser)),
+            {},
+            bool(gtk_file_chooser_get_do_overwrite_confirmation(chooser)),
+            {},
+            {}};
     GSList *filters = gtk_file_chooser_list_filters(chooser);
-    for (GSList *l = filters; l; l = l->next) seen.filters.push_back(gtk_file_filter_get_name(GTK_FILE_FILTER(l->data)));
+    for (GSList *l = filters; l; l = l->next)
+      seen.filters.push_back(gtk_file_filter_get_name(GTK_FILE_FILTER(l->data)));
     g_slist_free(filters);
     if (seen.overwrite) seen.name = suggested_name(dialog, test_config_home());
     if (act) act(dialog);
@@ -47,15 +57,24 @@ std::function<void(GtkWidget *)> pick(int filter, const std::string &path) {
 // active, and for the save choosers overwrite confirmation and the suggested name in place.
 TEST(Choosers, TitlesFiltersAndSuggestedNames) {
   start_app();
-  struct Row { std::function<int(char **)> run; std::string title; std::vector<std::string> filters; std::string name; };
+  struct Row {
+    std::function<int(char **)> run;
+    std::string title;
+    std::vector<std::string> filters;
+    std::string name;
+  };
   const std::vector<Row> rows = {
       {fileopen_open_picture_file, "Select a picture file", {kImages, kPicturePrg, kAll}, ""},
       {fileopen_open_project_file, "Open a project file", {kProjects, kAll}, ""},
       {[](char **p) { return fileopen_save_project_file("work", p); }, "Save project file", {kProjects, kAll}, "work"},
-      {[](char **p) { return fileopen_save_png_file("shot.png", p); }, "Save screenshot file",
-       {"  PNG files (.png) ", kAll}, "shot.png"},
-      {[](char **p) { return fileopen_save_executable_file("x", p); }, "Save executable file",
-       {"  PRG files (.prg) ", kAll}, "x"},
+      {[](char **p) { return fileopen_save_png_file("shot.png", p); },
+       "Save screenshot file",
+       {"  PNG files (.png) ", kAll},
+       "shot.png"},
+      {[](char **p) { return fileopen_save_executable_file("x", p); },
+       "Save executable file",
+       {"  PRG files (.prg) ", kAll},
+       "x"},
   };
   for (const Row &row : rows) {
     answer(GTK_RESPONSE_CANCEL);

@@ -89,8 +89,8 @@ TEST_F(Commands, SaveAndSaveAs) {
     EXPECT_EQ(status_text(), " Info: First open a picture or project");
   }
   ASSERT_EQ(picture_loaded = open_picture(dir.file("pic.art").c_str(), 1), 1);
-  for (auto [typed, written] : {std::pair{"work", "work.ini"}, std::pair{"work.INI", "work.INI"},
-                                std::pair{"work.Ini", "work.Ini.ini"}}) {
+  for (auto [typed, written] :
+       {std::pair{"work", "work.ini"}, std::pair{"work.INI", "work.INI"}, std::pair{"work.Ini", "work.Ini.ini"}}) {
     run_choosing(on_menuitem_save_project_as_activate, typed);
     EXPECT_TRUE(g_file_test(dir.file(written).c_str(), G_FILE_TEST_IS_REGULAR)) << written;
   }
@@ -112,7 +112,8 @@ TEST_F(Commands, FirstSaveSuggestsThePictureNameAndWritesTheHead) {
   const std::string text = read_text(dir.file("koala.ini"));
   EXPECT_TRUE(text.starts_with("# Quillbar 1.4.2 project file - do NOT edit\n") &&
               text.find("\n[image]\nfile=file://" + dir.file("koala.kla") + "\n") != std::string::npos &&
-              text.find("\n[colors]\nbase=11\n") != std::string::npos) << text;
+              text.find("\n[colors]\nbase=11\n") != std::string::npos)
+      << text;
 }
 
 // A file that Open project could not read as a project (a picture chosen by mistake: one

@@ -35,7 +35,8 @@ TEST_F(Conversion, SwitchingModeConvertsTheBars) {
       activate("menuitem_interface_extended");
       EXPECT_EQ(bars(side), c.back) << c.what;
     }
-    for (auto [array, list] : {std::pair{painted({}), Bars{}}, {painted({}, 0), Bars{{51, 200, 0}}},
+    for (auto [array, list] : {std::pair{painted({}), Bars{}},
+                               {painted({}, 0), Bars{{51, 200, 0}}},
                                {painted(last_differs), last_differs}}) {
       activate("menuitem_interface_compact");
       set_lines(side, array);
@@ -63,7 +64,8 @@ TEST_F(Conversion, AutoExtendInBothModes) {
   pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
   gdk_pixbuf_fill(pixbuf_picture, rgb_of(14) << 8 | 0xff);
   for (int row = 0; row < 100; row++)
-    palette_get_rgb_at_index(6, gdk_pixbuf_get_pixels(pixbuf_picture) + row * gdk_pixbuf_get_rowstride(pixbuf_picture) + 319 * 4);
+    palette_get_rgb_at_index(
+        6, gdk_pixbuf_get_pixels(pixbuf_picture) + row * gdk_pixbuf_get_rowstride(pixbuf_picture) + 319 * 4);
   for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
     SCOPED_TRACE(mode);
     activate(mode);

@@ -5,7 +5,10 @@
 namespace {
 
 class LineArrays : public BarsTest {
-  void SetUp() override { BarsTest::SetUp(); activate("menuitem_interface_compact"); }
+  void SetUp() override {
+    BarsTest::SetUp();
+    activate("menuitem_interface_compact");
+  }
 };
 
 // Bars 44z wide beside the picture, a black 4z strip on the outer edge, white beside the

@@ -63,12 +63,14 @@ TEST(Options, LoadedValuesFollowTheRulesAndReachTheMenus) {
                {"[misc]\nreencode_graphics=false", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false},
                {"[misc]\nreencode_graphics=junk", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false}};
   for (const auto &c : cases) {
-    gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, "menuitem_reencode_graphics")), FALSE);
+    gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, "menuitem_reencode_graphics")),
+                                   FALSE);
     *c.option = 99;
     load_config(std::string(c.text) + "\n");
     EXPECT_EQ(*c.option, c.expected) << c.text;
     controls_adjust_from_options();
-    EXPECT_EQ(gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, c.item))), c.active) << c.text;
+    EXPECT_EQ(gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, c.item))), c.active)
+        << c.text;
   }
 }
 

@@ -149,4 +149,3 @@ TEST(PreviewCount, CountsLinesThatDiffer) {
   right[0] = 4;
   EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left, right), 1);
 }
-

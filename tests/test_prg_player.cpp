@@ -34,14 +34,25 @@ TEST(M6502, PassesTheFunctionalTest) {
 // Cycles of single instructions run at $02F0 with X = Y = $10 and all flags but I clear:
 // index and branch penalties, and the fixed counts of writes, read-modify-writes and calls.
 TEST(M6502, InstructionCycles) {
-  struct Row { const char *what; std::vector<uint8_t> code; uint64_t cycles; };
-  const Row rows[] = {{"LDA abs,X", {0xBD, 0x10, 0x20}, 4},       {"LDA abs,X across a page", {0xBD, 0xF8, 0x20}, 5},
-                      {"STA abs,X", {0x9D, 0x10, 0x20}, 5},       {"INC abs,X", {0xFE, 0x10, 0x20}, 7},
-                      {"LDA (zp,X)", {0xA1, 0x00}, 6},            {"STA (zp),Y", {0x91, 0x00}, 6},
-                      {"BEQ not taken", {0xF0, 0x10}, 2},         {"BNE taken", {0xD0, 0xFE}, 3},
-                      {"BNE taken across a page", {0xD0, 0x10}, 4}, {"JSR", {0x20, 0x00, 0x30}, 6},
-                      {"RTS", {0x60}, 6},                         {"JMP (ind)", {0x6C, 0xFF, 0x10}, 5},
-                      {"PLA", {0x68}, 4},                         {"ASL zp", {0x06, 0x10}, 5}};
+  struct Row {
+    const char *what;
+    std::vector<uint8_t> code;
+    uint64_t cycles;
+  };
+  const Row rows[] = {{"LDA abs,X", {0xBD, 0x10, 0x20}, 4},
+                      {"LDA abs,X across a page", {0xBD, 0xF8, 0x20}, 5},
+                      {"STA abs,X", {0x9D, 0x10, 0x20}, 5},
+                      {"INC abs,X", {0xFE, 0x10, 0x20}, 7},
+                      {"LDA (zp,X)", {0xA1, 0x00}, 6},
+                      {"STA (zp),Y", {0x91, 0x00}, 6},
+                      {"BEQ not taken", {0xF0, 0x10}, 2},
+                      {"BNE taken", {0xD0, 0xFE}, 3},
+                      {"BNE taken across a page", {0xD0, 0x10}, 4},
+                      {"JSR", {0x20, 0x00, 0x30}, 6},
+                      {"RTS", {0x60}, 6},
+                      {"JMP (ind)", {0x6C, 0xFF, 0x10}, 5},
+                      {"PLA", {0x68}, 4},
+                      {"ASL zp", {0x06, 0x10}, 5}};
   auto memory = std::make_unique<M6502FlatMemory>();
   for (const Row &row : rows) {
     std::memset(memory->bytes, 0, sizeof memory->bytes);
@@ -80,9 +91,9 @@ struct Kind {
   const char *name;
   int (*write)(const char *);
   unsigned format, charset;
-  bool compact;                // bars from the Compact arrays, else from the Extended lists
+  bool compact;  // bars from the Compact arrays, else from the Extended lists
   uint8_t d011, d016, d018;
-  bool colour;                 // colour RAM and background come from the picture
+  bool colour;  // colour RAM and background come from the picture
 };
 const Kind kinds[] = {
     {"hires", export_hires_to_executable, 2, 0, true, 0x3B, 0xC8, 0x18, false},
@@ -115,9 +126,11 @@ class PrgPlayer : public ExportTest {
       colors_left[line] = line % 16;
       colors_right[line] = (line * 5 + 3) % 16;
     }
-    for (int k = 0; k < 28; ++k) gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 51 + 7 * k, 1, 4, 2, k % 16, -1);
+    for (int k = 0; k < 28; ++k)
+      gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 51 + 7 * k, 1, 4, 2, k % 16, -1);
     for (int k = 0; k < 18; ++k)
-      gtk_list_store_insert_with_values(model_rasters_right, nullptr, -1, 0, 53 + 11 * k, 1, 1 + k % 6, 2, (k * 3 + 1) % 16, -1);
+      gtk_list_store_insert_with_values(model_rasters_right, nullptr, -1, 0, 53 + 11 * k, 1, 1 + k % 6, 2,
+                                        (k * 3 + 1) % 16, -1);
   }
 };
 
@@ -146,12 +159,15 @@ TEST_F(PrgPlayer, ShowsThePictureAndPlaysTheBars) {
     const uint8_t *frame = vic2_frame(&m->vic);
 
     EXPECT_EQ(Bytes(m->ram + 0x0400, m->ram + 0x07E8), Bytes(picture_data.screen, picture_data.screen + 1000));
-    if (kind.format != 1) { EXPECT_EQ(Bytes(m->ram + 0x2000, m->ram + 0x3F40), Bytes(picture_data.bitmap, picture_data.bitmap + 8000)); }
+    if (kind.format != 1) {
+      EXPECT_EQ(Bytes(m->ram + 0x2000, m->ram + 0x3F40), Bytes(picture_data.bitmap, picture_data.bitmap + 8000));
+    }
     if (kind.colour) {
       for (int i = 0; i < 1000; ++i) ASSERT_EQ(m->color_ram[i], picture_data.color[i] & 15) << i;
       EXPECT_EQ(m->vic.reg[VIC2_BACKGROUND0], 0x0B);
     }
-    EXPECT_EQ((Bytes{m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY], m->vic.reg[VIC2_SPRITE_ENABLE]}),
+    EXPECT_EQ((Bytes{m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
+                     m->vic.reg[VIC2_SPRITE_ENABLE]}),
               (Bytes{kind.d011, kind.d016, kind.d018, 0}));
 
     // In the borders: the table's colours on lines 51..250, the border colour elsewhere, each

@@ -100,7 +100,10 @@ const Writer kWriters[] = {
 // line, draw nothing at any zoom, and no selection mark either; a real bar beside them is
 // drawn where it belongs.
 TEST_F(Robustness, BarsThatCoverNoLineDrawNothing) {
-  struct Row { const char *name; int start, height; };
+  struct Row {
+    const char *name;
+    int start, height;
+  };
   const Row rows[] = {{"huge start, large negative height", 2147483647, -2147483396},
                       {"large negative height", 100, -2147483000},
                       {"height 0", 100, 0}};
@@ -123,7 +126,8 @@ TEST_F(Robustness, BarsThatCoverNoLineDrawNothing) {
       for (int y = 0; y < vert_border_height * z; ++y) {
         const int line = y / z + 3;
         const bool on_bar = line >= real_start && line < real_start + real_height;
-        ASSERT_EQ(surface_pixel(image.get(), 24 * z, y), rgb_of(on_bar ? real_colour : 6)) << "zoom " << z << " row " << y;
+        ASSERT_EQ(surface_pixel(image.get(), 24 * z, y), rgb_of(on_bar ? real_colour : 6))
+            << "zoom " << z << " row " << y;
         ASSERT_EQ(surface_pixel(image.get(), 0, y), rgb_of(0)) << "mark at zoom " << z << " row " << y;
       }
     }
@@ -198,7 +202,11 @@ TEST_F(Robustness, SpecialAndHugeFilesAreRefusedUnread) {
     ASSERT_EQ(ftruncate(fd, 300 * 1024 * 1024), 0);  // sparse: takes no room on the disk
     close(fd);
   }
-  struct Row { std::string path; unsigned int format; const char *message; };
+  struct Row {
+    std::string path;
+    unsigned int format;
+    const char *message;
+  };
   const Row rows[] = {
       {fifo, 0, "Unknown picture format"},
       {"/dev/zero", 0, "Unknown picture format"},
@@ -226,9 +234,12 @@ TEST_F(Robustness, SpecialAndHugeFilesAreRefusedUnread) {
       const int ok = hiresdecoder_decode_hires_screen_file(row.path.c_str(), row.format, &image, nullptr, &error);
       const long long read = bytes_read() - before;
       int code = 0;
-      if (ok != 0 || image) code = 1;
-      else if (!error || g_strcmp0(error->message, row.message) != 0) code = 2;
-      else if (read > 64 * 1024) code = 3;
+      if (ok != 0 || image)
+        code = 1;
+      else if (!error || g_strcmp0(error->message, row.message) != 0)
+        code = 2;
+      else if (read > 64 * 1024)
+        code = 3;
       _exit(code);
     }
     int status = 0;
@@ -246,8 +257,8 @@ TEST_F(Robustness, CruncherGetsAnyNameWhole) {
   g_chmod(cruncher.file("exomizer").c_str(), 0755);
   char *saved = app_folder;
   app_folder = g_strdup(cruncher.path().c_str());
-  for (const char *name : {"plain.prg", "two words.prg", "a \"quoted\" name.prg", "it's.prg",
-                           "x\" -o \"elsewhere.prg", "back\\slash $HOME.prg"}) {
+  for (const char *name : {"plain.prg", "two words.prg", "a \"quoted\" name.prg", "it's.prg", "x\" -o \"elsewhere.prg",
+                           "back\\slash $HOME.prg"}) {
     SCOPED_TRACE(name);
     const std::string prg = dir.file(name);
     EXPECT_EQ(export_run_cruncher(prg.c_str()), 1);

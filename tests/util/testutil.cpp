@@ -90,8 +90,8 @@ GdkPixbuf *grab_widget(GtkWidget *widget) {
 }
 
 unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y) {
-  const guchar *p = gdk_pixbuf_get_pixels(pixbuf) + y * gdk_pixbuf_get_rowstride(pixbuf) +
-                    x * gdk_pixbuf_get_n_channels(pixbuf);
+  const guchar *p =
+      gdk_pixbuf_get_pixels(pixbuf) + y * gdk_pixbuf_get_rowstride(pixbuf) + x * gdk_pixbuf_get_n_channels(pixbuf);
   return (p[0] << 16) | (p[1] << 8) | p[2];
 }
 

@@ -59,7 +59,7 @@ void activate(const char *item);
 // Path of a file in the shared read-only data folder, or "" when that folder is absent.
 std::string shared_data(const std::string &name);
 
-#define SKIP_WITHOUT_SHARED(path)                                   \
-  do {                                                              \
+#define SKIP_WITHOUT_SHARED(path)                                    \
+  do {                                                               \
     if ((path).empty()) GTEST_SKIP() << "shared data not available"; \
   } while (0)
