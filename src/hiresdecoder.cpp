@@ -114,6 +114,14 @@ void copy_to_record(const Format &f, const unsigned char *data, PictureData *rec
   record->format = f.number;
 }
 
+// Reports the last system call's failure on the file as GLib's own file functions word it.
+void fail_errno(GError **error, const char *what, const char *filename) {
+  const int code = errno;
+  OwnedString name(g_filename_display_name(filename));
+  g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "%s \u201c%s\u201d: %s", what, name.get(),
+              g_strerror(code));
+}
+
 // Reads a picture file: only a regular file is read, and of it no more than one byte past
 // the largest picture, so that a FIFO or a device cannot block the program and a huge file
 // cannot fill its memory. `length` is the file's own length, which may exceed what was read
@@ -122,11 +130,7 @@ void copy_to_record(const Format &f, const unsigned char *data, PictureData *rec
 bool read_picture_file(const char *filename, std::vector<unsigned char> &data, gsize &length, GError **error) {
   const int fd = open(filename, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) {
-    const int code = errno;
-    gchar *name = g_filename_display_name(filename);
-    g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "Failed to open file \u201c%s\u201d: %s", name,
-                g_strerror(code));
-    g_free(name);
+    fail_errno(error, "Failed to open file", filename);
     return false;
   }
   struct stat info = {};
@@ -139,11 +143,7 @@ bool read_picture_file(const char *filename, std::vector<unsigned char> &data, g
     if (n == 0) break;
     if (n < 0 && errno == EINTR) continue;
     if (n < 0) {
-      const int code = errno;
-      gchar *name = g_filename_display_name(filename);
-      g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "Failed to read from file \u201c%s\u201d: %s",
-                  name, g_strerror(code));
-      g_free(name);
+      fail_errno(error, "Failed to read from file", filename);
       ok = false;
       break;
     }
