@@ -114,14 +114,6 @@ void copy_to_record(const Format &f, const unsigned char *data, PictureData *rec
   record->format = f.number;
 }
 
-// Reports the last system call's failure on the file as GLib's own file functions word it.
-void fail_errno(GError **error, const char *what, const char *filename) {
-  const int code = errno;
-  OwnedString name(g_filename_display_name(filename));
-  g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "%s \u201c%s\u201d: %s", what, name.get(),
-              g_strerror(code));
-}
-
 // Reads a picture file: only a regular file is read, and of it no more than one byte past
 // the largest picture, so that a FIFO or a device cannot block the program and a huge file
 // cannot fill its memory. `length` is the file's own length, which may exceed what was read
@@ -130,7 +122,7 @@ void fail_errno(GError **error, const char *what, const char *filename) {
 bool read_picture_file(const char *filename, std::vector<unsigned char> &data, gsize &length, GError **error) {
   const int fd = open(filename, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) {
-    fail_errno(error, "Failed to open file", filename);
+    support_file_error(error, "Failed to open file", filename, errno);
     return false;
   }
   struct stat info = {};
@@ -143,7 +135,7 @@ bool read_picture_file(const char *filename, std::vector<unsigned char> &data, g
     if (n == 0) break;
     if (n < 0 && errno == EINTR) continue;
     if (n < 0) {
-      fail_errno(error, "Failed to read from file", filename);
+      support_file_error(error, "Failed to read from file", filename, errno);
       ok = false;
       break;
     }

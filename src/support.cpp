@@ -70,28 +70,16 @@ constexpr int max_link_depth = 40;
 std::string follow_links(const char *path) {
   std::string target = path;
   for (int depth = 0; depth < max_link_depth && g_file_test(target.c_str(), G_FILE_TEST_IS_SYMLINK); ++depth) {
-    gchar *next = g_file_read_link(target.c_str(), nullptr);
+    OwnedString next(g_file_read_link(target.c_str(), nullptr));
     if (!next) break;
-    if (g_path_is_absolute(next)) {
-      target = next;
+    if (g_path_is_absolute(next.get())) {
+      target = next.get();
     } else {
-      gchar *folder = g_path_get_dirname(target.c_str());
-      gchar *joined = g_build_filename(folder, next, nullptr);
-      target = joined;
-      g_free(joined);
-      g_free(folder);
+      OwnedString folder(g_path_get_dirname(target.c_str()));
+      target = OwnedString(g_build_filename(folder.get(), next.get(), nullptr)).get();
     }
-    g_free(next);
   }
   return target;
-}
-
-int fail_with_errno(GError **error, const char *what, const std::string &path, int code) {
-  gchar *name = g_filename_display_name(path.c_str());
-  g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "%s \u201c%s\u201d: %s", what, name,
-              g_strerror(code));
-  g_free(name);
-  return 0;
 }
 
 bool write_all(int fd, const char *data, gsize length) {
@@ -107,21 +95,24 @@ bool write_all(int fd, const char *data, gsize length) {
 
 }  // namespace
 
+int support_file_error(GError **error, const char *what, const char *path, int code) {
+  OwnedString name(g_filename_display_name(path));
+  g_set_error(error, G_FILE_ERROR, g_file_error_from_errno(code), "%s \u201c%s\u201d: %s", what, name.get(),
+              g_strerror(code));
+  return 0;
+}
+
 int support_replace_file(const char *path, const char *data, gsize length, GError **error) {
   const std::string target = follow_links(path);
   GStatBuf old;
   const bool existed = g_stat(target.c_str(), &old) == 0;
 
-  gchar *folder = g_path_get_dirname(target.c_str());
-  gchar *base = g_path_get_basename(target.c_str());
-  gchar *pattern = g_strdup_printf("%s/.%s.XXXXXX", folder, base);
-  g_free(base);
-  g_free(folder);
-  std::string temporary;
-  const int fd = g_mkstemp_full(pattern, O_RDWR | O_CLOEXEC, 0666);  // the umask applies to a new file
-  temporary = pattern;
-  g_free(pattern);
-  if (fd < 0) return fail_with_errno(error, "Failed to create file", target, errno);
+  OwnedString folder(g_path_get_dirname(target.c_str()));
+  OwnedString base(g_path_get_basename(target.c_str()));
+  OwnedString pattern(g_strdup_printf("%s/.%s.XXXXXX", folder.get(), base.get()));
+  const int fd = g_mkstemp_full(pattern.get(), O_RDWR | O_CLOEXEC, 0666);  // the umask applies to a new file
+  const std::string temporary = pattern.get();
+  if (fd < 0) return support_file_error(error, "Failed to create file", target.c_str(), errno);
 
   // The data must be on the disk before the rename makes it the file.
   bool written = write_all(fd, data, length) && fsync(fd) == 0;
@@ -131,7 +122,7 @@ int support_replace_file(const char *path, const char *data, gsize length, GErro
   if (written && g_rename(temporary.c_str(), target.c_str()) != 0) code = errno, written = false;
   if (!written) {
     g_unlink(temporary.c_str());
-    return fail_with_errno(error, "Failed to write file", target, code);
+    return support_file_error(error, "Failed to write file", target.c_str(), code);
   }
   return 1;
 }

@@ -25,6 +25,10 @@ GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name);
 // permissions. 1 on success; 0 with a file error otherwise.
 int support_replace_file(const char *path, const char *data, gsize length, GError **error);
 
+// Sets a file error for the system error `code` on `path`, worded as GLib's file functions
+// word theirs ("Failed to open file “…”: No such file or directory"). Returns 0.
+int support_file_error(GError **error, const char *what, const char *path, int code);
+
 // Owners of the toolkit's objects, released when they go out of scope.
 template <typename T, void (*release)(T *)>
 struct Releaser {
