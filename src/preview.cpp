@@ -99,10 +99,9 @@ void update_status() {
     verdict = _("1 line differs from the editor");
   else
     verdict = std::to_string(differing) + _(" lines differ from the editor");
-  char *text = g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
-                               static_cast<unsigned long long>(preview_frames()), verdict.c_str());
-  gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text);
-  g_free(text);
+  OwnedString text(g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
+                                   static_cast<unsigned long long>(preview_frames()), verdict.c_str()));
+  gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text.get());
 }
 
 void set_area_size() {

@@ -270,9 +270,8 @@ void on_menuitem_tools_ramp_activate(GtkMenuItem *, gpointer) {
     return;
   }
   OwnedDialog dialog(create_dialog_ramp());
-  gchar *target = g_strdup_printf("%s border, lines %d to %d", side == 1 ? "Left" : "Right", first, last);
-  gtk_label_set_text(GTK_LABEL(registered(dialog.get(), "label_ramp_target")), target);
-  g_free(target);
+  OwnedString target(g_strdup_printf("%s border, lines %d to %d", side == 1 ? "Left" : "Right", first, last));
+  gtk_label_set_text(GTK_LABEL(registered(dialog.get(), "label_ramp_target")), target.get());
   while (gtk_dialog_run(GTK_DIALOG(dialog.get())) == GTK_RESPONSE_OK) {
     std::vector<int> colours;
     std::string error;
