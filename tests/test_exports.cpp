@@ -1,11 +1,14 @@
-// The two exports, written to real files: the PRG of each picture kind, its colour tables
-// from both input modes, re-encoding, failures, the cruncher and the menu command; the PNG
-// screenshot of 384 x 272 drawn 1:1 whatever the zoom, through the menu.
+// The two exports, written to real files. The PRG of each picture kind run on the C64 model
+// (the picture data in place, the mode registers, the bars of both sides line by line in the
+// side borders), its colour tables from both input modes, re-encoding, failures, the cruncher
+// and the menu command; the PNG screenshot of 384 x 272 drawn 1:1 whatever the zoom.
 #include <glib/gstdio.h>
 
+#include <algorithm>
 #include <cstring>
-#include <random>
+#include <memory>
 
+#include "c64.h"
 #include "file_commands.h"
 #include "reencode.h"
 
@@ -14,24 +17,32 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 // The file offset of a C64 address: the program loads at $0801, after its 2-byte load address.
 constexpr int at(unsigned address) { return static_cast<int>(address) - 0x07FF; }
-struct Kind {
-  int (*write)(const char *);
-  unsigned format;
-  size_t length;
-};
-const Kind hires{export_hires_to_executable, 2, at(0x4328)}, mc{export_mc_to_executable, 6, at(0x4711)},
-    petscii{export_petscii_to_executable, 1, at(0x17D1)};
 
-// A picture of random bytes with background 0x1B, and a stand-in cruncher in the
-// application's folder that records its arguments and ends with the status it is told.
+struct Kind {
+  const char *name;
+  int (*write)(const char *);
+  unsigned format, charset;
+  size_t length;
+  uint8_t d011, d016, d018;  // the mode registers the player sets
+  bool colour;               // colour RAM and background come from the picture
+};
+const Kind kKinds[] = {
+    {"hires", export_hires_to_executable, 2, 0, at(0x4328), 0x3B, 0xC8, 0x18, false},
+    {"multicolour", export_mc_to_executable, 6, 0, at(0x4711), 0x3B, 0xD8, 0x18, true},
+    {"petscii", export_petscii_to_executable, 1, 0, at(0x17D1), 0x1B, 0xC8, 0x15, true},
+    {"petscii lower case", export_petscii_to_executable, 1, 1, at(0x17D1), 0x1B, 0xC8, 0x17, true},
+};
+const Kind &kHires = kKinds[0], &kMc = kKinds[1], &kPetscii = kKinds[2];
+
+// A picture whose bitmap, screen and colour bytes are easy to tell apart, background 0x1B,
+// and a stand-in cruncher in the application's folder that records its arguments and ends
+// with the status it is told.
 class PrgExport : public ExportTest {
  protected:
   void SetUp() override {
     ExportTest::SetUp();
-    std::mt19937 random(77);
-    for (auto *block : {picture_data.bitmap, picture_data.screen, picture_data.color})
-      for (int i = 0; i < (block == picture_data.bitmap ? 8000 : 1000); ++i)
-        block[i] = static_cast<unsigned char>(random());
+    for (int i = 0; i < 8000; ++i) picture_data.bitmap[i] = static_cast<unsigned char>(i * 13 + 5);
+    for (int i = 0; i < 1000; ++i) picture_data.screen[i] = i * 7 + 1, picture_data.color[i] = i * 3 + 2;
     picture_data.background = 0x1B;
     picture_data.charset = 0;
     write_text(cruncher.file("exomizer"),
@@ -42,6 +53,7 @@ class PrgExport : public ExportTest {
   }
   Bytes build(const Kind &kind) {
     picture_data.format = kind.format;
+    picture_data.charset = kind.charset;
     EXPECT_EQ(kind.write(dir.file("out.prg").c_str()), 1);
     const std::string text = read_text(dir.file("out.prg"));
     return Bytes(text.begin(), text.end());
@@ -51,38 +63,78 @@ class PrgExport : public ExportTest {
 
 }  // namespace
 
-// Each kind's size, load address and template start, the bytes patched for its mode, the
-// border colour at $0D00 and the background with its upper bits cleared. $0988 is also the
-// PETSCII character set's byte.
-TEST_F(PrgExport, LayoutOfEachKind) {
-  const std::vector<std::pair<Kind, Bytes>> kinds = {
-      {hires, {0x5E, 0, 0, 0, 0x3F}}, {mc, {0x7F, 0x3B, 0x18, 0xD8, 0x3F}}, {petscii, {0x7F, 0x1B, 0x15, 0xC8, 0x10}}};
-  for (auto [kind, patched] : kinds) {
+// Each kind, with Compact colours that change on every line and Extended bars of varied
+// heights and gaps in turn, run on the C64 model well after the fade (16 steps of two
+// frames, then a frame each for blanking, copying and the mode set-up).
+TEST_F(PrgExport, PlayerShowsThePictureAndPlaysTheBars) {
+  for (int line = first_picture_line; line <= last_picture_line; ++line)
+    colors_left[line] = line % 16, colors_right[line] = (line * 5 + 3) % 16;
+  for (int k = 0; k < 28; ++k)
+    gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 51 + 7 * k, 1, 4, 2, k % 16, -1);
+  for (int k = 0; k < 18; ++k)
+    gtk_list_store_insert_with_values(model_rasters_right, nullptr, -1, 0, 53 + 11 * k, 1, 1 + k % 6, 2,
+                                      (k * 3 + 1) % 16, -1);
+  for (const Kind &kind : kKinds) {
+    SCOPED_TRACE(kind.name);
+    interface_extended = (&kind - kKinds) % 2;  // Compact and Extended in turn
     const Bytes prg = build(kind);
     ASSERT_EQ(prg.size(), kind.length);
-    EXPECT_EQ(Bytes(prg.begin(), prg.begin() + 11),
-              (Bytes{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0x32, 0x30, 0x36, 0x31}));
-    EXPECT_EQ((Bytes{prg[at(0x0822)], prg[at(0x0983)], prg[at(0x0988)], prg[at(0x098D)], prg[at(0x0944)]}), patched)
-        << kind.length;
-    EXPECT_EQ(prg[at(0x0D00)], 6) << kind.length;
-    if (kind.format != 2) {
-      EXPECT_EQ(prg.back(), 0x0B) << kind.length;
+    // The tables at $0B01 and $0C01.
+    const Bytes left(prg.begin() + at(0x0B01), prg.begin() + at(0x0B01) + picture_lines),
+        right(prg.begin() + at(0x0C01), prg.begin() + at(0x0C01) + picture_lines);
+    ASSERT_GT(std::count_if(left.begin(), left.end(), [](int c) { return c != 6; }), 100);
+    ASSERT_GT(std::count_if(right.begin(), right.end(), [](int c) { return c != 6; }), 50);
+
+    auto m = std::make_unique<C64>();
+    ASSERT_TRUE(c64_start(m.get(), prg));
+    c64_run_frames(m.get(), 45);
+    ASSERT_FALSE(m->cpu.jammed) << std::hex << m->cpu.pc;
+    EXPECT_EQ(Bytes(m->ram + 0x0400, m->ram + 0x07E8), Bytes(picture_data.screen, picture_data.screen + 1000));
+    if (kind.format != 1) {
+      EXPECT_EQ(Bytes(m->ram + 0x2000, m->ram + 0x3F40), Bytes(picture_data.bitmap, picture_data.bitmap + 8000));
     }
+    if (kind.colour) {
+      for (int i = 0; i < 1000; ++i) ASSERT_EQ(m->color_ram[i], picture_data.color[i] & 15) << i;
+      EXPECT_EQ(prg.back(), 0x0B);  // the background with its upper bits cleared
+      EXPECT_EQ(m->vic.reg[VIC2_BACKGROUND0], 0x0B);
+    }
+    EXPECT_EQ((Bytes{m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
+                     m->vic.reg[VIC2_SPRITE_ENABLE]}),
+              (Bytes{kind.d011, kind.d016, kind.d018, 0}));
+
+    // Each visible line's left and right colour: the tables' on lines 51..250, else the border's.
+    const Vic2ModelInfo *model = m->vic.model;
+    std::vector<int> shown, wanted;
+    for (int line = model->first_line; line < model->first_line + model->visible_lines; ++line) {
+      const int i = line - first_picture_line;
+      const bool bar = line >= first_picture_line && line <= last_picture_line;
+      for (int side : {1, 0}) shown.push_back(vic2_side_border_colour(model, vic2_frame(&m->vic), line, side));
+      wanted.insert(wanted.end(), {bar ? left[i] : 6, bar ? right[i] : 6});
+    }
+    EXPECT_EQ(shown, wanted);
+    // The writes behind it, in order: left of 51, then per line its right colour and the next
+    // line's left colour, the border colour last; none in the frame outside lines 50..250.
+    std::vector<int> expected, written;
+    for (int i = 0; i < picture_lines; ++i) expected.insert(expected.end(), {left[i], right[i]});
+    expected.push_back(6);
+    for (const C64BorderWrite &w : m->last_border_writes) {
+      EXPECT_TRUE(w.line >= first_picture_line - 1 && w.line <= last_picture_line) << w.line << ":" << int(w.cycle);
+      written.push_back(w.value);
+    }
+    EXPECT_EQ(written, expected);
   }
-  picture_data.charset = 1;  // lower case
-  EXPECT_EQ(build(petscii)[at(0x0988)], 0x17);
 }
 
 TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
-  picture_data.format = mc.format;
+  picture_data.format = kMc.format;
   const PictureData before = picture_data;
   options_reencode_graphics = 1;
-  const Bytes prg = build(mc);
+  const Bytes prg = build(kMc);
   EXPECT_EQ(std::memcmp(&before, &picture_data, sizeof(PictureData)), 0);
   PictureData expected{};
   reencode_process_picture_mc(&picture_data, &expected);
   ASSERT_NE(std::memcmp(expected.screen, picture_data.screen, 1000), 0);  // it does change this picture
-  ASSERT_EQ(prg.size(), mc.length);
+  ASSERT_EQ(prg.size(), kMc.length);
   const auto *graphics = reinterpret_cast<const unsigned char *>(&expected);  // bitmap, screen, colour
   EXPECT_EQ(Bytes(prg.begin() + at(0x2000), prg.end() - 1), Bytes(graphics, graphics + 10000));
 }
@@ -91,22 +143,21 @@ TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
 // colour where it has no bars: first with no bars at all, then with Extended bars on lines
 // 100..104 left and 245..264 right, and Compact colours on 40..60 left and 250..260 right.
 TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
-  struct Expect {
+  // Input mode, table; its entries first..last in `colour`.
+  const struct {
     int mode, table, first, last, colour;
-  };  // table entries first..last in `colour`
-  const Expect expects[] = {
+  } expects[] = {
       {1, at(0x0B01), 49, 53, 7}, {1, at(0x0C01), 194, 199, 3}, {0, at(0x0B01), 0, 9, 2}, {0, at(0x0C01), 199, 199, 4}};
   for (bool bars : {false, true}) {
     if (bars) {
-      gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 100, 1, 5, 2, 7,
-                                        -1);  // line, height, colour
+      gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 100, 1, 5, 2, 7, -1);
       gtk_list_store_insert_with_values(model_rasters_right, nullptr, -1, 0, 245, 1, 20, 2, 3, -1);
       for (int line = 40; line <= 60; ++line) colors_left[line] = 2;
       for (int line = 250; line <= 260; ++line) colors_right[line] = 4;
     }
-    for (const Expect &e : expects) {
+    for (const auto &e : expects) {
       interface_extended = e.mode;
-      const Bytes prg = build(petscii);
+      const Bytes prg = build(kPetscii);
       for (int i = 0; i < picture_lines; ++i)
         ASSERT_EQ(prg[e.table + i], bars && i >= e.first && i <= e.last ? e.colour : 6)
             << bars << e.mode << e.table << " " << i;
@@ -114,17 +165,23 @@ TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
   }
 }
 
-// A failed write and a missing cruncher are errors; the cruncher's arguments; its exit
-// status decides whether success is reported.
+// A failed write and a missing cruncher are errors; the cruncher gets the export's name as
+// one argument whatever it holds (quotes, spaces, words that look like its own options), and
+// its exit status decides whether success is reported.
 TEST_F(PrgExport, CruncherAndFailures) {
   EXPECT_EQ(export_hires_to_executable(dir.file("missing/out.prg").c_str()), 0);
   EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("missing/out.prg")))
       << status_text();
   EXPECT_EQ(close_error_boxes(), 1);
-  const std::string prg = dir.file("my pic.prg");
-  EXPECT_EQ(export_run_cruncher(prg.c_str()), 1);
+  controls_update_main_statusbar("");
+  for (const char *name : {"plain.prg", "two words.prg", "a \"quoted\" name.prg", "it's.prg", "x\" -o \"elsewhere.prg",
+                           "back\\slash $HOME.prg"}) {
+    const std::string prg = dir.file(name);
+    EXPECT_EQ(export_run_cruncher(prg.c_str()), 1) << name;
+    EXPECT_EQ(read_text(cruncher.file("args")), "sfx\n2061\n" + prg + "\n-o\n" + prg + "\n-n\n");
+  }
   EXPECT_EQ(status_text(), " Info: Successfully exported to executable PRG");
-  EXPECT_EQ(read_text(cruncher.file("args")), "sfx\n2061\n" + prg + "\n-o\n" + prg + "\n-n\n");
+  const std::string prg = dir.file("my pic.prg");
   controls_update_main_statusbar("before");
   write_text(cruncher.file("status"), "3");
   EXPECT_EQ(export_run_cruncher(prg.c_str()), 0);
@@ -137,39 +194,34 @@ TEST_F(PrgExport, CruncherAndFailures) {
 
 // The menu command: the suggested name, the ".prg" rule and the kind by format (0: none).
 TEST_F(PrgExport, MenuCommand) {
-  struct Row {
-    const char *project;
-    unsigned format;
-    const char *typed, *suggested, *written;
-    off_t length;
-  };
-  const Row rows[] = {{nullptr, 6, "out", "pic.prg", "out.prg", off_t(mc.length)},
-                      {"/pics/demo.ini", 2, "OUT.PRG", "demo.prg", "OUT.PRG", off_t(hires.length)},
-                      {nullptr, 1, "x.Prg", "pic.prg", "x.Prg.prg", off_t(petscii.length)},
-                      {nullptr, 0, "none", "pic.prg", "none.prg", 0}};
-  for (const Row &row : rows) {
-    set_file_names(row.project, "/pics/pic.koa");
-    picture_data.format = row.format;
-    std::string suggested;
-    answer_save_chooser(dir.path(), row.typed, &suggested);
+  for (auto [project, format, typed, suggested, written, length] :
+       {std::tuple<const char *, unsigned, const char *, const char *, const char *, off_t>{
+            nullptr, 6, "out", "pic.prg", "out.prg", kMc.length},
+        {"/pics/demo.ini", 2, "OUT.PRG", "demo.prg", "OUT.PRG", kHires.length},
+        {nullptr, 1, "x.Prg", "pic.prg", "x.Prg.prg", kPetscii.length},
+        {nullptr, 0, "none", "pic.prg", "none.prg", 0}}) {
+    set_file_names(project, "/pics/pic.koa");
+    picture_data.format = format;
+    std::string offered;
+    answer_save_chooser(dir.path(), typed, &offered);
     on_menuitem_export_activate(nullptr, nullptr);
-    EXPECT_EQ(suggested, row.suggested);
+    EXPECT_EQ(offered, suggested);
     GStatBuf file{};
-    EXPECT_EQ(g_stat(dir.file(row.written).c_str(), &file) == 0 ? file.st_size : 0, row.length) << row.typed;
+    EXPECT_EQ(g_stat(dir.file(written).c_str(), &file) == 0 ? file.st_size : 0, length) << typed;
   }
 }
 
 using PngExport = ExportTest;
 
+// A plain picture of colour 2, and in Compact mode bars of colour 5 (left) and 7 (right) on
+// lines 51..60, exported at zoom 3 under the project's name.
 TEST_F(PngExport, ScreenshotThroughTheMenu) {
-  // A plain picture of colour 2, and in Compact mode bars of colour 5 (left) and 7 (right) on lines 51..60.
   if (pixbuf_picture) g_object_unref(pixbuf_picture);
   pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
   gdk_pixbuf_fill(pixbuf_picture, rgb_of(2) << 8 | 0xFF);
   interface_extended = 0;
   for (int line = 51; line <= 60; ++line) colors_left[line] = 5, colors_right[line] = 7;
   options_expansion = 3;
-  // The name rules are shared with the executable export: here the project's name is offered.
   set_file_names("/pics/demo.ini", "/pics/logo.kla");
   std::string suggested;
   answer_save_chooser(dir.path(), "shot", &suggested);
