@@ -2,6 +2,7 @@
 // each machine, shows its frames at the editor's zoom, counts lines against the editor's bars,
 // keeps real time only while it can be seen, and lets go of the machine when closed.
 #include <cstring>
+#include <map>
 
 #include "c64.h"
 #include "file_commands.h"
@@ -9,24 +10,13 @@
 
 namespace {
 
-constexpr int kPaper = 0x10;  // white ink on black paper in every cell
 constexpr int kBorder = 6;
-
-// Both shots have the same size and the same pixels.
-bool same_pixels(GdkPixbuf *a, GdkPixbuf *b) {
-  const int width = gdk_pixbuf_get_width(a), height = gdk_pixbuf_get_height(a);
-  if (width != gdk_pixbuf_get_width(b) || height != gdk_pixbuf_get_height(b)) return false;
-  for (int y = 0; y < height; y++)
-    for (int x = 0; x < width; x++)
-      if (pixel_at(a, x, y) != pixel_at(b, x, y)) return false;
-  return true;
-}
 
 class Preview : public ExportTest {
  protected:
   void SetUp() override {
     ExportTest::SetUp();
-    write_file(dir.file("pic.art"), art_studio_picture(kPaper, kBorder));
+    write_file(dir.file("pic.art"), art_studio_picture(0x10, kBorder));  // white ink on black paper
     ASSERT_EQ(open_picture(dir.file("pic.art").c_str(), 1), 1);
     // Compact mode bars: a different colour on every line of the left border, one bar right.
     activate("menuitem_interface_compact");
@@ -38,15 +28,21 @@ class Preview : public ExportTest {
   }
   static GtkWidget *widget(const char *name) { return lookup_widget(window_preview, name); }
   static std::string status() { return gtk_label_get_text(GTK_LABEL(widget("label_preview_status"))); }
-  // The colour shown at frame pixel x of raster line `line` of that machine.
-  static unsigned shown(Vic2Model model, int x, int line) {
-    pump_events();
+  // What the preview shows: its width, then every pixel row by row.
+  static std::vector<unsigned> screen() {
     GdkPixbuf *grab = grab_widget(widget("drawingarea_preview"));
+    const int width = gdk_pixbuf_get_width(grab), height = gdk_pixbuf_get_height(grab);
+    std::vector<unsigned> pixels = {unsigned(width)};
+    for (int y = 0; y < height; y++)
+      for (int x = 0; x < width; x++) pixels.push_back(pixel_at(grab, x, y));
+    g_object_unref(grab);
+    return pixels;
+  }
+  // The colour shown at frame pixel x of raster line `line` of that machine.
+  static unsigned shown(const std::vector<unsigned> &screen, Vic2Model model, int x, int line) {
     const int z = options_expansion;
     const Vic2ModelInfo &m = vic2_models[model];
-    const unsigned rgb = pixel_at(grab, (x - m.first_x) * z + z / 2, (line - m.first_line) * z + z / 2);
-    g_object_unref(grab);
-    return rgb;
+    return screen[1 + ((line - m.first_line) * z + z / 2) * screen[0] + (x - m.first_x) * z + z / 2];
   }
 };
 
@@ -60,43 +56,29 @@ TEST_F(Preview, RunsTheExportOnEachMachine) {
   activate("menuitem_tools_preview");
   ASSERT_NE(window_preview, nullptr);
   EXPECT_FALSE(gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(widget("checkbutton_preview_crunched"))));
-  const struct {
-    int active;
-    Vic2Model model;
-    const char *name;
-    bool crunched;
-  } runs[] = {{0, VIC2_PAL_6569, "PAL 6569", false},
-              {0, VIC2_PAL_6569, "PAL 6569", true},
-              {1, VIC2_NTSC_6567R8, "NTSC 6567R8", true},
-              {1, VIC2_NTSC_6567R8, "NTSC 6567R8", false},
-              {2, VIC2_PALN_6572, "PAL-N 6572", false}};
-  GdkPixbuf *plain[3] = {};  // each machine's uncrunched screen
-  GdkPixbuf *packed[3] = {};
-  for (const auto &run : runs) {
-    SCOPED_TRACE(std::string(run.name) + (run.crunched ? " crunched" : ""));
-    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget("checkbutton_preview_crunched")), run.crunched);
-    gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), run.active);
-    const int frame = run.crunched ? preview_crunched_fast_forward_frames : preview_fast_forward_frames;
+  std::map<std::pair<int, bool>, std::vector<unsigned>> screens;  // by machine and crunching
+  for (auto [active, model, name, crunched] : {std::tuple{0, VIC2_PAL_6569, "PAL 6569", false},
+                                               {0, VIC2_PAL_6569, "PAL 6569", true},
+                                               {1, VIC2_NTSC_6567R8, "NTSC 6567R8", true},
+                                               {1, VIC2_NTSC_6567R8, "NTSC 6567R8", false},
+                                               {2, VIC2_PALN_6572, "PAL-N 6572", false}}) {
+    SCOPED_TRACE(std::string(name) + (crunched ? " crunched" : ""));
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(widget("checkbutton_preview_crunched")), crunched);
+    gtk_combo_box_set_active(GTK_COMBO_BOX(widget("combobox_preview_machine")), active);
+    const int frame = crunched ? preview_crunched_fast_forward_frames : preview_fast_forward_frames;
     // Before the timer's first tick.
-    EXPECT_EQ(status(), std::string(run.name) + ", frame " + std::to_string(frame) + ": Bars match the editor");
-    EXPECT_EQ(shown(run.model, 100, 60), rgb_of(60 % 16));  // left border
-    EXPECT_EQ(shown(run.model, 470, 110), rgb_of(7));       // right border bar
-    EXPECT_EQ(shown(run.model, 470, 130), rgb_of(kBorder));
-    EXPECT_EQ(shown(run.model, 200, 60), rgb_of(0));  // the picture's black paper
-    (run.crunched ? packed : plain)[run.active] = grab_widget(widget("drawingarea_preview"));
+    EXPECT_EQ(status(), std::string(name) + ", frame " + std::to_string(frame) + ": Bars match the editor");
+    const std::vector<unsigned> &s = screens[{active, crunched}] = screen();
+    EXPECT_EQ(shown(s, model, 100, 60), rgb_of(60 % 16));  // left border
+    EXPECT_EQ(shown(s, model, 470, 110), rgb_of(7));       // right border bar
+    EXPECT_EQ(shown(s, model, 470, 130), rgb_of(kBorder));
+    EXPECT_EQ(shown(s, model, 200, 60), rgb_of(0));  // the picture's black paper
   }
-  for (int active : {0, 1}) {
-    ASSERT_TRUE(plain[active] && packed[active]);
-    EXPECT_TRUE(same_pixels(plain[active], packed[active])) << active;
-  }
-  for (GdkPixbuf *shot : plain)
-    if (shot) g_object_unref(shot);
-  for (GdkPixbuf *shot : packed)
-    if (shot) g_object_unref(shot);
+  for (int active : {0, 1}) EXPECT_TRUE((screens[{active, false}] == screens[{active, true}])) << active;
   colors_right[130] = 2;
   gtk_button_clicked(GTK_BUTTON(widget("button_preview_restart")));
   EXPECT_EQ(status(), "PAL-N 6572, frame 60: Bars match the editor");
-  EXPECT_EQ(shown(VIC2_PALN_6572, 470, 130), rgb_of(2));
+  EXPECT_EQ(shown(screen(), VIC2_PALN_6572, 470, 130), rgb_of(2));
 
   gtk_widget_destroy(window_preview);
   picture_loaded = 0;
@@ -132,19 +114,20 @@ TEST_F(Preview, RunsInRealTimeOnlyWhileShown) {
 TEST(PreviewCount, CountsLinesThatDiffer) {
   const Vic2ModelInfo *model = &vic2_models[VIC2_PAL_6569];
   const int width = model->cycles_per_line * 8;
-  std::vector<uint8_t> frame(static_cast<size_t>(width) * model->lines, 3);
+  const std::vector<uint8_t> frame(static_cast<size_t>(width) * model->lines, 3);
   uint8_t left[200], right[200];
   std::memset(left, 3, sizeof left);
   std::memset(right, 3, sizeof right);
-  const struct {
-    int line, x, differing;
-  } rows[] = {{51, model->first_x, 1},      {250, model->last_x, 1}, {100, 135, 1}, {100, 456, 1},
-              {100, model->first_x - 1, 0}, {100, 136, 0},           {50, 100, 0}};
-  for (const auto &row : rows) {
+  for (auto [line, x, differing] : {std::tuple{51, model->first_x, 1},
+                                    {250, model->last_x, 1},
+                                    {100, 135, 1},
+                                    {100, 456, 1},
+                                    {100, model->first_x - 1, 0},
+                                    {100, 136, 0},
+                                    {50, 100, 0}}) {
     std::vector<uint8_t> changed = frame;
-    changed[row.line * width + row.x] = 9;
-    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left, right), row.differing)
-        << row.line << "," << row.x;
+    changed[line * width + x] = 9;
+    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left, right), differing) << line << "," << x;
   }
   right[0] = 4;
   EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left, right), 1);
