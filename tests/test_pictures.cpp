@@ -1,19 +1,20 @@
 // Pictures: the four palettes and their lookups, the rendering of multicolour and hires
-// cells, the character sets against the character ROM, and picture files (recognition, the
-// record they fill, their errors and the real sample pictures). Colours are Pepto's.
+// cells, the character sets against the character ROM, picture files (recognition, the
+// record they fill, their errors and the real sample pictures) and the multicolour
+// re-encoding. Colours are Pepto's.
 #include <array>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <string>
-#include <vector>
+#include <random>
 
 #include "c64pixbufs.h"
 #include "hiresdecoder.h"
 #include "options.h"
 #include "palette.h"
 #include "pixbufs.h"
+#include "reencode.h"
 #include "testutil.h"
 
 namespace {
@@ -110,27 +111,34 @@ class Decoder : public ::testing::Test {
     g_clear_object(&image);
     g_clear_error(&error);
   }
-  std::string file(const std::vector<unsigned char> &bytes) {
-    write_file(dir.file("pic.prg"), bytes);
-    return dir.file("pic.prg");
-  }
   int decode(const std::string &path, unsigned int format, PictureData *into) {
     TearDown();
     return hiresdecoder_decode_hires_screen_file(path.c_str(), format, &image, into, &error);
   }
-  // Decoding must fail with exactly `message` and leave the record untouched.
-  void expect_failure(const std::vector<unsigned char> &bytes, unsigned int format, const char *message) {
-    const PictureData before = record;
-    EXPECT_EQ(decode(file(bytes), format, &record), 0);
-    ASSERT_TRUE(g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_FAILED));
-    EXPECT_STREQ(error->message, message);
-    EXPECT_EQ(memcmp(&record, &before, sizeof record), 0);
+  // Decodes `bytes` written to a file.
+  int decode(const std::vector<unsigned char> &bytes, unsigned int format, PictureData *into) {
+    write_file(dir.file("pic.prg"), bytes);
+    return decode(dir.file("pic.prg"), format, into);
   }
   TempDir dir;
   PictureData record = sentinel_record();
   GdkPixbuf *image = nullptr;
   GError *error = nullptr;
 };
+
+// Re-encodes `in`, checking that it stays as it was and that the result shows the same image.
+PictureData reencoded(const PictureData &in) {
+  const PictureData before = in;
+  PictureData out{};
+  reencode_process_picture_mc(&in, &out);
+  EXPECT_EQ(std::memcmp(&before, &in, sizeof in), 0);
+  GdkPixbuf *a = pixbufs_new_from_hires_opaque(in.bitmap, in.screen, in.color, in.background, 40, 25);
+  GdkPixbuf *b = pixbufs_new_from_hires_opaque(out.bitmap, out.screen, out.color, out.background, 40, 25);
+  EXPECT_EQ(std::memcmp(gdk_pixbuf_get_pixels(a), gdk_pixbuf_get_pixels(b), gdk_pixbuf_get_rowstride(a) * 200), 0);
+  g_object_unref(a);
+  g_object_unref(b);
+  return out;
+}
 
 }  // namespace
 
@@ -158,20 +166,17 @@ TEST(Palette, TablesAndLookupsHoldTheListedColours) {
   options_palette = 0;
 }
 
-// Pairs 00 / 01 / 10 / 11 show background / screen high / screen low / colour low nibble,
-// two pixels wide; cell 4 holds one pair of each.
-TEST(Renderer, MulticolourCellsPickTheirFourColours) {
+// Multicolour pairs 00 / 01 / 10 / 11 show background / screen high / screen low / colour low
+// nibble, two pixels wide (cell 4 holds one pair of each). Without colour memory set bits show
+// the screen high nibble, clear bits the low one: one white pixel in cell 3.
+TEST(Renderer, CellsPickTheirColours) {
   const unsigned char fill[] = {0x00, 0x55, 0xAA, 0xFF, 0x1B};
   std::vector<unsigned char> bitmap(5 * 8), screen(5, 0x2E), color(5, 0xF5);
   for (size_t i = 0; i < bitmap.size(); i++) bitmap[i] = fill[i / 8];
   const unsigned int colours[] = {yellow, red, light_blue, green};
   expect_image(pixbufs_new_from_hires_opaque(bitmap.data(), screen.data(), color.data(), 0x17, 5, 1), 40, 8,
                [&](int x, int) { return colours[fill[x / 8] >> (6 - x % 8 / 2 * 2) & 3]; });
-}
-
-// Set bits show the screen high nibble, clear bits the low one: one white pixel in cell 3.
-TEST(Renderer, HiresCellsUseScreenNibbles) {
-  std::vector<unsigned char> bitmap(4 * 8, 0x00), screen(4, 0x00);
+  std::fill(bitmap.begin(), bitmap.end(), 0x00), std::fill(screen.begin(), screen.end(), 0x00);
   screen[3] = 0x10;
   bitmap[3 * 8 + 2] = 0x80;
   expect_image(pixbufs_new_from_hires_opaque(bitmap.data(), screen.data(), nullptr, 5, 2, 2), 16, 16,
@@ -206,7 +211,7 @@ TEST_F(Decoder, RecognisesEachFormatAndFillsItsFields) {
     SCOPED_TRACE("format " + std::to_string(f.format) + " size " + std::to_string(f.size));
     const std::vector<unsigned char> bytes = make_picture(f);
     record = sentinel_record();
-    ASSERT_EQ(decode(file(bytes), 0, &record), 1) << (error ? error->message : "");
+    ASSERT_EQ(decode(bytes, 0, &record), 1) << (error ? error->message : "");
     EXPECT_EQ(record.format, f.format);
     for (auto [field, n, at] :
          {std::tuple{record.bitmap, 8000, f.bitmap}, {record.screen, 1000, f.screen}, {record.color, 1000, f.color}})
@@ -223,13 +228,21 @@ TEST_F(Decoder, RecognisesEachFormatAndFillsItsFields) {
   }
 }
 
+// Each failure has its own message and leaves the record untouched.
 TEST_F(Decoder, RejectsUnknownAndMismatchedFiles) {
-  expect_failure({}, 0, "Unknown picture format");
-  expect_failure({0x00}, 0, "Unknown picture format");
-  expect_failure(header(0x6000, 10242), 0, "Unknown picture format");  // 10242 bytes at neither $4000 nor $A000
-  expect_failure(header(0x5C00, 9000), 5, "Wrong file size\nExpected: 9218\nActual: 9000");
-  expect_failure(header(0x5800, 10003), 7, "Wrong load address\nExpected: $6000\nActual: $5800");
-  expect_failure(header(0xA000, 10242), 8, "Wrong load address\nExpected: $4000\nActual: $A000");
+  const PictureData sentinel = record;
+  for (auto [bytes, format, message] :
+       {std::tuple<std::vector<unsigned char>, unsigned, const char *>{{}, 0, "Unknown picture format"},
+        {{0x00}, 0, "Unknown picture format"},
+        {header(0x6000, 10242), 0, "Unknown picture format"},  // 10242 bytes at neither $4000 nor $A000
+        {header(0x5C00, 9000), 5, "Wrong file size\nExpected: 9218\nActual: 9000"},
+        {header(0x5800, 10003), 7, "Wrong load address\nExpected: $6000\nActual: $5800"},
+        {header(0xA000, 10242), 8, "Wrong load address\nExpected: $4000\nActual: $A000"}}) {
+    EXPECT_EQ(decode(bytes, format, &record), 0);
+    ASSERT_TRUE(g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_FAILED));
+    EXPECT_STREQ(error->message, message);
+    EXPECT_EQ(memcmp(&record, &sentinel, sizeof record), 0);
+  }
   // An unreadable file reports GLib's own error.
   EXPECT_EQ(decode(dir.file("missing.kla"), 0, &record), 0);
   EXPECT_TRUE(g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT));
@@ -239,14 +252,14 @@ TEST_F(Decoder, RejectsUnknownAndMismatchedFiles) {
 // a preview (no record) writes no record at all.
 TEST_F(Decoder, HiresKeepsMulticolourFieldsAndPreviewsWriteNothing) {
   const std::vector<unsigned char> koala = make_picture(formats[6]);
-  ASSERT_EQ(decode(file(koala), 0, &record), 1);
-  ASSERT_EQ(decode(file(make_picture(formats[1])), 0, &record), 1);
+  ASSERT_EQ(decode(koala, 0, &record), 1);
+  ASSERT_EQ(decode(make_picture(formats[1]), 0, &record), 1);
   EXPECT_EQ(record.format, 2u);
   EXPECT_EQ(record.background, 0x07);
   EXPECT_EQ(memcmp(record.color, koala.data() + 9002, 1000), 0);
   picture_data = sentinel_record();
   const PictureData before = picture_data;
-  ASSERT_EQ(decode(file(koala), 0, nullptr), 1);
+  ASSERT_EQ(decode(koala, 0, nullptr), 1);
   EXPECT_EQ(memcmp(&picture_data, &before, sizeof before), 0);
 }
 
@@ -257,7 +270,7 @@ TEST_F(Decoder, PetsciiCharsetByteSelectsTheCase) {
     bytes[4] = charset;
     bytes[5] = bytes[1005] = 1;
     c64pixbuf_set_case(charset == 0 ? 0 : 1);  // start from the other case
-    ASSERT_EQ(decode(file(bytes), 0, &record), 1);
+    ASSERT_EQ(decode(bytes, 0, &record), 1);
     unsigned int bits = 0;
     for (int x = 0; x < 8; x++) bits |= pixel_at(image, x, 2) == white ? 0x80 >> x : 0;
     EXPECT_EQ(bits, charset == 0 ? 0x66u : 0x3Cu) << int(charset);
@@ -282,4 +295,46 @@ TEST_F(Decoder, RealPicturesDecodeWithTheirFormat) {
     decoded++;
   }
   EXPECT_GT(decoded, 0);
+}
+
+TEST(Reencode, RandomAndRealPicturesLookTheSame) {
+  PictureData in{};
+  std::mt19937 random(1234);
+  for (auto &byte : in.bitmap) byte = static_cast<unsigned char>(random());
+  for (int i = 0; i < 1000; ++i) in.screen[i] = random(), in.color[i] = random();  // colour high nibbles are junk
+  in.background = 5;
+  reencoded(in);
+  const std::string path = shared_data("pictures/koala-1.kla");
+  SKIP_WITHOUT_SHARED(path);
+  GdkPixbuf *image = nullptr;
+  ASSERT_EQ(hiresdecoder_decode_hires_screen_file(path.c_str(), 0, &image, &in, nullptr), 1);
+  g_object_unref(image);
+  reencoded(in);
+}
+
+// The first cell puts its colours in ascending order whatever sources held them and fills
+// unused slots with 13; later cells keep colours in the slots they had.
+TEST(Reencode, ColourOrderEmptySlotsAndSlotHistory) {
+  // Per cell: screen high and low nibble, colour (0 is the background), first pixel row;
+  // then the screen and colour bytes wanted for cells 0 and 1.
+  const struct {
+    int cells[2][4];
+    unsigned char want[4];
+  } cases[] = {
+      {{{12, 3, 7, 0x1B}, {7, 12, 3, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},  // pairs 00 01 10 11, shuffled sources
+      {{{3, 7, 12, 0x1B}, {12, 3, 7, 0x1B}}, {0x37, 0x0C, 0x37, 0x0C}},
+      {{{0, 0, 0, 0x00}, {0, 0, 0, 0x00}}, {0xDD, 0x0D, 0xDD, 0x0D}},  // background only
+      {{{0, 2, 0, 0x20}, {0, 0, 0, 0x00}}, {0x2D, 0x0D, 0x2D, 0x0D}},  // a single colour 2
+      {{{9, 6, 4, 0x6C}, {9, 8, 0, 0x60}}, {0x46, 0x09, 0x68, 0x09}},  // 8 takes the slot of the unused 6
+      {{{5, 9, 2, 0x6C}, {5, 9, 0, 0x90}}, {0x25, 0x09, 0x25, 0x09}},  // 9 and 5 stay where they are
+  };
+  for (const auto &c : cases) {
+    PictureData in{};
+    for (int i = 0; i < 2; i++) {
+      const auto &[high, low, colour, first_row] = c.cells[i];
+      in.screen[i] = high << 4 | low, in.color[i] = colour, in.bitmap[8 * i] = first_row;
+    }
+    const PictureData out = reencoded(in);
+    EXPECT_EQ((std::vector{out.screen[0], out.color[0], out.screen[1], out.color[1]}), std::vector(c.want, c.want + 4));
+  }
 }

@@ -1,17 +1,400 @@
-// The editor as a user meets it: the built program driven through the X server, checked by
-// what the server shows and by the files it writes.
-#include <gdk-pixbuf/gdk-pixbuf.h>
+// The editor as a user meets it: the built program started on a private X server (Xvfb) with a
+// window manager (openbox) and its own home, driven only through the server's input (xdotool),
+// checked by what the server shows and by the files it writes. Every wait polls a condition
+// with a time limit; every process dies with its owner.
 #include <glib/gstdio.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
+#include <csignal>
+#include <fstream>
+#include <map>
 #include <optional>
 
 #include "c64.h"
 #include "geometry.h"
-#include "harness.h"
 #include "palette.h"
+#include "testutil.h"
+
+// X's headers come last: their macros would clash with the test framework's and the toolkit's.
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
 
 namespace {
+
+constexpr int kDisplayWidth = 1920, kDisplayHeight = 1440;
+
+// Polls `done` every 5 ms until it holds or `seconds` have passed. The limits are generous: a
+// busy machine can be slow to draw, and only a failure waits them out.
+constexpr double kWait = 20.0;
+bool wait_for(const std::function<bool()> &done, double seconds = kWait) {
+  for (const gint64 until = g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6); !done(); g_usleep(5000))
+    if (g_get_monotonic_time() > until) return false;
+  return true;
+}
+
+// A process with the given environment, killed when dropped or when the test program dies;
+// with `out` set, its standard output is readable there.
+class Child {
+ public:
+  Child(const std::vector<std::string> &argv, const std::vector<std::string> &env, int *out = nullptr) {
+    auto c_strings = [](const std::vector<std::string> &strings) {
+      std::vector<char *> c;
+      for (const std::string &s : strings) c.push_back(const_cast<char *>(s.c_str()));
+      c.push_back(nullptr);
+      return c;
+    };
+    std::vector<char *> args = c_strings(argv), envp = c_strings(env);
+    const GSpawnFlags flags = GSpawnFlags(G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL |
+                                          (out ? 0 : G_SPAWN_STDOUT_TO_DEV_NULL));
+    auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
+    GError *error = nullptr;
+    if (!g_spawn_async_with_pipes(nullptr, args.data(), envp.data(), flags, die_with_parent, nullptr, &pid, nullptr,
+                                  out, nullptr, &error)) {
+      ADD_FAILURE() << "cannot start " << argv[0] << ": " << error->message;
+      g_error_free(error);
+      pid = -1;
+    }
+  }
+  ~Child() {
+    for (int signal : {SIGTERM, SIGKILL})
+      if (pid > 0 && kill(pid, signal) == 0) wait_exit(2.0);
+  }
+  // Its exit status, or -1 when it did not end in time.
+  int wait_exit(double seconds) {
+    wait_for(
+        [&] {
+          int status = 0;
+          if (pid <= 0 || waitpid(pid, &status, WNOHANG) != pid) return pid <= 0;
+          status_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1, pid = -1;
+          return true;
+        },
+        seconds);
+    return pid > 0 ? -1 : status_;
+  }
+  GPid pid = -1;
+
+ private:
+  int status_ = -1;
+};
+
+Display *xdisplay = nullptr;  // the session's connection, once it is open
+Window root() { return DefaultRootWindow(xdisplay); }
+
+// A window property as longs (32-bit formats), or into `text` (8-bit formats).
+std::vector<unsigned long> property(Window w, const char *name, Atom type, std::string *text = nullptr) {
+  Atom actual = None;
+  int format = 0;
+  unsigned long count = 0, after = 0;
+  unsigned char *data = nullptr;
+  std::vector<unsigned long> values;
+  if (XGetWindowProperty(xdisplay, w, XInternAtom(xdisplay, name, False), 0, 65536, False, type, &actual, &format,
+                         &count, &after, &data) != Success ||
+      !data)
+    return values;
+  if (format == 32)
+    values.assign(reinterpret_cast<unsigned long *>(data), reinterpret_cast<unsigned long *>(data) + count);
+  if (format == 8 && text) text->assign(reinterpret_cast<char *>(data), count);
+  XFree(data);
+  return values;
+}
+
+// The private X server and window manager, started once; this program's toolkit uses it too.
+struct Session {
+  TempDir home;
+  std::string name;
+  std::unique_ptr<Child> server, manager;
+
+  // The environment of a process that runs on this server with `home` as its home: PATH,
+  // and in a sanitizer build the sanitizers' settings (scripts/check turns leak reports off:
+  // the toolkit keeps allocations to the end).
+  std::vector<std::string> environment(const std::string &home) const {
+    std::vector<std::string> env = {"HOME=" + home,
+                                    "XDG_CONFIG_HOME=" + home + "/.config",
+                                    "XDG_DATA_HOME=" + home + "/.local/share",
+                                    "XDG_CACHE_HOME=" + home + "/.cache",
+                                    "DISPLAY=" + name,
+                                    "NO_AT_BRIDGE=1",
+                                    "LANG=C.UTF-8",
+                                    "LC_ALL=C.UTF-8"};
+    for (const char *variable : {"PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS"})
+      if (const char *value = g_getenv(variable)) env.push_back(std::string(variable) + "=" + value);
+    return env;
+  }
+
+  Session() {
+    int out = -1;
+    const std::string size = std::to_string(kDisplayWidth) + "x" + std::to_string(kDisplayHeight) + "x24";
+    server = std::make_unique<Child>(
+        std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset"},
+        environment(home.path()), &out);
+    // The server writes its display number once it accepts connections.
+    std::string number;
+    pollfd fd{out, POLLIN, 0};
+    char buffer[32];
+    ssize_t n = 0;
+    while (number.find('\n') == std::string::npos && poll(&fd, 1, 10000) > 0 && (n = read(out, buffer, 32)) > 0)
+      number.append(buffer, n);
+    if (out >= 0) close(out);
+    name = ":" + number.substr(0, number.find('\n'));
+    if (number.find('\n') == std::string::npos || !(xdisplay = XOpenDisplay(name.c_str()))) {
+      ADD_FAILURE() << "no X server: " << name;
+      return;
+    }
+    manager = std::make_unique<Child>(std::vector<std::string>{"openbox", "--sm-disable"}, environment(home.path()));
+    if (!wait_for([&] { return !property(root(), "_NET_SUPPORTING_WM_CHECK", XA_WINDOW).empty(); }))
+      ADD_FAILURE() << "the window manager did not start";
+    for (const std::string &variable : environment(home.path())) putenv(g_strdup(variable.c_str()));
+    if (!gtk_init_check(nullptr, nullptr)) ADD_FAILURE() << "no toolkit on " << name;
+    // The toolkit's handler would end the program on an X error on this connection (a window
+    // that went away while looked at); those are left to the caller.
+    static XErrorHandler toolkit_handler = XSetErrorHandler([](Display *display, XErrorEvent *event) {
+      return display == xdisplay || !toolkit_handler ? 0 : toolkit_handler(display, event);
+    });
+  }
+  ~Session() {
+    if (xdisplay) XCloseDisplay(xdisplay);
+  }
+};
+
+Session &session() {
+  static Session s;
+  return s;
+}
+
+// Runs an X tool on the session's server and waits for it; true when it ended with 0.
+bool run_tool(const std::vector<std::string> &argv) {
+  return Child(argv, session().environment(g_get_home_dir())).wait_exit(kWait) == 0;
+}
+
+// Real input through the X server, to the window that has the focus: xdotool key names one
+// after the other ("ctrl+q F3 shift+Down"), text typed, a click.
+void press_keys(const std::string &keys) {
+  std::vector<std::string> argv = {"xdotool", "key", "--clearmodifiers", "--delay", "30"};
+  g_auto(GStrv) names = g_strsplit(keys.c_str(), " ", -1);
+  argv.insert(argv.end(), names, names + g_strv_length(names));
+  EXPECT_TRUE(run_tool(argv)) << keys;
+}
+void type_text(const std::string &text) {
+  EXPECT_TRUE(run_tool({"xdotool", "type", "--clearmodifiers", "--delay", "8", text})) << text;
+}
+void click_at(int x, int y) {
+  EXPECT_TRUE(run_tool({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"}));
+}
+
+struct Rect {
+  int x = 0, y = 0, width = 0, height = 0;
+};
+
+// An RGB screenshot of a rectangle of the screen, in screen coordinates; pixels 0xRRGGBB, and
+// kOutside for a point outside it.
+struct Shot {
+  Rect area;
+  std::vector<uint32_t> pixels;
+  static constexpr uint32_t kOutside = 0xFF000000;
+  uint32_t at(int x, int y) const {
+    const int dx = x - area.x, dy = y - area.y;
+    if (dx < 0 || dy < 0 || dx >= area.width || dy >= area.height || pixels.empty()) return kOutside;
+    return pixels[static_cast<size_t>(dy) * area.width + dx];
+  }
+};
+
+// Clipped to the screen; a window that has just gone gives an empty shot.
+Shot grab(const Rect &wanted) {
+  const int x0 = std::max(wanted.x, 0), y0 = std::max(wanted.y, 0);
+  Shot shot{{x0, y0, std::max(0, std::min(wanted.x + wanted.width, kDisplayWidth) - x0),
+             std::max(0, std::min(wanted.y + wanted.height, kDisplayHeight) - y0)},
+            {}};
+  const Rect &a = shot.area;
+  XImage *image =
+      a.width && a.height ? XGetImage(xdisplay, root(), a.x, a.y, a.width, a.height, AllPlanes, ZPixmap) : nullptr;
+  if (!image) return shot;
+  for (int y = 0; y < a.height; y++)
+    for (int x = 0; x < a.width; x++) shot.pixels.push_back(XGetPixel(image, x, y) & 0xFFFFFF);
+  XDestroyImage(image);
+  return shot;
+}
+
+// The whole X screen, saved as e2e-shots/<test>-<name>.ppm for a human when something went wrong.
+void save_screen(const std::string &name) {
+  const Shot s = grab({0, 0, kDisplayWidth, kDisplayHeight});
+  g_mkdir_with_parents("e2e-shots", 0700);
+  std::ofstream out("e2e-shots/" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
+                    name + ".ppm");
+  out << "P6\n" << s.area.width << " " << s.area.height << "\n255\n";
+  for (uint32_t p : s.pixels) out << char(p >> 16) << char(p >> 8) << char(p);
+}
+
+std::string title_of(Window w) {
+  std::string title;
+  if (w) property(w, "_NET_WM_NAME", XInternAtom(xdisplay, "UTF8_STRING", False), &title);
+  return title;
+}
+
+// Whether the keyboard focus is in `w` or a window inside it.
+bool has_focus(Window w) {
+  Window focus = 0;
+  int revert = 0;
+  XGetInputFocus(xdisplay, &focus, &revert);
+  for (Window at = focus; focus > PointerRoot && at && at != root();) {
+    if (at == w) return true;
+    Window r = 0, *children = nullptr;
+    unsigned int n = 0;
+    if (!XQueryTree(xdisplay, at, &r, &at, &children, &n)) return false;
+    if (children) XFree(children);
+  }
+  return false;
+}
+
+// Pixels whose brightness is below half: the ink of black text on the toolkit's grey.
+bool dark(uint32_t rgb) { return ((rgb >> 16 & 255) * 3 + (rgb >> 8 & 255) * 6 + (rgb & 255)) < 1280; }
+
+// The ink of a shot, cropped to its bounding box.
+struct Ink {
+  int width = 0, height = 0;
+  std::vector<bool> dots;
+  bool operator==(const Ink &) const = default;
+};
+Ink ink_of(const Shot &s) {
+  const Rect &a = s.area;
+  int x0 = a.x + a.width, y0 = a.y + a.height, x1 = -1, y1 = -1;
+  for (int y = a.y; y < a.y + a.height; y++)
+    for (int x = a.x; x < a.x + a.width; x++)
+      if (dark(s.at(x, y))) x0 = std::min(x0, x), y0 = std::min(y0, y), x1 = std::max(x1, x), y1 = std::max(y1, y);
+  Ink ink;
+  if (x1 < 0) return ink;
+  ink.width = x1 - x0 + 1, ink.height = y1 - y0 + 1;
+  for (int y = y0; y <= y1; y++)
+    for (int x = x0; x <= x1; x++) ink.dots.push_back(dark(s.at(x, y)));
+  return ink;
+}
+
+// `text` as the toolkit draws a label on this server, read back as ink.
+const Ink &reference_ink(const std::string &text) {
+  static std::map<std::string, Ink> cache;
+  if (cache.contains(text)) return cache[text];
+  GtkWidget *popup = gtk_window_new(GTK_WINDOW_POPUP);  // the window manager leaves it alone
+  gtk_window_move(GTK_WINDOW(popup), 0, kDisplayHeight - 40);
+  gtk_container_add(GTK_CONTAINER(popup), gtk_label_new(text.c_str()));
+  gtk_widget_show_all(popup);
+  Ink ink;
+  wait_for([&] {  // read from the screen once the popup is shown and drawn
+    while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
+    if (!gdk_window_is_viewable(popup->window)) return false;
+    gdk_window_process_updates(popup->window, TRUE);
+    gdk_flush();
+    ink = ink_of(grab({0, kDisplayHeight - 40, popup->allocation.width, popup->allocation.height}));
+    return ink.width > 0;
+  });
+  gtk_widget_destroy(popup);
+  while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
+  return cache[text] = ink;
+}
+
+// The built program, started with its own home (HOME and XDG_CONFIG_HOME under `home`).
+class App {
+ public:
+  explicit App(const std::string &home)
+      : child_(std::make_unique<Child>(std::vector<std::string>{QUILLBAR_PROGRAM}, session().environment(home))) {
+    Window shown = 0;
+    wait_for([&] { return (shown = find("")) != 0; });
+    // A window just started may not have the focus yet: it is activated every half second.
+    int looks = 0;
+    if (shown && wait_for([&] {
+          if (++looks % 100 == 0) run_tool({"xdotool", "windowactivate", std::to_string(shown)});
+          return has_focus(shown);
+        }))
+      main_ = shown;
+    if (!main_) ADD_FAILURE() << "the main window did not show with the focus: window " << shown;
+  }
+  bool started() const { return main_ != 0; }
+  std::string title() const { return title_of(main_); }
+  bool wait_title(const std::string &t) const {
+    return wait_for([&] { return title() == t; });
+  }
+  // A window of the program (the main one by default) is shown and has the keyboard focus, or,
+  // with `shown` false, is gone.
+  bool wait_window(const std::string &title = "", bool shown = true) const {
+    return wait_for([&] { return shown ? has_focus(find(title)) : !find(title); });
+  }
+  // The inside of a window (the main one by default), in screen coordinates.
+  Rect client(const std::string &title = "") const {
+    const Window w = title.empty() ? main_ : find(title);
+    XWindowAttributes attributes{};
+    int x = 0, y = 0;
+    Window child = 0;
+    if (!w || !XGetWindowAttributes(xdisplay, w, &attributes) ||
+        !XTranslateCoordinates(xdisplay, w, root(), 0, 0, &x, &y, &child))
+      return {};
+    return {x, y, attributes.width, attributes.height};
+  }
+  Shot shot() const { return grab(client()); }
+
+  // The status bar shows `text` (or, with `whole` false, begins with it), as the toolkit draws
+  // it: the bottom strip inside a dark frame line (found up the left side), less the frame and
+  // the resize grip; looked for every time, as the window may not be drawn yet.
+  bool status_shows(const std::string &text, bool whole = true, double seconds = kWait) const {
+    constexpr int kGrip = 24;
+    const Rect c = client();
+    const Ink &expected = reference_ink(text);
+    return wait_for(
+        [&] {
+          const Shot edge = grab({c.x + 1, c.y, 1, c.height});
+          int top = c.y + c.height - 2;
+          while (top > c.y && dark(edge.at(c.x + 1, top - 1))) top--;
+          const Ink shown = ink_of(grab({c.x + 2, top + 1, c.width - kGrip, c.y + c.height - 3 - top}));
+          if (whole || shown.width < expected.width) return shown == expected;
+          // A beginning: the expected ink at the left end of the shown ink, at some height.
+          for (int top = 0; top + expected.height <= shown.height; top++) {
+            bool same = true;
+            for (int y = 0; y < expected.height && same; y++)
+              for (int x = 0; x < expected.width && same; x++)
+                same = shown.dots[(top + y) * shown.width + x] == expected.dots[y * expected.width + x];
+            if (same) return true;
+          }
+          return false;
+        },
+        seconds);
+  }
+  // Waits for an error box, closes it with its OK key, then waits for the status bar's text.
+  bool error_box(const std::string &status, bool whole = true) const {
+    if (!wait_window("Error")) return false;
+    press_keys("Return");
+    return wait_window("Error", false) && status_shows(status, whole);
+  }
+  // Through the menu key and the confirmation; true when the program ended with 0.
+  bool quit() {
+    if (!wait_window()) return false;
+    press_keys("ctrl+q");
+    if (!wait_window("Confirmation request")) return false;
+    press_keys("alt+y");
+    main_ = 0;
+    return child_->wait_exit(kWait) == 0;
+  }
+
+ private:
+  // A shown window of the program with that title, 0 for none; with an empty title the main
+  // window, whose title begins with the program's name.
+  Window find(const std::string &title) const {
+    XSync(xdisplay, False);
+    for (unsigned long w : property(root(), "_NET_CLIENT_LIST", XA_WINDOW)) {
+      const std::vector<unsigned long> pid = property(w, "_NET_WM_PID", XA_CARDINAL);
+      XWindowAttributes attributes;
+      const std::string name = title_of(w);
+      if (!pid.empty() && static_cast<int>(pid[0]) == child_->pid && XGetWindowAttributes(xdisplay, w, &attributes) &&
+          attributes.map_state == IsViewable && (title.empty() ? name.starts_with("Quillbar") : name == title))
+        return w;
+    }
+    return 0;
+  }
+  std::unique_ptr<Child> child_;
+  Window main_ = 0;
+};
 
 // Where the simulated screen is on the X screen, at a zoom.
 struct View {
@@ -43,11 +426,13 @@ std::optional<View> locate(const Shot &shot, int zoom, uint32_t border) {
   return std::nullopt;
 }
 
+using Bytes = std::vector<unsigned char>;
+
 // A Koala picture whose colours follow the place: every bitmap byte is %00011011, so a cell
 // row shows the background, the screen byte's nibbles and the colour RAM.
 constexpr int kKoalaBackground = 11;
-std::vector<unsigned char> koala_picture() {
-  std::vector<unsigned char> bytes(10003, 0x1B);
+Bytes koala_picture() {
+  Bytes bytes(10003, 0x1B);
   bytes[0] = 0x00, bytes[1] = 0x60;
   for (int cell = 0; cell < 1000; cell++) {
     bytes[8002 + cell] = static_cast<unsigned char>((cell % 16) << 4 | (cell / 40) % 16);
@@ -63,8 +448,8 @@ int koala_colour(int px, int py) {
 
 // An Art Studio picture: cell halves in the screen byte's nibbles; border colour 18 (shows 2).
 constexpr int kArtBorder = 18;
-std::vector<unsigned char> art_picture() {
-  std::vector<unsigned char> bytes(9009, 0xF0);
+Bytes art_picture() {
+  Bytes bytes(9009, 0xF0);
   bytes[0] = 0x00, bytes[1] = 0x20;
   for (int cell = 0; cell < 1000; cell++)
     bytes[8002 + cell] = static_cast<unsigned char>((cell / 40 + 3) % 16 << 4 | (cell % 16));
@@ -101,23 +486,90 @@ std::string project_text(const std::string &picture, int base, const Bars &left,
   return text;
 }
 
+// Lines 3..298 of a side: `base` except where `bars` say.
+std::vector<int> lines_with(int base, const Bars &bars) {
+  std::vector<int> colours(vert_border_height, base);
+  for (auto [first, last, colour] : bars)
+    for (int line = first; line <= last; line++) colours[line - first_shown_line] = colour;
+  return colours;
+}
+
+// The palette index each line 3..298 shows mid side border (1 left, 0 right); -1 for none.
+std::vector<int> border_lines(const Shot &s, const View &v, int side) {
+  std::vector<int> colours;
+  for (int line = first_shown_line; line < first_shown_line + vert_border_height; line++) {
+    const uint32_t shown = s.at(side == 1 ? v.left_x() : v.right_x(), v.line_y(line));
+    int index = -1;
+    for (int i = 0; i < 16 && index < 0; i++)
+      if (rgb_of(i) == shown) index = i;
+    colours.push_back(index);
+  }
+  return colours;
+}
+
+// Whether the sample points show their colour on every screen pixel they cover.
+bool picture_shown(const Shot &s, const View &v, int (*colour)(int, int)) {
+  for (auto [px, py] : sample_points())
+    for (int dy = 0; dy < v.zoom; dy++)
+      for (int dx = 0; dx < v.zoom; dx++)
+        if (s.at(v.picture_x(px) - v.zoom / 2 + dx, v.picture_y(py) - v.zoom / 2 + dy) != rgb_of(colour(px, py)))
+          return false;
+  return true;
+}
+
 constexpr int kToolBarWidth = 45;                // wide enough to hold the tool buttons' icons
 constexpr int kPickerCell = palette_width / 16;  // one colour of the picker at zoom 1
 
+// The colour picker's top-left corner below the screen (zoom 1), found by its red cell 2.
+std::pair<int, int> picker(const Shot &s, const View &v) {
+  for (int y = v.y + vert_border_height; y < s.area.y + s.area.height; y++)
+    for (int x = s.area.x; x < s.area.x + s.area.width; x++)
+      if (s.at(x, y) == rgb_of(2)) return {x - 2 * kPickerCell, y - 1};
+  return {-1, -1};
+}
+
+// The tool buttons by their blue icons right of the screen: add/remove left, add/remove right.
+std::vector<std::pair<int, int>> tool_buttons(const Shot &s, const View &v) {
+  auto blue = [&](int x, int y) {
+    const uint32_t c = s.at(x, y);
+    return (c & 255) > (c >> 16 & 255) + 40 && (c & 255) > (c >> 8 & 255) + 15;
+  };
+  std::vector<std::pair<int, int>> found;
+  int top = -1, blue_x = 0;
+  for (int y = v.y; y <= v.y + vert_border_height * v.zoom; y++) {
+    int x = v.right_edge();
+    while (x < v.right_edge() + kToolBarWidth && !blue(x, y)) x++;
+    const bool icon = x < v.right_edge() + kToolBarWidth;
+    if (icon && top < 0) top = y, blue_x = x;
+    if (!icon && top >= 0) found.emplace_back(blue_x, (top + y) / 2), top = -1;
+  }
+  return found;
+}
+
+// The bar lists' rows areas (0 left, 1 right): white areas right of the tool bar, while empty.
+std::vector<Rect> bar_lists(const Shot &s, const View &v) {
+  std::vector<Rect> lists;
+  const int y = v.y + vert_border_height * v.zoom * 3 / 4;
+  for (int x = v.right_edge(); x < s.area.x + s.area.width; x++) {
+    int end = x;
+    while (end < s.area.x + s.area.width && s.at(end, y) == 0xFFFFFF) end++;
+    if (end - x >= 60) {
+      int top = y;
+      while (s.at(x + 10, top - 1) == 0xFFFFFF) top--;
+      lists.push_back({x, top, end - x, y - top});
+    }
+    x = end;
+  }
+  return lists;
+}
+
 class EndToEnd : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(session_ready()); }
+  void SetUp() override { ASSERT_TRUE(session().manager) << "no X session"; }
 
   void start() {
     app = std::make_unique<App>(home.path());
     ASSERT_TRUE(app->started());
-  }
-
-  // The whole X screen, saved under e2e-shots/ for a human when something went wrong.
-  static void save_screen(const std::string &name) {
-    g_mkdir_with_parents("e2e-shots", 0700);
-    grab_screen().save(std::string("e2e-shots/") + ::testing::UnitTest::GetInstance()->current_test_info()->name() +
-                       "-" + name + ".png");
   }
 
   // The screen at the zoom with the border colour, once its place holds for a few looks.
@@ -137,9 +589,11 @@ class EndToEnd : public ::testing::Test {
   }
 
   // Runs a chooser by its keys, types `path` (into the location field of an open chooser, which
-  // the first character opens; over the suggested name of a save chooser) and accepts.
-  void choose(const std::string &keys, const std::string &chooser, const std::string &path, bool save = false) {
-    ASSERT_TRUE(app->wait_main_focus());
+  // the first character opens; over the suggested name of a save chooser) and accepts; then,
+  // when given, waits for the main window's title.
+  void choose(const std::string &keys, const std::string &chooser, const std::string &path, bool save = false,
+              const std::string &title = "") {
+    ASSERT_TRUE(app->wait_window());
     press_keys(keys);
     ASSERT_TRUE(app->wait_window(chooser)) << chooser;
     if (!save) {
@@ -150,53 +604,11 @@ class EndToEnd : public ::testing::Test {
     press_keys("ctrl+a");
     type_text(path);
     press_keys("Return");
-    if (!app->wait_gone(chooser)) {
+    if (!app->wait_window(chooser, false)) {
       save_screen("stuck-chooser");
       FAIL() << chooser << " still open after typing " << path;
     }
-  }
-
-  // Starts with F1 on a project (kProjectLeft, kProjectRight, border 6) and its Koala picture.
-  View start_with_project() {
-    write_file(work.file("colours.kla"), koala_picture());
-    write_text(work.file("bars.ini"), project_text(work.file("colours.kla"), 6, kProjectLeft, kProjectRight));
-    start();
-    if (!HasFatalFailure()) choose("F1", "Open a project file", work.file("bars.ini"));
-    EXPECT_TRUE(app && app->wait_title("Quillbar - colours.kla"));
-    const View v = view(1, 6);
-    EXPECT_TRUE(borders_show(v, lines_with(6, kProjectLeft), lines_with(6, kProjectRight), koala_colour));
-    return v;
-  }
-
-  // Whether the sample points show their colour on every screen pixel they cover.
-  static bool picture_shown(const Shot &s, const View &v, int (*colour)(int, int)) {
-    for (auto [px, py] : sample_points())
-      for (int dy = 0; dy < v.zoom; dy++)
-        for (int dx = 0; dx < v.zoom; dx++)
-          if (s.at(v.picture_x(px) - v.zoom / 2 + dx, v.picture_y(py) - v.zoom / 2 + dy) != rgb_of(colour(px, py)))
-            return false;
-    return true;
-  }
-
-  // The palette index each line 3..298 shows mid side border (1 left, 0 right); -1 for none.
-  static std::vector<int> border_lines(const Shot &s, const View &v, int side) {
-    std::vector<int> colours;
-    for (int line = first_shown_line; line < first_shown_line + vert_border_height; line++) {
-      const uint32_t shown = s.at(side == 1 ? v.left_x() : v.right_x(), v.line_y(line));
-      int index = -1;
-      for (int i = 0; i < 16 && index < 0; i++)
-        if (rgb_of(i) == shown) index = i;
-      colours.push_back(index);
-    }
-    return colours;
-  }
-
-  // Lines 3..298 of a side: `base` except where `bars` (first line, last line, colour) say.
-  static std::vector<int> lines_with(int base, const Bars &bars) {
-    std::vector<int> colours(vert_border_height, base);
-    for (auto [first, last, colour] : bars)
-      for (int line = first; line <= last; line++) colours[line - first_shown_line] = colour;
-    return colours;
+    ASSERT_TRUE(title.empty() || app->wait_title("Quillbar - " + title)) << title;
   }
 
   // Waits until the borders (and, when given, the picture) show what is wanted.
@@ -212,49 +624,15 @@ class EndToEnd : public ::testing::Test {
     return false;
   }
 
-  // The tool buttons by their blue icons right of the screen: add/remove left, add/remove right.
-  std::vector<std::pair<int, int>> tool_buttons(const View &v) {
-    const Shot s = app->shot();
-    auto blue = [&](int x, int y) {
-      const uint32_t c = s.at(x, y);
-      return (c & 255) > (c >> 16 & 255) + 40 && (c & 255) > (c >> 8 & 255) + 15;
-    };
-    std::vector<std::pair<int, int>> found;
-    int top = -1, blue_x = 0;
-    for (int y = v.y; y <= v.y + vert_border_height * v.zoom; y++) {
-      int x = v.right_edge();
-      while (x < v.right_edge() + kToolBarWidth && !blue(x, y)) x++;
-      const bool icon = x < v.right_edge() + kToolBarWidth;
-      if (icon && top < 0) top = y, blue_x = x;
-      if (!icon && top >= 0) found.emplace_back(blue_x, (top + y) / 2), top = -1;
-    }
-    return found;
-  }
-
-  // The bar lists' rows areas (0 left, 1 right): white areas right of the tool bar, while empty.
-  std::vector<Rect> bar_lists(const View &v) {
-    const Shot s = app->shot();
-    std::vector<Rect> lists;
-    const int y = v.y + vert_border_height * v.zoom * 3 / 4;
-    for (int x = v.right_edge(); x < s.area.x + s.area.width; x++) {
-      int end = x;
-      while (end < s.area.x + s.area.width && s.at(end, y) == 0xFFFFFF) end++;
-      if (end - x >= 60) {
-        int top = y;
-        while (s.at(x + 10, top - 1) == 0xFFFFFF) top--;
-        lists.push_back({x, top, end - x, y - top});
-      }
-      x = end;
-    }
-    return lists;
-  }
-
-  // The colour picker's top-left corner below the screen (zoom 1), found by its red cell 2.
-  static std::pair<int, int> picker(const Shot &s, const View &v) {
-    for (int y = v.y + vert_border_height; y < s.area.y + s.area.height; y++)
-      for (int x = s.area.x; x < s.area.x + s.area.width; x++)
-        if (s.at(x, y) == rgb_of(2)) return {x - 2 * kPickerCell, y - 1};
-    return {-1, -1};
+  // Starts with F1 on a project (kProjectLeft, kProjectRight, border 6) and its Koala picture.
+  View start_with_project() {
+    write_file(work.file("colours.kla"), koala_picture());
+    write_text(work.file("bars.ini"), project_text(work.file("colours.kla"), 6, kProjectLeft, kProjectRight));
+    start();
+    if (!HasFatalFailure()) choose("F1", "Open a project file", work.file("bars.ini"), false, "colours.kla");
+    const View v = view(1, 6);
+    EXPECT_TRUE(borders_show(v, lines_with(6, kProjectLeft), lines_with(6, kProjectRight), koala_colour));
+    return v;
   }
 
   TempDir home, work;
@@ -291,25 +669,19 @@ TEST_F(EndToEnd, FirstStartAndPicturesTypedIntoTheChooser) {
   EXPECT_GE(white_in_cell(0), 40);
   EXPECT_EQ(white_in_cell(5), 0);
 
-  const struct {
-    std::string name;
-    std::vector<unsigned char> bytes;
-    int (*colour)(int, int);
-    int border;
-  } rows[] = {{"colours.kla", koala_picture(), koala_colour, 0},
-              {"hires.art", art_picture(), art_colour, kArtBorder % 16}};
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.name);
-    write_file(work.file(row.name), row.bytes);
-    // The first chooser shows "Recently used": only a full path works; then the folder is kept.
-    const bool first = &row == &rows[0];
-    choose("F3", "Select a picture file", first ? work.file(row.name) : row.name);
-    ASSERT_TRUE(app->wait_title("Quillbar - " + row.name));
+  // The first chooser shows "Recently used": only a full path works; then the folder is kept.
+  for (auto [name, bytes, colour, border, typed] :
+       {std::tuple{"colours.kla", koala_picture(), &koala_colour, 0, work.file("colours.kla")},
+        {"hires.art", art_picture(), &art_colour, kArtBorder % 16, "hires.art"}}) {
+    SCOPED_TRACE(name);
+    write_file(work.file(name), bytes);
+    choose("F3", "Select a picture file", typed, false, name);
+    ASSERT_FALSE(HasFatalFailure());
     EXPECT_TRUE(settings_hold("\npicture_dir=file://" + work.path() + "\n")) << read_text(settings);
-    for (auto [key, zoom] : {std::pair{"F7", 3}, std::pair{"F5", 1}}) {
+    for (auto [key, zoom] : {std::pair{"F7", 3}, {"F5", 1}}) {
       press_keys(key);
-      v = view(zoom, row.border);
-      EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, row.colour); })) << "zoom " << zoom;
+      v = view(zoom, border);
+      EXPECT_TRUE(wait_for([&] { return picture_shown(app->shot(), v, colour); })) << "zoom " << zoom;
     }
   }
   EXPECT_TRUE(app->quit());
@@ -323,12 +695,12 @@ TEST_F(EndToEnd, BarsInBothModesSavedAndOpenedAgain) {
   write_file(work.file("colours.kla"), koala_picture());
   start();
   ASSERT_FALSE(HasFatalFailure());
-  choose("F3", "Select a picture file", work.file("colours.kla"));
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  choose("F3", "Select a picture file", work.file("colours.kla"), false, "colours.kla");
+  ASSERT_FALSE(HasFatalFailure());
   View v = view(1, 0);
-  const std::vector<Rect> lists = bar_lists(v);
+  const std::vector<Rect> lists = bar_lists(app->shot(), v);
   ASSERT_EQ(lists.size(), 2u);
-  const std::vector<std::pair<int, int>> buttons = tool_buttons(v);
+  const std::vector<std::pair<int, int>> buttons = tool_buttons(app->shot(), v);
   ASSERT_EQ(buttons.size(), 4u);
 
   // A new bar is one white line after the last one.
@@ -351,7 +723,7 @@ TEST_F(EndToEnd, BarsInBothModesSavedAndOpenedAgain) {
   for (auto [line, colour] : {std::pair{51, 1}, {60, 1}, {61, 0}})
     EXPECT_EQ(s.at(v.x + 1, v.line_y(line)), rgb_of(colour));
 
-  // Compact mode: the same lines; the left border has the focus.
+  // Compact mode: the same lines; the left border has the focus. Lines painted with keys.
   press_keys("alt+p i c");
   v = view(1, 0);
   EXPECT_TRUE(borders_show(v, left, right));
@@ -360,19 +732,18 @@ TEST_F(EndToEnd, BarsInBothModesSavedAndOpenedAgain) {
   for (int line = 80; line <= 250; line++) left[line - first_shown_line] = line % 2 == 0 ? 2 : 4;
   EXPECT_TRUE(borders_show(v, left, right));
 
-  // Back to Extended mode: nothing changes on screen.
+  // Back to Extended mode: nothing changes on screen, and the bar lists are shown again.
   press_keys("alt+p i e");
   v = view(1, 0);
   EXPECT_TRUE(borders_show(v, left, right));
-  EXPECT_EQ(bar_lists(v).size(), 2u) << "the bar lists are shown again";
+  EXPECT_EQ(bar_lists(app->shot(), v).size(), 2u);
 
   const auto [px, py] = picker(app->shot(), v);
   ASSERT_GE(px, 0) << "no colour picker";
   click_at(px + 5 * kPickerCell + kPickerCell / 2, py + kPickerCell / 2);
   v = view(1, 5);
   for (std::vector<int> *side : {&left, &right}) std::replace(side->begin(), side->end(), 0, 5);
-  choose("F2", "Save project file", "mywork", true);
-  ASSERT_TRUE(app->wait_title("Quillbar - mywork.ini"));
+  choose("F2", "Save project file", "mywork", true, "mywork.ini");
   ASSERT_TRUE(borders_show(v, left, right, koala_colour));
   const std::string project = read_text(work.file("mywork.ini"));
   EXPECT_NE(project.find("\nfile=file://" + work.file("colours.kla") + "\n"), std::string::npos) << project;
@@ -381,15 +752,14 @@ TEST_F(EndToEnd, BarsInBothModesSavedAndOpenedAgain) {
   ASSERT_TRUE(app->quit());
 
   start();
-  choose("F1", "Open a project file", "mywork.ini");
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  choose("F1", "Open a project file", "mywork.ini", false, "colours.kla");
   v = view(1, 5);
   EXPECT_TRUE(wait_for([&] { return v.pixels() == saved; }));
   EXPECT_TRUE(app->quit());
 }
 
-// PNG export at zoom 3: 384 x 272, equal to the screen at zoom 1. Executable export: crunched
-// when the cruncher is built, and the PRG plays the project's bars on the C64 model.
+// PNG export at zoom 3: 384 x 272, equal to the screen at zoom 1. Executable export: crunched,
+// and the PRG plays the project's bars on the C64 model.
 TEST_F(EndToEnd, Exports) {
   const View v = start_with_project();
   ASSERT_FALSE(HasFailure());
@@ -400,8 +770,7 @@ TEST_F(EndToEnd, Exports) {
   ASSERT_TRUE(app->status_shows(" Info: Project exported to PNG"));
   GdkPixbuf *png = gdk_pixbuf_new_from_file(work.file("shot.png").c_str(), nullptr);
   ASSERT_NE(png, nullptr);
-  ASSERT_EQ(gdk_pixbuf_get_width(png), png_width);
-  ASSERT_EQ(gdk_pixbuf_get_height(png), png_height);
+  ASSERT_EQ(std::pair(gdk_pixbuf_get_width(png), gdk_pixbuf_get_height(png)), std::pair(png_width, png_height));
   int differing = 0;
   for (int y = 0; y < png_height; y++)
     for (int x = 0; x < png_width; x++) {
@@ -413,18 +782,11 @@ TEST_F(EndToEnd, Exports) {
   g_object_unref(png);
   EXPECT_EQ(differing, 0);
 
+  // The program waits for the cruncher, which takes a few seconds on a busy machine; the
+  // multicolour PRG is 16146 bytes before crunching.
   choose("alt+f e", "Save executable file", work.file("demo"), true);
-  constexpr size_t kPlainSize = 16146;  // the multicolour PRG before crunching
-#ifdef QUILLBAR_E2E_CRUNCHER
-  const bool crunched = true;
-  // The program waits for the cruncher, which takes a few seconds on a busy machine.
   ASSERT_TRUE(app->status_shows(" Info: Successfully exported to executable PRG", true, 60));
-  EXPECT_LT(read_text(work.file("demo.prg")).size(), kPlainSize);
-#else
-  const bool crunched = false;
-  EXPECT_TRUE(app->error_box(" Error: Failed to execute child process", false));
-  EXPECT_EQ(read_text(work.file("demo.prg")).size(), kPlainSize);
-#endif
+  EXPECT_LT(read_text(work.file("demo.prg")).size(), 16146u);
   EXPECT_TRUE(app->quit());
   // After decrunching, every visible line of a side border shows the project's bar or border.
   auto c64 = std::make_unique<C64>();
@@ -441,7 +803,6 @@ TEST_F(EndToEnd, Exports) {
       ASSERT_EQ(vic2_side_border_colour(model, vic2_frame(&c64->vic), line, side), wanted) << line << " " << side;
     }
   }
-  if (!crunched) GTEST_SKIP() << "no cruncher is built beside quillbar yet: the PRG was checked uncrunched";
 }
 
 // Bad input: each case gives its message, the program goes on, and nothing is lost.
@@ -465,18 +826,15 @@ TEST_F(EndToEnd, BadInput) {
   EXPECT_TRUE(borders_show(v, lines_with(3, lost_bars), lines_with(3, {})));
 
   // A save into a folder that vanished: the message names the file, and saving elsewhere works.
-  choose("F3", "Select a picture file", "colours.kla");
-  ASSERT_TRUE(app->wait_title("Quillbar - colours.kla"));
+  choose("F3", "Select a picture file", "colours.kla", false, "colours.kla");
   g_mkdir(work.file("sub").c_str(), 0700);
-  choose("shift+F2", "Save project file", work.file("sub/p"), true);
-  ASSERT_TRUE(app->wait_title("Quillbar - p.ini"));
+  choose("shift+F2", "Save project file", work.file("sub/p"), true, "p.ini");
   g_remove(work.file("sub/p.ini").c_str());
   g_rmdir(work.file("sub").c_str());
   press_keys("F2");
   EXPECT_TRUE(
       app->error_box(" Error: Failed to create file “" + work.file("sub/p.ini") + "”: No such file or directory"));
-  choose("shift+F2", "Save project file", work.file("again"), true);
-  EXPECT_TRUE(app->wait_title("Quillbar - again.ini"));
+  choose("shift+F2", "Save project file", work.file("again"), true, "again.ini");
 
   // A picture opened with F1 by mistake: F2 asks for a name and the picture stays as it was.
   const std::string picture = read_text(work.file("colours.kla"));
@@ -494,3 +852,12 @@ TEST_F(EndToEnd, BadInput) {
 }
 
 }  // namespace
+
+int main(int argc, char **argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  // Nothing of this program may reach the real home, whatever the session does.
+  static TempDir home;
+  for (const char *variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+    setenv(variable, home.path().c_str(), 1);
+  return RUN_ALL_TESTS();
+}
