@@ -1,30 +1,33 @@
-// Switching the input mode through the real menu items converts the bars between the
-// lists and the line arrays; the Tools menu's auto-extend turns the picture's outer
-// columns into bars in either mode; the "left" and "right" groups of project files,
-// written and read by both input modes through real key files.
+// Switching the input mode through the real menu items converts the bars between the lists
+// and the line arrays; the Tools menu's auto-extend turns the picture's outer columns into
+// bars in either mode; the "left" and "right" groups of project files, written and read by
+// both input modes through real key files.
 #include "bars_fixture.h"
 #include "controls.h"
 
 namespace {
 
 using Conversion = BarsTest;
+constexpr const char *kModes[] = {"menuitem_interface_extended", "menuitem_interface_compact"};
 
 // Lists -> arrays -> lists on each side: bars in the border colour (6) are dropped, what
 // shows is kept. Arrays -> lists: each run of one colour within lines 51..250 is a bar.
+// Choosing the mode in force again converts nothing.
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
+  // What the lists hold, then what the arrays show and the lists hold again.
+  // clang-format off
   const struct {
     const char *what;
     Bars list, back;
   } cases[] = {
-      // `back` is also what the arrays show
       {"overlap", {{60, 10, 2}, {65, 10, 5}}, {{60, 5, 2}, {65, 10, 5}}},
       {"touching, same colour", {{60, 5, 3}, {65, 5, 3}}, {{60, 10, 3}}},
       {"border colour", {{60, 10, 6}, {100, 5, 1}}, {{100, 5, 1}}},
       {"past 250", {{240, 20, 4}}, {{240, 11, 4}}},
-      {"kept",
-       {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}},
+      {"kept", {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}},
        {{51, 1, 0}, {52, 10, 1}, {70, 30, 15}, {250, 1, 2}}},
   };
+  // clang-format on
   const Bars last_differs{{51, 199, 2}, {250, 1, 3}};
   for (int side : {1, 0}) {
     SCOPED_TRACE(side ? "left" : "right");
@@ -44,10 +47,7 @@ TEST_F(Conversion, SwitchingModeConvertsTheBars) {
       EXPECT_EQ(bars(side), list);
     }
   }
-}
-
-TEST_F(Conversion, ChoosingTheActiveModeConvertsNothing) {
-  for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
+  for (const char *mode : kModes) {
     activate(mode);
     set_bars(1, {{60, 5, 3}}), set_lines(1, painted({{100, 1, 2}}));
     activate(mode);
@@ -66,94 +66,79 @@ TEST_F(Conversion, AutoExtendInBothModes) {
   for (int row = 0; row < 100; row++)
     palette_get_rgb_at_index(
         6, gdk_pixbuf_get_pixels(pixbuf_picture) + row * gdk_pixbuf_get_rowstride(pixbuf_picture) + 319 * 4);
-  for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
+  for (const char *mode : kModes) {
     SCOPED_TRACE(mode);
     activate(mode);
     for (int side : {1, 0}) set_bars(side, {{60, 1, 9}}), set_lines(side, painted({{51, 200, 9}}));
     picture_loaded = 0;
     activate("menuitem_tools_auto_expand_picture");
     EXPECT_EQ(status_text(), " Info: First open a picture or project");
-    EXPECT_EQ(bars(0), (Bars{{60, 1, 9}}));
-    EXPECT_EQ(lines(0), painted({{51, 200, 9}}));
+    EXPECT_EQ(std::pair(bars(0), lines(0)), std::pair(Bars{{60, 1, 9}}, painted({{51, 200, 9}})));
     picture_loaded = 1;
     activate("menuitem_tools_auto_expand_picture");
     EXPECT_EQ(status_text(), " Info: Picture extended");
-    if (interface_extended == 1) {
-      EXPECT_EQ(bars(1), Bars{});
-      EXPECT_EQ(bars(0), (Bars{{51, 100, 6}}));
-    } else {
-      EXPECT_EQ(lines(1), painted({}));
-      EXPECT_EQ(lines(0), painted({{51, 100, 6}}));
-    }
+    if (interface_extended == 1)
+      EXPECT_EQ(std::pair(bars(1), bars(0)), std::pair(Bars{}, Bars{{51, 100, 6}}));
+    else
+      EXPECT_EQ(std::pair(lines(1), lines(0)), std::pair(painted({}), painted({{51, 100, 6}})));
   }
 }
 
-// The bar groups as the active mode writes them.
+using ProjectBars = BarsTest;
+
+// The bar groups as the mode in force writes them; reading them back in.
 std::string dump() {
   g_autoptr(GKeyFile) key_file = g_key_file_new();
   (interface_extended == 1 ? rastermodel_dump_models_to_key_file : rasterarray_dump_models_to_key_file)(key_file);
   g_autofree gchar *data = g_key_file_to_data(key_file, nullptr, nullptr);
   return data;
 }
-
 void fill(const std::string &text) {
   g_autoptr(GKeyFile) key_file = g_key_file_new();
   EXPECT_TRUE(g_key_file_load_from_data(key_file, text.c_str(), text.size(), G_KEY_FILE_NONE, nullptr)) << text;
   (interface_extended == 1 ? rastermodel_fill_models_from_key_file : rasterarray_fill_models_from_key_file)(key_file);
 }
 
-std::string group(const char *name, const std::string &start, const std::string &height, const std::string &color) {
-  return std::string("[") + name + "]\nstart=" + start + "\nheight=" + height + "\ncolor=" + color + "\n";
-}
-
-using ProjectBars = BarsTest;
-
 // Compact mode writes the runs of lines 51..250; Extended mode its rows as they are.
 TEST_F(ProjectBars, BothModesWriteTheGroups) {
+  const std::string none = "start=\nheight=\ncolor=\n";
   activate("menuitem_interface_compact");
   set_lines(1, painted({{51, 19, 1}, {70, 2, 14}, {72, 1, -2}, {240, 11, 3}, {251, 5, 7}}));
-  EXPECT_EQ(dump(), group("left", "51;70;240;", "19;2;11;", "1;14;3;") + "\n" + group("right", "", "", ""));
+  EXPECT_EQ(dump(), "[left]\nstart=51;70;240;\nheight=19;2;11;\ncolor=1;14;3;\n\n[right]\n" + none);
   rasterarray_delete_all_bars();
-  EXPECT_EQ(dump(), group("left", "", "", "") + "\n" + group("right", "", "", ""));
-
+  EXPECT_EQ(dump(), "[left]\n" + none + "\n[right]\n" + none);
   activate("menuitem_interface_extended");
   set_bars(0, {{60, 10, 2}, {65, 10, 5}, {100, 0, 3}});
-  EXPECT_EQ(dump(), group("left", "", "", "") + "\n" + group("right", "60;65;100;", "10;10;0;", "2;5;3;"));
+  EXPECT_EQ(dump(), "[left]\n" + none + "\n[right]\nstart=60;65;100;\nheight=10;10;0;\ncolor=2;5;3;\n");
 }
 
+// The same "left" and "right" group bodies read by each mode over bars and lines of colour 7:
+// what Extended mode lists, what Compact mode paints in order over uncoloured lines.
 TEST_F(ProjectBars, BothModesReadTheGroups) {
-  // The "left" group's body, what Extended mode reads, what Compact mode paints in order over uncoloured lines.
+  // clang-format off
   const struct {
     const char *what;
-    std::string left;
+    std::string body;
     Bars extended, compact;
   } cases[] = {
       {"limits", "start=50;248;100;250;\nheight=5;4;0;1;\ncolor=2;2;3;2;", {{100, 0, 3}, {250, 1, 2}}, {{250, 1, 2}}},
-      {"first and last line",
-       "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
-       {{51, 200, 1}, {240, 11, 1}},
-       {{51, 200, 1}}},
-      {"overlap",
-       "start=60;70;\nheight=20;5;\ncolor=1;2;",
-       {{60, 20, 1}, {70, 5, 2}},
+      {"first and last line", "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
+       {{51, 200, 1}, {240, 11, 1}}, {{51, 200, 1}}},
+      {"overlap", "start=60;70;\nheight=20;5;\ncolor=1;2;", {{60, 20, 1}, {70, 5, 2}},
        {{60, 10, 1}, {70, 5, 2}, {75, 5, 1}}},
-      {"colours",
-       "start=60;70;80;90;\nheight=1;1;1;1;\ncolor=17;-17;-16;31;",
-       {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}},
+      {"colours", "start=60;70;80;90;\nheight=1;1;1;1;\ncolor=17;-17;-16;31;", {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}},
        {{60, 1, 1}, {80, 1, 0}, {90, 1, 15}}},
       {"negative colour", "start=60;65;\nheight=20;5;\ncolor=1;-1;", {{60, 20, 1}}, {{60, 20, 1}, {65, 5, -1}}},
-      {"unequal lists",
-       "start=60;70;80;\nheight=1;1;1;\ncolor=1;2;",
-       {{60, 1, 1}, {70, 1, 2}},
+      {"unequal lists", "start=60;70;80;\nheight=1;1;1;\ncolor=1;2;", {{60, 1, 1}, {70, 1, 2}},
        {{60, 1, 1}, {70, 1, 2}}},
   };
-  for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
+  // clang-format on
+  for (const char *mode : kModes) {
     activate(mode);
     for (const auto &c : cases) {
       SCOPED_TRACE(std::string(mode) + ": " + c.what);
-      for (int side : {1, 0})
-        set_bars(side, {{55, 2, 7}}), set_lines(side, painted({}, 7));  // replaced by what is read
-      fill("[left]\n" + c.left + "\n[right]\n" + c.left + "\n");
+      for (int side : {1, 0}) set_bars(side, {{55, 2, 7}}), set_lines(side, painted({}, 7));
+      fill("[left]\n" + c.body + "\n[right]\n" + c.body + "\n");
       for (int side : {1, 0}) {
         if (interface_extended == 1)
           EXPECT_EQ(bars(side), c.extended) << side;
