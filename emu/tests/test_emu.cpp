@@ -1,7 +1,5 @@
-// The emulator: the 6502 core, CIA timers, the video chip fed from plain memory (raster
-// interrupt, display window and bad lines, graphics modes), the whole machine running the
-// exported player on each chip and the stored reference programs pixel for pixel, and the
-// command-line tools as a user runs them.
+// The emulator: the 6502 core, CIA timers, the video chip on plain memory, the whole machine
+// running the exported player on each chip and the stored reference programs, and the tools.
 #include <cairo.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +21,6 @@ std::string shared(const std::string &name) {
   const std::string path = std::string(QUILLBAR_SHARED_DIR) + "/" + name;
   return std::ifstream(path).good() ? path : std::string();
 }
-
 Bytes file_bytes(const std::string &path) {
   std::ifstream file(path, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(file), {});
@@ -52,12 +49,7 @@ std::unique_ptr<C64> run(const Bytes &prg, Vic2Model model, uint64_t frames) {
 }
 
 // The machines the tools name, with the size of their whole raster.
-struct Machine {
-  const char *name;
-  Vic2Model model;
-  int width, height;
-};
-const Machine kMachines[] = {
+const std::tuple<const char *, Vic2Model, int, int> kMachines[] = {
     {"pal", VIC2_PAL_6569, 504, 312}, {"ntsc", VIC2_NTSC_6567R8, 520, 263}, {"paln", VIC2_PALN_6572, 520, 312}};
 
 // A processor at `pc` on flat memory that holds `code` from `at` on, zero elsewhere.
@@ -248,10 +240,9 @@ TEST(Vic2, DisplayWindowAndBadLines) {
   }
 }
 
-// The first cell's top pixel row in each mode, from the same data: screen byte $A1 (code 33 /
-// colours $A and 1), colour nibble $D, bitmap byte $1B, the glyph rows of the character ROM.
-// Code $A1 is the reversed "!" of the upper-case set (top row $E7); with extended colours it
-// is "!" itself (top row $18) on the background colour its top bits choose.
+// The first cell's top pixel row in each mode from screen byte $A1, colour nibble $D, bitmap
+// byte $1B and the ROM's glyphs: $A1 is the reversed "!" (top row $E7), with extended colours
+// "!" itself (top row $18) on the background colour its top bits choose.
 TEST(Vic2, GraphicsModes) {
   const int bg = kBackground, fg = 0xD, hi = 0xA, lo = 0x1, b1 = 3, b2 = 4, b3 = 7, mc = fg & 7;
   // clang-format off
@@ -277,11 +268,10 @@ TEST(Vic2, GraphicsModes) {
   }
 }
 
-// The player reads the number of lines and, on 312 lines, how far a counter gets between two
-// lines, and patches its six timing instructions: CMP zp (3 cycles) on PAL, CMP zp,X (4) on
-// 64-cycle lines, CMP (zp),Y (5) on 65-cycle lines. Only with all that right does every
-// visible side border segment of lines 51..250 show its table colour and every other line the
-// border colour.
+// The player tells the chips apart by their lines and, on 312 lines, their cycles per line, and
+// patches its six timing instructions: CMP zp (3 cycles) on PAL, CMP zp,X (4) on 64-cycle
+// lines, CMP (zp),Y (5) on 65-cycle lines. Only then does every visible line's side border show
+// its table colour beside the picture and the border colour elsewhere.
 TEST(Machine, PlayerFindsEachVideoStandard) {
   const uint16_t patched[] = {0x0A23, 0x0A36, 0x0A56, 0x0A64, 0x0A85, 0x0AAA};
   const uint8_t opcode[VIC2_MODEL_COUNT] = {0xC5, 0xD1, 0xD5, 0xD1};
@@ -330,18 +320,17 @@ TEST(Machine, MatchesTheReferenceFrames) {
   for (const char *program : {"hires-every-line", "multicolour-bars", "petscii-lower-edges"}) {
     const std::string prg = shared(std::string("c64-reference/") + program + ".prg");
     if (prg.empty()) GTEST_SKIP() << "shared data not available";
-    for (const Machine &machine : kMachines) {
-      const std::string name = std::string(program) + "-" + machine.name;
+    for (auto [machine, model, width, height] : kMachines) {
+      const std::string name = std::string(program) + "-" + machine;
       SCOPED_TRACE(name);
-      const Vic2ModelInfo &info = vic2_models[machine.model];
+      const Vic2ModelInfo &info = vic2_models[model];
       std::vector<uint8_t> want;
       std::string error;
-      ASSERT_TRUE(frame_read(shared("c64-reference/" + name + ".idx.gz"), size_t(info.cycles_per_line) * 8 * info.lines,
-                             &want, &error))
+      ASSERT_TRUE(frame_read(shared("c64-reference/" + name + ".idx.gz"), size_t(width) * height, &want, &error))
           << error;
-      const auto m = run(file_bytes(prg), machine.model,
+      const auto m = run(file_bytes(prg), model,
                          static_cast<uint64_t>(std::ceil(8.0 * info.clock_hz / (info.cycles_per_line * info.lines))));
-      const std::vector<FrameDiff> diffs = frame_compare(machine.model, vic2_frame(&m->vic), want.data());
+      const std::vector<FrameDiff> diffs = frame_compare(model, vic2_frame(&m->vic), want.data());
       if (!diffs.empty())
         ADD_FAILURE() << diffs.size() << " differing pixels, the first at line " << diffs[0].line << " x " << diffs[0].x
                       << ": " << diffs[0].got << " instead of " << diffs[0].want;
@@ -353,16 +342,16 @@ TEST(Machine, MatchesTheReferenceFrames) {
 // machine is a usage error.
 TEST(Tools, PrgcheckWritesTheFrame) {
   const std::string file = temp_file("player.prg", petscii_player()), png = temp_file("frame.png");
-  for (const Machine &machine : kMachines) {
-    SCOPED_TRACE(machine.name);
+  for (auto [machine, model, width, height] : kMachines) {
+    SCOPED_TRACE(machine);
     std::remove(png.c_str());
     const auto [status, output] =
-        run_tool(std::string(QUILLBAR_PRGCHECK) + " --machine " + machine.name + " --frame-png " + png + " " + file);
+        run_tool(std::string(QUILLBAR_PRGCHECK) + " --machine " + machine + " --frame-png " + png + " " + file);
     EXPECT_EQ(status, 0) << output;
     EXPECT_NE(output.find("\n    60    9     0  "), std::string::npos) << output;  // left 9, right 32 mod 16 = 0
     cairo_surface_t *image = cairo_image_surface_create_from_png(png.c_str());
     EXPECT_EQ(std::pair(cairo_image_surface_get_width(image), cairo_image_surface_get_height(image)),
-              std::pair(machine.width, machine.height));
+              std::pair(width, height));
     cairo_surface_destroy(image);
   }
   EXPECT_EQ(run_tool(std::string(QUILLBAR_PRGCHECK) + " --machine c128 " + file).first, 2);
