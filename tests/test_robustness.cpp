@@ -1,6 +1,7 @@
-// Files a user can throw at the editor: bars from a project that cover no line, writes that
-// fail half way (full disk), saving through symbolic links, and special and huge files chosen
-// as pictures. Nothing may crash, block, or lose a file.
+// Files a user can throw at the editor: writes that fail half way (full disk), saving through
+// symbolic links, and special and huge files chosen as pictures. Nothing may crash, block, or
+// lose a file. (Project bars that cover no line, whose start and height would overflow an int
+// when drawn, are in the project reader's fuzz regressions: fuzz/regressions/project.)
 #include <fcntl.h>
 #include <glib/gstdio.h>
 #include <sys/resource.h>
@@ -17,26 +18,6 @@
 namespace {
 
 using Robustness = ExportTest;
-
-// The image the left border area draws at zoom `z` over border colour 6, the selected bar marked.
-Surface draw_left_border(int z) {
-  options_expansion = z;
-  Surface image(cairo_image_surface_create(CAIRO_FORMAT_RGB24, vert_border_width * z, vert_border_height * z));
-  CairoContext cr(cairo_create(image.get()));
-  double rgb[3];
-  palette_get_rgb_double_at_index(6, rgb);
-  cairo_set_source_rgb(cr.get(), rgb[0], rgb[1], rgb[2]);
-  cairo_paint(cr.get());
-  rastermodel_render_lines_left(cr.get(), 1);
-  cairo_surface_flush(image.get());
-  options_expansion = 1;
-  return image;
-}
-
-unsigned int surface_pixel(cairo_surface_t *image, int x, int y) {
-  const unsigned char *row = cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image);
-  return reinterpret_cast<const uint32_t *>(row)[x] & 0xFFFFFF;
-}
 
 // Every file and folder under `folder`, to see that no temporary file was left behind.
 std::set<std::string> entries_under(const std::string &folder) {
@@ -75,36 +56,6 @@ const std::pair<const char *, int (*)(const char *)> kWriters[] = {
 };
 
 }  // namespace
-
-// Project bars whose start and height overflow when multiplied by the zoom, or that cover no
-// line, draw nothing at any zoom, and no selection mark either; a real bar beside them is
-// drawn where it belongs: lines 60..64 in colour 2.
-TEST_F(Robustness, BarsThatCoverNoLineDrawNothing) {
-  for (auto [name, start, height] : {std::tuple{"huge start, large negative height", 2147483647, -2147483396},
-                                     {"large negative height", 100, -2147483000},
-                                     {"height 0", 100, 0}}) {
-    SCOPED_TRACE(name);
-    const std::string text =
-        "[left]\nstart=60;" + std::to_string(start) + ";\nheight=5;" + std::to_string(height) + ";\ncolor=2;1;\n";
-    OwnedKeyFile key_file(g_key_file_new());
-    ASSERT_TRUE(g_key_file_load_from_data(key_file.get(), text.c_str(), text.size(), G_KEY_FILE_NONE, nullptr));
-    rastermodel_fill_models_from_key_file(key_file.get());
-    ASSERT_EQ(gtk_tree_model_iter_n_children(GTK_TREE_MODEL(model_rasters_left), nullptr), 2);
-    // Select the row that covers no line (the list sorts it behind the real bar).
-    GtkTreePath *path = gtk_tree_path_new_from_indices(start > 60 ? 1 : 0, -1);
-    gtk_tree_view_set_cursor(GTK_TREE_VIEW(treeview_rasters_left), path, nullptr, FALSE);
-    gtk_tree_path_free(path);
-    for (int z = 1; z <= 4; ++z) {
-      Surface image = draw_left_border(z);
-      for (int y = 0; y < vert_border_height * z; ++y) {
-        const int line = y / z + 3;
-        ASSERT_EQ(surface_pixel(image.get(), 24 * z, y), rgb_of(line >= 60 && line < 65 ? 2 : 6))
-            << "zoom " << z << " row " << y;
-        ASSERT_EQ(surface_pixel(image.get(), 0, y), rgb_of(0)) << "mark at zoom " << z << " row " << y;
-      }
-    }
-  }
-}
 
 // Every writer, to a file and through a symbolic link to one (as many keep their configuration
 // or work in a synced folder): a write that fails half way (a full disk) reports failure and
