@@ -1,7 +1,6 @@
-// The editor as a user meets it: the built program started on a private X server (Xvfb) with a
-// window manager (openbox) and its own home, driven only through the server's input (xdotool),
-// checked by what the server shows and by the files it writes. Every wait polls a condition
-// with a time limit; every process dies with its owner.
+// The editor as a user meets it: the built program with its own home on a private X server
+// (Xvfb, openbox), driven through the server (xdotool) and checked by what it shows and writes.
+// Every wait polls a condition with a time limit; every process dies with its owner.
 #include <glib/gstdio.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -29,8 +28,8 @@ namespace {
 
 constexpr int kDisplayWidth = 1920, kDisplayHeight = 1440;
 
-// Polls `done` every 5 ms until it holds or `seconds` have passed. The limits are generous: a
-// busy machine can be slow to draw, and only a failure waits them out.
+// Polls `done` every 5 ms until it holds or `seconds` have passed; generous limits, as a busy
+// machine can be slow to draw, and only a failure waits them out.
 constexpr double kWait = 20.0;
 bool wait_for(const std::function<bool()> &done, double seconds = kWait) {
   for (const gint64 until = g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6); !done(); g_usleep(5000))
@@ -156,9 +155,6 @@ struct Session {
     static XErrorHandler toolkit_handler = XSetErrorHandler([](Display *display, XErrorEvent *event) {
       return display == xdisplay || !toolkit_handler ? 0 : toolkit_handler(display, event);
     });
-  }
-  ~Session() {
-    if (xdisplay) XCloseDisplay(xdisplay);
   }
 };
 
@@ -631,8 +627,8 @@ class EndToEnd : public ::testing::Test {
 };
 
 // First start: the window, the default settings, the empty screen (blue picture area, black
-// borders). Then pictures typed into F3's chooser: title, pixels at zoom 1
-// and 3, and the folder remembered.
+// borders). Then pictures typed into F3's chooser: title, pixels at zoom 1 and 3, and the
+// folder remembered.
 TEST_F(EndToEnd, FirstStartAndPicturesTypedIntoTheChooser) {
   start();
   ASSERT_FALSE(HasFatalFailure());
