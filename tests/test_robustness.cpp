@@ -2,7 +2,6 @@
 // symbolic links, and special and huge files chosen as pictures. Nothing may crash, block, or
 // lose a file. (Project bars that cover no line, whose start and height would overflow an int
 // when drawn, are in the project reader's fuzz regressions: fuzz/regressions/project.)
-#include <fcntl.h>
 #include <glib/gstdio.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
