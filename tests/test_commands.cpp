@@ -118,13 +118,19 @@ TEST_F(Commands, SaveAs) {
   EXPECT_EQ(close_error_boxes(), 1);
 }
 
-// The first Save suggests the picture's name; the file starts with its header, the picture's
-// URI and the border colour.
-TEST_F(Commands, FirstSaveSuggestsThePictureNameAndWritesTheHead) {
+// The first Save suggests the picture's name and writes the header, the picture's URI and the
+// border colour. A file that Open project could not read as a project (a picture chosen by
+// mistake: one that is no key file, one that is a key file without any project group) becomes
+// the project path, but F2 asks for a name instead of overwriting it; once a name is chosen,
+// F2 saves there directly again.
+TEST_F(Commands, SavingSuggestsANameAndNeverOverwritesAFileThatWasNotReadAsAProject) {
+  std::vector<unsigned char> noisy(10003, 0xA7);
+  noisy[0] = 0x00, noisy[1] = 0x60;
+  write_file(dir.file("noisy.koa"), noisy);
   run_choosing(on_menuitem_open_picture_activate, "koala.kla");
   border_color_index = 11;
   std::string offered;
-  answer_next_dialog(GTK_RESPONSE_OK, [&](GtkWidget *dialog) { offered = suggested_name(dialog, dir.path()); });
+  answer_save_chooser(dir.path(), "koala.ini", &offered);
   on_menuitem_save_project_activate(nullptr, nullptr);
   EXPECT_EQ(offered, "koala.ini");
   const std::string text = read_text(dir.file("koala.ini"));
@@ -132,33 +138,20 @@ TEST_F(Commands, FirstSaveSuggestsThePictureNameAndWritesTheHead) {
               text.find("\n[image]\nfile=file://" + dir.file("koala.kla") + "\n") != std::string::npos &&
               text.find("\n[colors]\nbase=11\n") != std::string::npos)
       << text;
-}
-
-// A file that Open project could not read as a project (a picture chosen by mistake: one
-// that is no key file, one that is a key file without any project group) becomes the
-// project path, but F2 asks for a name instead of overwriting it; once a name is chosen, F2
-// saves there directly again.
-TEST_F(Commands, SaveNeverOverwritesAFileThatWasNotReadAsAProject) {
-  std::vector<unsigned char> noisy(10003, 0xA7);
-  noisy[0] = 0x00, noisy[1] = 0x60;
-  write_file(dir.file("noisy.koa"), noisy);
-  run_choosing(on_menuitem_open_picture_activate, "koala.kla");
   for (const std::string name : {"noisy.koa", "koala.kla"}) {
-    SCOPED_TRACE(name);
     const std::string picture = read_text(dir.file(name));
     run_choosing(on_menuitem_open_project_activate, name);
     close_error_boxes();
     EXPECT_STREQ(utf8_path_and_filename_project, dir.file(name).c_str());
-    std::string offered;
     answer_save_chooser(dir.path(), "mine", &offered);
     on_menuitem_save_project_activate(nullptr, nullptr);
     pump_events();
     EXPECT_EQ(offered, name.substr(0, name.find('.')) + ".ini");
-    EXPECT_EQ(read_text(dir.file(name)), picture);
+    EXPECT_EQ(read_text(dir.file(name)), picture) << name;
     EXPECT_STREQ(utf8_path_and_filename_project, dir.file("mine.ini").c_str());
     border_color_index = 13;
     on_menuitem_save_project_activate(nullptr, nullptr);  // a chooser here would never be answered
-    EXPECT_NE(read_text(dir.file("mine.ini")).find("\nbase=13\n"), std::string::npos);
+    EXPECT_NE(read_text(dir.file("mine.ini")).find("\nbase=13\n"), std::string::npos) << name;
     g_remove(dir.file("mine.ini").c_str());
   }
 }

@@ -6,6 +6,7 @@
 
 #include "callbacks.h"
 #include "interface.h"
+#include "main.h"
 #include "preview.h"
 #include "rampdialog.h"
 #include "support.h"
@@ -164,18 +165,12 @@ TEST(Interface, EveryHandlerIsConnected) {
   const struct {
     const char *widget, *signal;
     GCallback handler;
-  } wiring[] = {SIG(window_main, delete_event),
-                SIG(treeview_rasters_left, cursor_changed),
-                SIG(treeview_rasters_right, cursor_changed),
-                DRAWN(drawingarea_left_border),
-                INPUT(drawingarea_left_border),
-                DRAWN(drawingarea_right_border),
-                INPUT(drawingarea_right_border),
-                DRAWN(drawingarea_upper_border),
-                DRAWN(drawingarea_picture),
-                DRAWN(drawingarea_lower_border),
-                DRAWN(drawingarea_border_color),
-                SIG(drawingarea_border_color, button_press_event)};
+  } wiring[] = {// clang-format off
+      SIG(window_main, delete_event), SIG(treeview_rasters_left, cursor_changed), SIG(treeview_rasters_right, cursor_changed),
+      DRAWN(drawingarea_left_border), INPUT(drawingarea_left_border), DRAWN(drawingarea_right_border),
+      INPUT(drawingarea_right_border), DRAWN(drawingarea_upper_border), DRAWN(drawingarea_picture),
+      DRAWN(drawingarea_lower_border), DRAWN(drawingarea_border_color), SIG(drawingarea_border_color, button_press_event)};
+  // clang-format on
   Pristine w;
   for (const auto &c : wiring) EXPECT_TRUE(connected(w[c.widget], c.signal, c.handler)) << c.widget << " " << c.signal;
 }
@@ -188,21 +183,19 @@ TEST(Interface, DrawingAreasFormTheScreenAndOnlyTheSideBordersTakeInput) {
     const char *name;
     int x, y, width, height;
     gint events;
-  } areas[] = {{"drawingarea_left_border", 0, 0, 48, 296, input},
-               {"drawingarea_upper_border", 48, 0, 320, 48, 0},
-               {"drawingarea_picture", 48, 48, 320, 200, 0},
-               {"drawingarea_lower_border", 48, 248, 320, 48, 0},
-               {"drawingarea_right_border", 368, 0, 48, 296, input},
-               {"drawingarea_border_color", -1, -1, 256, 16, GDK_BUTTON_PRESS_MASK}};
-  GtkWidget *window = start_app();
+  } areas[] = {// clang-format off
+      {"drawingarea_left_border", 0, 0, 48, 296, input}, {"drawingarea_upper_border", 48, 0, 320, 48, 0},
+      {"drawingarea_picture", 48, 48, 320, 200, 0}, {"drawingarea_lower_border", 48, 248, 320, 48, 0},
+      {"drawingarea_right_border", 368, 0, 48, 296, input}, {"drawingarea_border_color", -1, -1, 256, 16, GDK_BUTTON_PRESS_MASK}};
+  // clang-format on
+  start_app();
   pump_events(50);
-  const GtkAllocation origin = lookup_widget(window, areas[0].name)->allocation;
+  const GtkAllocation origin = lookup_widget(window_main, areas[0].name)->allocation;
   for (const auto &a : areas) {
-    GtkWidget *area = lookup_widget(window, a.name);
+    GtkWidget *area = lookup_widget(window_main, a.name);
     GtkAllocation r = area->allocation;
     if (a.x < 0) r.x = origin.x - 1, r.y = origin.y - 1;  // the picker lies elsewhere
-    EXPECT_EQ((std::vector{r.x - origin.x, r.y - origin.y, r.width, r.height}),
-              (std::vector{a.x, a.y, a.width, a.height}))
+    EXPECT_EQ(std::tuple(r.x - origin.x, r.y - origin.y, r.width, r.height), std::tuple(a.x, a.y, a.width, a.height))
         << a.name;
     EXPECT_EQ(gtk_widget_get_events(area) & input, a.events) << a.name;
     EXPECT_EQ(gtk_widget_get_can_focus(area), a.events == input) << a.name;
@@ -229,17 +222,15 @@ TEST(Interface, Dialogs) {
       // clang-format on
   };
   for (const auto &r : rows) {
-    SCOPED_TRACE(r.title);
-    GtkWidget *d = r.build();
+    GtkWidget *d = r.build(), *no = lookup_widget(d, r.no), *yes = lookup_widget(d, r.yes);
     for (const char *name : r.names) EXPECT_NE(lookup_widget(d, name), nullptr) << name;
     EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(d)), r.title);
-    GtkWidget *no = lookup_widget(d, r.no), *yes = lookup_widget(d, r.yes);
-    EXPECT_EQ(gtk_dialog_get_response_for_widget(GTK_DIALOG(d), no), r.no_response);
-    EXPECT_EQ(gtk_dialog_get_response_for_widget(GTK_DIALOG(d), yes), r.yes_response);
-    if (r.action >= 0) {
-      EXPECT_EQ(gtk_file_chooser_get_action(GTK_FILE_CHOOSER(d)), r.action);
-      EXPECT_TRUE(gtk_widget_has_default(yes));
-    }
+    EXPECT_EQ(std::pair(gtk_dialog_get_response_for_widget(GTK_DIALOG(d), no),
+                        gtk_dialog_get_response_for_widget(GTK_DIALOG(d), yes)),
+              std::pair(r.no_response, r.yes_response))
+        << r.title;
+    EXPECT_EQ(GTK_IS_FILE_CHOOSER(d) ? int(gtk_file_chooser_get_action(GTK_FILE_CHOOSER(d))) : -1, r.action);
+    EXPECT_TRUE(r.action < 0 || gtk_widget_has_default(yes)) << r.title;
     gtk_widget_destroy(d);
   }
 }
