@@ -339,6 +339,7 @@ TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
 TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   activate("menuitem_interface_compact");
   undo_module_init();
+  gtk_widget_grab_focus(drawingarea_right_border);
   press(1, 100 - 3);
   ASSERT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
   constexpr unsigned kCtrl = GDK_CONTROL_MASK, kCtrlShift = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
