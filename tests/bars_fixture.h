@@ -30,8 +30,7 @@ inline void set_selection(int side, Selection to) { selection_of(side) = to; }
 // All entries -1, both cursors on line 51.
 inline void reset_arrays() {
   rasterarray_delete_all_bars();
-  set_selection(0, {51, 51, 0});
-  set_selection(1, {51, 51, 0});
+  for (int side : {0, 1}) set_selection(side, {51, 51, 0});
 }
 
 // A bar list row, or a run of lines in one colour: start, height, colour.
@@ -134,6 +133,11 @@ inline void paint_ramp(const char *choice, const char *shape, const char *custom
   activate("menuitem_tools_ramp");
 }
 
+inline void set_zoom(int z) {
+  activate(("menuitem_zoom_" + std::to_string(z) + "x").c_str());
+  pump_events(50);
+}
+
 // The colour a side's border area shows at (x, line) in zoom-1 terms.
 struct Probe {
   int side, x, line, colour;
@@ -146,8 +150,7 @@ inline void expect_shown(const std::vector<Probe> &probes) {
     for (int loaded : {1, 0})
       for (int side : {1, 0}) {
         picture_loaded = loaded;
-        g_autofree gchar *item = g_strdup_printf("menuitem_zoom_%dx", z);
-        activate(item);
+        set_zoom(z);
         gtk_widget_queue_draw(area_of(side));
         GdkPixbuf *shot = grab_widget(area_of(side));
         for (const Probe &p : probes) {
@@ -159,7 +162,7 @@ inline void expect_shown(const std::vector<Probe> &probes) {
         g_object_unref(shot);
       }
   picture_loaded = 1;
-  activate("menuitem_zoom_1x");
+  set_zoom(1);
 }
 
 // Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
@@ -172,6 +175,6 @@ class BarsTest : public ::testing::Test {
     activate("menuitem_interface_extended");
     ASSERT_EQ(interface_extended, 1);
     picture_loaded = 1, border_color_index = 6;
-    activate("menuitem_zoom_1x");
+    set_zoom(1);
   }
 };

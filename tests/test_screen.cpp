@@ -324,11 +324,6 @@ TEST_F(Borders, EndsOfTheBarListAndNoSelection) {
   EXPECT_TRUE(bars(1).empty());
 }
 
-void set_zoom(int z) {
-  activate(("menuitem_zoom_" + std::to_string(z) + "x").c_str());
-  pump_events(50);
-}
-
 // No picture, border colour 0.
 class ScreenView : public BarsTest {
  protected:
