@@ -119,9 +119,9 @@ copied: get_bit
         bcs new_offset
         jsr gamma
         ldx KIND
-        beq literal_length
-        bne match               ; always: a repeat match
+        beq literal_length      ; else a repeat match
 
+; dst_ptr -= length; src_ptr = dst_ptr + offset
 match:  sec
         lda dst_ptr
         sbc LENGTH
