@@ -25,27 +25,31 @@ constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
 static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
 static_assert(kCoreBytes < kCopyBytes);
 
-// Offset classes as decrunch.s tabulates them.
+// Offset classes as decrunch.s defines them: the nearest in NEAR_BITS bits from offset 1,
+// the farther ones tabulated from class 1 on.
 struct OffsetClass {
   int prefix_bits, value_bits;
-  bool raw;
+  bool raw;  // the low 8 bits come as a whole byte
   unsigned base, size;
+  unsigned bias;  // the length is sent less this: the class's shortest match is bias + 1
 };
 struct OffsetClasses {
   std::array<OffsetClass, kClasses> c{};
   unsigned limit = 0;  // one past the largest offset
   OffsetClasses() {
     auto core = [](unsigned label) { return kDecrunchLo[kCoreOffset + label - kCoreLinkedAt]; };
-    for (int i = 0; i < kClasses; ++i) {
+    c[0] = {1, static_cast<int>(kDecrunch_NEAR_BITS), false, 1, 1u << kDecrunch_NEAR_BITS, 0};
+    for (int i = 1; i < kClasses; ++i) {
       OffsetClass &k = c[i];
       k.prefix_bits = i < kClasses - 1 ? i + 1 : kClasses - 1;
-      k.raw = i >= static_cast<int>(kDecrunch_OFFSET_RAW_FROM);
+      k.raw = true;
       const unsigned marker = core(kDecrunch_offset_bits + i);  // leaves A after the bits
-      k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + (k.raw ? 8 : 0);
-      k.base = core(kDecrunch_offset_base_lo + i) | core(kDecrunch_offset_base_hi + i) << 8;
+      k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + 8;
+      k.base = (core(kDecrunch_offset_base_lo + i - 1) | core(kDecrunch_offset_base_hi + i - 1) << 8) + 1;  // less 1
       k.size = 1u << k.value_bits;
+      k.bias = core(kDecrunch_length_bias + i - 1);
     }
-    limit = kDecrunch_OFFSET_END;
+    limit = kDecrunch_OFFSET_END + 1;  // offset - 1 from OFFSET_END on ends the stream
   }
   int of(unsigned offset) const {
     for (int i = 0; i < kClasses; ++i)
@@ -61,10 +65,10 @@ const OffsetClasses classes;
 
 int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
 
-// The number a new offset match's length is sent as: the length itself for the nearest
-// offsets (the only ones that may copy a single byte), else the length - 1.
+// The number a new offset match's length is sent as: the length less its class's bias (the
+// nearest offsets send the length itself: only they may copy a single byte).
 unsigned length_code(unsigned offset, size_t length) {
-  return static_cast<unsigned>(classes.of(offset) == 0 ? length : length - 1);
+  return static_cast<unsigned>(length - classes.c[classes.of(offset)].bias);
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
@@ -78,9 +82,11 @@ class BitWriter {
  public:
   Bytes bytes;
   void bit(int b) {
-    if (free_ == 0) {
+    if (free_ == last_) {
       at_ = bytes.size();
-      bytes.push_back(0);
+      bytes.push_back(first_ ? 1 : 0);  // the first register byte brings its own sentinel
+      last_ = first_ ? 1 : 0;
+      first_ = false;
       free_ = 8;
     }
     --free_;
@@ -101,7 +107,8 @@ class BitWriter {
 
  private:
   size_t at_ = 0;
-  int free_ = 0;
+  int free_ = 0, last_ = 0;  // bits left in the register byte at at_; the first keeps its bit 0
+  bool first_ = true;
 };
 
 void put_offset(BitWriter &w, unsigned offset) {
@@ -128,14 +135,18 @@ struct Arrival {
   unsigned repeat = 0;  // the offset a repeat match would use
 };
 
-constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
-constexpr unsigned kLengthsTried = 256;     // longer matches are tried at these and at full length
+constexpr unsigned kLiteralRunsTried = 32;             // from each match; longer runs grow one byte at a time
+constexpr unsigned kMaxLength = kDecrunch_MAX_LENGTH;  // of every token: longer runs take several
 constexpr int kChainLimit = 1024;
-// Extra bits charged per token in the parse, for its decoding time: a new offset costs the
-// decruncher about as much as all other work of a token, so a single byte copied from near
-// by is not worth it when it saves only a bit. (Benchmark: 1 bit here costs 0.05 % in size
-// and saves 2.5 % in decrunch time on the sample pictures; larger weights trade further.)
-constexpr uint32_t kDecodeWeight[] = {0, 0, 1};  // by Kind: literal run, repeat match, new offset
+// Costs in the parse are in sixteenths of a bit. Each new token is charged extra for its
+// decoding time, by kind and, for new offsets, by class (the nearest decode fastest): the
+// parse then trades a little size for speed where a token saves only a bit or two. These
+// weights bring the decrunch time of the editor's export programs to 35 cycles per byte for
+// 1 % more size than none would; see docs/performance.md for the trade.
+constexpr uint32_t kBit = 16;
+constexpr uint32_t kLiteralRunCharge = 16, kRepeatCharge = 20;
+constexpr std::array<uint32_t, kClasses> kNewOffsetCharge = {36, 40, 44, 48};
+static_assert(kNewOffsetCharge.size() == 4, "one charge per offset class");
 
 // Optimal parse of `r` (the program from its last byte down): arrivals for every length.
 std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
@@ -145,7 +156,10 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
   std::vector<int32_t> head(65536, -1), prev(n, -1);
   size_t i_now = 0;
   auto relax = [&](size_t pos, int state, uint32_t cost, size_t from, int from_state, Token t, unsigned repeat) {
-    if (from == i_now) cost += kDecodeWeight[t.kind];  // a new token (growing a literal run is not one)
+    if (from == i_now)  // a new token (growing a literal run is not one)
+      cost += t.kind == kNew      ? kNewOffsetCharge[classes.of(t.offset)]
+              : t.kind == kRepeat ? kRepeatCharge
+                                  : kLiteralRunCharge;
     Arrival &a = at[pos][state];
     if (cost < a.cost) a = Arrival{cost, static_cast<uint32_t>(from), static_cast<uint8_t>(from_state), t, repeat};
   };
@@ -155,8 +169,7 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
     return k;
   };
   auto lengths = [](size_t lo, size_t hi, auto each) {
-    for (size_t k = lo; k <= hi && k <= kLengthsTried; ++k) each(k);
-    if (hi > kLengthsTried && hi >= lo) each(hi);
+    for (size_t k = lo; k <= hi && k <= kMaxLength; ++k) each(k);
   };
   for (size_t i = 0; i < n; ++i) {
     i_now = i;
@@ -185,30 +198,34 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
       if (state == 1) {
         const size_t most = std::min<size_t>(n - i, kLiteralRunsTried);
         for (size_t k = 1; k <= most; ++k)
-          relax(i + k, 0, here.cost + 1 + gamma_bits(k) + 8 * k, i, 1, {kLiteral, static_cast<unsigned>(k), 0},
+          relax(i + k, 0, here.cost + kBit * (1 + gamma_bits(k) + 8 * k), i, 1, {kLiteral, static_cast<unsigned>(k), 0},
                 here.repeat);
       } else {
-        // Longer runs: this run grown by one byte.
+        // Longer runs: this run grown by one byte. A run of the longest length is followed
+        // as a match is, so that another literal run may go on from it.
         const unsigned k = here.token.length;
-        relax(i + 1, 0, here.cost + 8 + gamma_bits(k + 1) - gamma_bits(k), here.from, 1, {kLiteral, k + 1, 0},
-              here.repeat);
+        if (k < kMaxLength)
+          relax(i + 1, k + 1 == kMaxLength ? 1 : 0, here.cost + kBit * (8 + gamma_bits(k + 1) - gamma_bits(k)),
+                here.from, 1, {kLiteral, k + 1, 0}, here.repeat);
       }
       if (state == 0 && here.repeat && here.repeat <= i) {
         lengths(1, match_length(i, here.repeat), [&](size_t k) {
-          relax(i + k, 1, here.cost + 1 + gamma_bits(k), i, 0, {kRepeat, static_cast<unsigned>(k), here.repeat},
-                here.repeat);
+          relax(i + k, 1, here.cost + kBit * (1 + gamma_bits(k)), i, 0,
+                {kRepeat, static_cast<unsigned>(k), here.repeat}, here.repeat);
         });
       }
       for (unsigned offset = classes.c[0].base; offset < classes.c[0].base + classes.c[0].size && offset <= i; ++offset)
         if (r[i] == r[i - offset]) {  // a single byte from near by
-          relax(i + 1, 1, here.cost + 1 + classes.cost(offset) + gamma_bits(1), i, state, {kNew, 1, offset}, offset);
+          relax(i + 1, 1, here.cost + kBit * (1 + classes.cost(offset) + gamma_bits(1)), i, state, {kNew, 1, offset},
+                offset);
           break;
         }
       size_t shorter = 1;
       for (auto [offset, longest] : found) {
         const int offset_cost = 1 + classes.cost(offset);
-        lengths(shorter + 1, longest, [&](size_t k) {
-          relax(i + k, 1, here.cost + offset_cost + gamma_bits(length_code(offset, k)), i, state,
+        const size_t shortest = std::max<size_t>(shorter + 1, classes.c[classes.of(offset)].bias + 1);
+        lengths(shortest, longest, [&](size_t k) {
+          relax(i + k, 1, here.cost + kBit * (offset_cost + gamma_bits(length_code(offset, k))), i, state,
                 {kNew, static_cast<unsigned>(k), offset}, offset);
         });
         shorter = longest;
@@ -258,7 +275,7 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     pos += k.length;
   }
   w.bit(1);
-  put_offset(w, kDecrunch_OFFSET_END);
+  put_offset(w, classes.limit);
   return w.bytes;
 }
 

@@ -5,39 +5,53 @@
 ; bytes of the program, kept as they are) to a free page above both the program and the
 ; crunched file, and jumps there. core reads the stream from its last byte down and writes
 ; the program from its top down, so the writes only reach stream bytes already read (the
-; cruncher proves this for every file). The cruncher relocates core to its page and patches
-; the operands marked "patched"; the labels it needs are exported.
+; cruncher proves this for every file), and copies the tail last. The cruncher relocates
+; core to its page and patches the operands marked "patched"; the labels it needs are
+; exported.
 ;
 ; Stream: one byte sequence read downwards, holding whole bytes and the bytes of a bit
 ; register (bits taken from bit 7 down; a set sentinel bit marks it empty), each taken when
-; it is needed. Tokens:
+; it is needed. The register starts empty without its sentinel, so the first register byte
+; brings its own: bit 0 set, 7 bits in it. Every length is 1 to 255 (longer runs take several tokens). Tokens:
 ;   literal run       gamma length, then that many bytes
 ;   repeat match      gamma length; copy from the last offset
-;   new offset match  the offset's class (up to OFFSET_CLASSES - 1 bits: 1 = next class),
-;                     the class's bit count of offset bits, then a whole byte as the low 8
-;                     bits when the class says so; plus the class's base. Offsets from
-;                     OFFSET_END on end the stream. Then gamma length, less 1 from class 1 on.
+;   new offset match  the offset's class (unary, at most OFFSET_CLASSES - 1 bits: 1 = next
+;                     class), the class's bit count of offset bits, then a whole byte as
+;                     the low 8 bits when the class says so; plus the class's base. Offsets
+;                     from OFFSET_END on end the stream. Then gamma length, less the
+;                     class's length bias (the shortest match the class may send, less 1).
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
-; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
+; a new offset match (1); after a match, and after a literal run of 255 bytes, it picks a
+; literal run (0) or a new offset match (1).
 ; Gamma: 0 ends the number, 1 is followed by its next bit below the leading 1.
 ;
 ; Zero page: the BASIC floating point work area $57-$5E; interrupts and $01 are left alone.
         .setcpu "6502"
 
 BITS     = $57
-LENLO    = $58
-LENHI    = $59
-OFFLO    = $5a
-OFFHI    = $5b
-STREAM   = $5c                  ; and $5d: the next stream byte
-KIND     = $5e                  ; 0 after a literal run, else after a match
+LENGTH   = $58
+OFFLO    = $59                  ; and OFFHI: the offset less 1
+OFFHI    = $5a
+STREAM   = $5b                  ; and $5c: the next stream byte
+KIND     = $5d                  ; 0 after a match, else after a literal run
 
 OFFSET_CLASSES = 4
-OFFSET_RAW_FROM = 1              ; classes from this one on end in a whole byte
+NEAR_BITS = 3                    ; class 0: offsets 1 to 8, length sent as it is
+MAX_LENGTH = 255
 
-        .export OFFSET_CLASSES, OFFSET_RAW_FROM, init, copy_half, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
+        .export OFFSET_CLASSES, NEAR_BITS, MAX_LENGTH
+        .export init, copy_half, init_src, init_dst, init_src2, init_dst2, init_jmp, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_len, tail_dst, start_addr
-        .export offset_bits, offset_base_lo, offset_base_hi, OFFSET_END
+        .export offset_bits, offset_base_lo, offset_base_hi, length_bias, OFFSET_END
+
+; One bit of the stream into carry; keeps A, X and Y.
+.macro  get_bit
+        .local got
+        asl BITS
+        bne got
+        jsr refill
+got:
+.endmacro
 
         .segment "INIT"
 ; Copies core and the tail, as two halves of at most 255 bytes each, to where core runs,
@@ -65,149 +79,105 @@ stream_lo = * - 1
         lda #$ff                ; patched: and high
 stream_hi = * - 1
         sta STREAM+1
-        lda #$80
-        sta BITS
-        ldy #0                  ; Y is 0 between tokens (copy, refill and get_byte leave it so)
-        beq literal             ; always
-
-; The pages above the rest, each copied from its top; X = LENHI, Y = LENLO.
-copy_long:
-        sec
-        tya
-        adc src_ptr
-        sta page_src
-        txa
-        adc src_ptr+1
-        sta page_src+1
-        sec
-        tya
-        adc dst_ptr
-        sta page_dst
-        txa
-        adc dst_ptr+1
-        sta page_dst+1
-copy_page:
-        dec page_src+1
-        dec page_dst+1
-        ldy #0
-copy_page_byte:
-        dey
-        lda $ffff,y
-page_src = * - 2
-        sta $ffff,y
-page_dst = * - 2
-        tya
-        bne copy_page_byte
-        dex
-        bne copy_page
-        ldy LENLO
-        bne copy_short
-        beq copied
+        ldy #0                  ; Y is 0 between tokens (copy and refill leave it so)
+        sty BITS                ; empty, and no sentinel: the first register byte has its own
 
 literal:
         jsr gamma
-literal_length:                 ; the length read
+literal_length:                 ; the length read, in A and LENGTH
+        eor #MAX_LENGTH         ; KIND: not 0 after a literal run, but 0 (as after a match)
+        sta KIND                ; after one of the longest, which another run may follow
         sec
         lda STREAM
-        sbc LENLO
+        sbc LENGTH
         sta STREAM
         sta src_ptr
-        lda STREAM+1
-        sbc LENHI
-        sta STREAM+1
+        bcs :+
+        dec STREAM+1
+:       lda STREAM+1
         sta src_ptr+1
-        lda dst_ptr             ; carry is set: the stream does not wrap
-        sbc LENLO
+        sec
+        lda dst_ptr
+        sbc LENGTH
         sta dst_ptr
-        lda dst_ptr+1
-        sbc LENHI
-        sta dst_ptr+1
-        sty KIND                ; 0: a literal run
+        bcs copy
+        dec dst_ptr+1
 
-; Copies LENHI:LENLO (at least 1) bytes from src_ptr + 1 up to dst_ptr + 1 up, highest
-; byte first: whole pages first (from the top), then the rest with the short loop.
-copy:   ldy LENLO
-        ldx LENHI
-        bne copy_long
-copy_short:
+; Copies LENGTH bytes from src_ptr + 1 up to dst_ptr + 1 up, highest byte first.
+copy:   ldy LENGTH
+copy_byte:
         lda $ffff,y
 src_ptr = * - 2
         sta $ffff,y             ; patched: the program's last byte
 dst_ptr = * - 2
         dey
-        bne copy_short
+        bne copy_byte
 
 ; The next token: 1 = a new offset match, else a length for a literal run (after a match)
 ; or a repeat match (after a literal run).
-copied: asl BITS
-        bne :+
-        jsr refill
-:       bcs new_offset
+copied: get_bit
+        bcs new_offset
         jsr gamma
         ldx KIND
-        bne literal_length
+        beq literal_length      ; else a repeat match
 
 ; dst_ptr -= length; src_ptr = dst_ptr + offset
 match:  sec
         lda dst_ptr
-        sbc LENLO
+        sbc LENGTH
         sta dst_ptr
-        tax
-        lda dst_ptr+1
-        sbc LENHI
-        sta dst_ptr+1
-        tay
-        clc
-        txa
-        adc OFFLO
+        bcs :+
+        dec dst_ptr+1
+        sec
+:       adc OFFLO               ; carry is set: OFFHI:OFFLO is the offset less 1
         sta src_ptr
-        tya
+        lda dst_ptr+1
         adc OFFHI
-        sta src_ptr+1           ; not 0: the program lies above page 0
-        sta KIND                ; not 0: a match
-        bne copy                ; always
+        sta src_ptr+1
+        sty KIND                ; 0: a match
+        bcc copy                ; always: the source lies below $10000
 
+; A new offset: its class, its bits (the nearest class ends there), then the low byte.
 new_offset:
         ldx #0
-class:  cpx #OFFSET_CLASSES-1
-        beq class_bits
-        asl BITS
-        bne :+
-        jsr refill
-:       bcc class_bits
+class:  get_bit
+        bcc class_bits
         inx
+        cpx #OFFSET_CLASSES-1
         bne class
 class_bits:
-        sty OFFHI
         lda offset_bits,x       ; a marker bit that leaves A after the class's bits
-        beq class_raw
+        beq class_byte
 class_bit:
-        asl BITS
-        bne :+
-        jsr refill
-:       rol a
+        get_bit
+        rol a
         bcc class_bit
-class_raw:
-        cpx #OFFSET_RAW_FROM
-        bcc class_base
+        cpx #1
+        bcs class_byte
+        sta OFFLO               ; the nearest class: offsets 1 to 8, less 1
+        sty OFFHI
+        jsr gamma               ; the length itself
+        bcc match               ; always
+class_byte:
         sta OFFHI
-        jsr get_byte
-class_base:
+        lda (STREAM),y          ; the low 8 bits, a whole byte
+        ldy STREAM
+        bne :+
+        dec STREAM+1
+:       dec STREAM
+        ldy #0
         clc
-        adc offset_base_lo,x
+        adc offset_base_lo-1,x
         sta OFFLO
         lda OFFHI
-        adc offset_base_hi,x
+        adc offset_base_hi-1,x
         sta OFFHI
         cmp #>OFFSET_END        ; the end marker
         beq done
-        jsr gamma
-        txa                     ; the nearest offsets send the length itself
-        beq match
-        inc LENLO
-        bne match
-        inc LENHI
-        bne match               ; always
+        jsr gamma               ; carry is clear
+        adc length_bias-1,x
+        sta LENGTH
+        bcc match               ; always
 
 done:   ldx #$00                ; patched: tail length
 tail_len = * - 1
@@ -237,41 +207,28 @@ refill_low:
         pla
         rts
 
-; Gamma number into LENHI:LENLO (and A); returns with carry clear. Keeps X; Y must be 0.
-gamma:  sty LENHI
-        lda #1
+; Gamma number (1 to 255) into LENGTH and A; returns with carry clear. Keeps X and Y.
+gamma:  lda #1
 gamma_next:
-        asl BITS
-        bne :+
-        jsr refill
-:       bcc gamma_end
-        asl BITS
-        bne :+
-        jsr refill
-:       rol a
-        rol LENHI
-        bcc gamma_next
+        get_bit
+        bcc gamma_end
+        get_bit
+        rol a
+        bcc gamma_next          ; always: the numbers stay below 256
 gamma_end:
-        sta LENLO
-        rts
-
-; The next stream byte into A; keeps X; Y is 0 on entry and exit.
-get_byte:
-        lda (STREAM),y
-        ldy STREAM
-        bne get_byte_low
-        dec STREAM+1
-get_byte_low:
-        dec STREAM
-        ldy #0
+        sta LENGTH
         rts
 
 ; Widths 3, 8, 9 and 12 bits, tuned on the editor's export programs: bits read one by one
 ; (as the marker bit that leaves A after them), then a whole byte from class 1 on. Offsets
 ; count from 1, so that the next cell of a bitmap (8 back) is among the nearest; the page
-; after the last class ends the stream.
-offset_bits:    .byte $20, $00, $80, $10
-offset_base_lo: .byte <1, <9, <265, <777
-offset_base_hi: .byte >1, >9, >265, >777
-OFFSET_END = (777 + $1000) & $ff00
+; after the last class ends the stream. The nearest class sends the length itself (only it
+; may copy a single byte); the farther ones the length less 1, and the farthest, whose
+; matches are at least 3 bytes long (2 would cost more than two literal bytes), less 2.
+; The nearest class is coded in full here; the base and bias tables start at class 1.
+offset_bits:    .byte 1 << (8 - NEAR_BITS), $00, $80, $10
+offset_base_lo: .byte <8, <264, <776        ; from class 1: the first offset, less 1
+offset_base_hi: .byte >8, >264, >776
+length_bias:    .byte 1, 1, 2
+OFFSET_END = (776 + $1000) & $ff00               ; offset - 1 from here on: the end
 core_end:

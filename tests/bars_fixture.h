@@ -1,11 +1,12 @@
 // Shared by the bar test programs: the started program with no bars, a side's bars and
-// selection as values in both forms (list rows and line arrays), the list views' selection, the border
-// areas, menu items and drawing.
+// selection as values in both forms (list rows and line arrays), the list views' selection,
+// the border areas, events on them, and what they show.
 #pragma once
 
 #include <gdk/gdkkeysyms.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "callbacks.h"
 #include "main.h"
@@ -16,45 +17,26 @@
 #include "support.h"
 #include "testutil.h"
 
-// One side's Compact selection as a value.
-struct Selection {
-  int start, end, active;
-  bool operator==(const Selection &) const = default;
-};
-
-inline std::ostream &operator<<(std::ostream &os, const Selection &s) {
-  return os << "{" << s.start << "," << s.end << "," << s.active << "}";
+// One side's Compact selection as a value: start (the anchor), end, active. Side 1 is the
+// left border, 0 the right one.
+using Selection = std::tuple<int, int, int>;
+inline std::tuple<int &, int &, int &> selection_of(int side) {
+  if (side == 1) return std::tie(selection_start_left, selection_end_left, selection_active_left);
+  return std::tie(selection_start_right, selection_end_right, selection_active_right);
 }
-
-inline Selection selection(int side) {
-  return side == 1 ? Selection{selection_start_left, selection_end_left, selection_active_left}
-                   : Selection{selection_start_right, selection_end_right, selection_active_right};
-}
-
-inline void set_selection(int side, Selection s) {
-  (side == 1 ? selection_start_left : selection_start_right) = s.start;
-  (side == 1 ? selection_end_left : selection_end_right) = s.end;
-  (side == 1 ? selection_active_left : selection_active_right) = s.active;
-}
+inline Selection selection(int side) { return selection_of(side); }
+inline void set_selection(int side, Selection to) { selection_of(side) = to; }
 
 // All entries -1, both cursors on line 51.
 inline void reset_arrays() {
   rasterarray_delete_all_bars();
-  set_selection(0, {51, 51, 0});
-  set_selection(1, {51, 51, 0});
+  for (int side : {0, 1}) set_selection(side, {51, 51, 0});
 }
 
-struct Bar {
-  int start, height, color;
-  bool operator==(const Bar &) const = default;
-};
+// A bar list row, or a run of lines in one colour: start, height, colour.
+using Bar = std::tuple<int, int, int>;
 using Bars = std::vector<Bar>;
 
-inline std::ostream &operator<<(std::ostream &os, const Bar &b) {
-  return os << "(" << b.start << "," << b.height << "," << b.color << ")";
-}
-
-// Side 1 is the left border, 0 the right one.
 inline GtkListStore *list_of(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
 inline GtkTreeView *view_of(int side) {
   return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
@@ -66,17 +48,16 @@ inline Bars bars(int side) {
   Bars out;
   GtkTreeIter row;
   for (gboolean ok = gtk_tree_model_get_iter_first(model, &row); ok; ok = gtk_tree_model_iter_next(model, &row)) {
-    Bar b{};
-    gtk_tree_model_get(model, &row, 0, &b.start, 1, &b.height, 2, &b.color, -1);
-    out.push_back(b);
+    auto &[start, height, colour] = out.emplace_back();
+    gtk_tree_model_get(model, &row, 0, &start, 1, &height, 2, &colour, -1);
   }
   return out;
 }
 
 inline void set_bars(int side, const Bars &content) {
   gtk_list_store_clear(list_of(side));
-  for (const Bar &b : content)
-    gtk_list_store_insert_with_values(list_of(side), nullptr, -1, 0, b.start, 1, b.height, 2, b.color, -1);
+  for (auto [start, height, colour] : content)
+    gtk_list_store_insert_with_values(list_of(side), nullptr, -1, 0, start, 1, height, 2, colour, -1);
 }
 
 inline void select_row(int side, int index) {
@@ -103,7 +84,7 @@ inline std::vector<int> lines(int side) {
 // A whole array as `fill` everywhere, with the given bars painted over it in order.
 inline std::vector<int> painted(const Bars &content, int fill = -1) {
   std::vector<int> out(RASTER_LINES, fill);
-  for (const Bar &b : content) std::fill(out.begin() + b.start, out.begin() + b.start + b.height, b.color);
+  for (auto [start, height, colour] : content) std::fill(out.begin() + start, out.begin() + start + height, colour);
   return out;
 }
 
@@ -111,32 +92,25 @@ inline void set_lines(int side, const std::vector<int> &content) {
   std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
 }
 
-// The colour keys of both key maps, from their tables: the digit row 1..8 gives 0..7 and the
-// row q..i 8..15 in every state; keypad 0..7 gives 0..7, and 8..15 with Control only.
-// Each row: key value, colour with Shift only, with Control only, in every other state.
-template <typename Row>
-std::vector<Row> colour_key_rows() {
-  std::vector<Row> rows;
-  const std::string main_keys = "12345678qwertyui";
-  for (int k = 0; k < 16; ++k) rows.push_back({unsigned(main_keys[k]), k, k, k});
-  for (int k = 0; k < 8; ++k) rows.push_back({GDK_KP_0 + unsigned(k), k, k + 8, k});
-  return rows;
-}
-
 constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;
-// The modifier states every key is tried in: none, Shift, Control, Alt and two combinations.
-constexpr unsigned kStates[] = {0,
-                                GDK_SHIFT_MASK,
-                                GDK_CONTROL_MASK,
-                                GDK_MOD1_MASK,
-                                GDK_CONTROL_MASK | GDK_SHIFT_MASK,
-                                GDK_SHIFT_MASK | GDK_MOD1_MASK};
 
 // A key press on a side's border area; returns whether it was handled.
 inline gboolean border_key(int side, unsigned keyval, unsigned state = 0) {
   GdkEventKey ev{};
   ev.type = GDK_KEY_PRESS, ev.window = area_of(side)->window, ev.state = state, ev.keyval = keyval;
   return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
+}
+
+// A mouse button press at (x, y) on a border area or the colour picker; returns whether it was handled.
+inline gboolean press_on(GtkWidget *area, double x, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1,
+                         unsigned state = 0) {
+  GdkEventButton ev{};
+  ev.type = type, ev.window = area->window, ev.x = x, ev.y = y, ev.state = state, ev.button = button;
+  return gtk_widget_event(area, reinterpret_cast<GdkEvent *>(&ev));
+}
+inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1,
+                      unsigned state = 0) {
+  return press_on(area_of(side), 10, y, type, button, state);
 }
 
 // A tool button clicked, and `text` typed into a cell of a side's list (the row given by
@@ -159,28 +133,10 @@ inline void paint_ramp(const char *choice, const char *shape, const char *custom
   activate("menuitem_tools_ramp");
 }
 
-// A mouse button press at height y on a side's border area; returns whether it was handled.
-inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, unsigned button = 1,
-                      unsigned state = 0) {
-  GdkEventButton ev{};
-  ev.type = type, ev.window = area_of(side)->window, ev.x = 10, ev.y = y, ev.state = state, ev.button = button;
-  return gtk_widget_event(area_of(side), reinterpret_cast<GdkEvent *>(&ev));
+inline void set_zoom(int z) {
+  activate(("menuitem_zoom_" + std::to_string(z) + "x").c_str());
+  pump_events(50);
 }
-
-// A side's real border area as it shows on the screen at zoom z; at() reads the colour of
-// the last pixel of the z x z block at (x, line) in zoom-1 terms.
-struct Shown {
-  int z;
-  GdkPixbuf *shot;
-  Shown(int side, int zoom) : z(zoom) {
-    g_autofree gchar *item = g_strdup_printf("menuitem_zoom_%dx", zoom);
-    activate(item);
-    gtk_widget_queue_draw(area_of(side));
-    shot = grab_widget(area_of(side));
-  }
-  ~Shown() { g_object_unref(shot); }
-  unsigned at(int x, int line) const { return pixel_at(shot, x * z + z - 1, (line - 3) * z + z - 1); }
-};
 
 // The colour a side's border area shows at (x, line) in zoom-1 terms.
 struct Probe {
@@ -194,15 +150,19 @@ inline void expect_shown(const std::vector<Probe> &probes) {
     for (int loaded : {1, 0})
       for (int side : {1, 0}) {
         picture_loaded = loaded;
-        Shown shown(side, z);
+        set_zoom(z);
+        gtk_widget_queue_draw(area_of(side));
+        GdkPixbuf *shot = grab_widget(area_of(side));
         for (const Probe &p : probes) {
           if (p.side != side) continue;
-          EXPECT_EQ(shown.at(p.x, p.line), rgb_of(p.colour == 1 && !loaded ? 0 : p.colour))
+          EXPECT_EQ(pixel_at(shot, p.x * z + z - 1, (p.line - 3) * z + z - 1),
+                    rgb_of(p.colour == 1 && !loaded ? 0 : p.colour))
               << "zoom " << z << " loaded " << loaded << " side " << side << " at " << p.x << "," << p.line;
         }
+        g_object_unref(shot);
       }
   picture_loaded = 1;
-  activate("menuitem_zoom_1x");
+  set_zoom(1);
 }
 
 // Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
@@ -215,6 +175,6 @@ class BarsTest : public ::testing::Test {
     activate("menuitem_interface_extended");
     ASSERT_EQ(interface_extended, 1);
     picture_loaded = 1, border_color_index = 6;
-    activate("menuitem_zoom_1x");
+    set_zoom(1);
   }
 };

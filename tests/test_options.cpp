@@ -4,7 +4,6 @@
 #include <glib/gstdio.h>
 
 #include <regex>
-#include <string>
 
 #include "controls.h"
 #include "main.h"
@@ -26,6 +25,8 @@ std::string written(const std::string &key) {
   const std::string text = read_text(utf8_path_configfile);
   return std::regex_search(text, m, std::regex("\n" + key + "=([^\n]*)")) ? m[1].str() : "";
 }
+
+GtkCheckMenuItem *check_item(const char *name) { return GTK_CHECK_MENU_ITEM(lookup_widget(window_main, name)); }
 
 }  // namespace
 
@@ -63,18 +64,18 @@ TEST(Options, LoadedValuesFollowTheRulesAndReachTheMenus) {
                {"[misc]\nreencode_graphics=false", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false},
                {"[misc]\nreencode_graphics=junk", &options_reencode_graphics, 0, "menuitem_reencode_graphics", false}};
   for (const auto &c : cases) {
-    gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, "menuitem_reencode_graphics")),
-                                   FALSE);
+    gtk_check_menu_item_set_active(check_item("menuitem_reencode_graphics"), FALSE);
     *c.option = 99;
     load_config(std::string(c.text) + "\n");
     EXPECT_EQ(*c.option, c.expected) << c.text;
     controls_adjust_from_options();
-    EXPECT_EQ(gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(lookup_widget(window_main, c.item))), c.active)
-        << c.text;
+    EXPECT_EQ(gtk_check_menu_item_get_active(check_item(c.item)), c.active) << c.text;
   }
 }
 
-TEST(Options, OnlyATwoValuePositionMovesTheWindow) {
+// A position moves the window only when it holds exactly two values; a picture folder is kept,
+// and a file named after it leaves it so.
+TEST(Options, PositionAndPictureFolderRules) {
   start_app();
   for (std::string value : {"10;20;30;", "10;20;"}) {
     load_config("[application]\nposition=" + value + "\n");
@@ -84,20 +85,12 @@ TEST(Options, OnlyATwoValuePositionMovesTheWindow) {
     gtk_window_get_position(GTK_WINDOW(window_main), &x, &y);
     EXPECT_EQ(std::pair(x, y) == std::pair(10, 20), value == "10;20;") << value;
   }
-}
-
-TEST(Options, APictureFolderIsKeptButAFileIsNot) {
-  start_app();
   TempDir tmp;
   write_text(tmp.file("koala.kla"), "x");
-  auto load_picture_dir = [](const std::string &path) {
-    gchar *uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
+  for (const std::string &path : {tmp.path(), tmp.file("koala.kla")}) {
+    g_autofree gchar *uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
     load_config(std::string("[directories]\npicture_dir=") + uri + "\n");
-    g_free(uri);
-  };
-  load_picture_dir(tmp.file("koala.kla"));
-  EXPECT_EQ(options_picture_dir_string, nullptr);
-  load_picture_dir(tmp.path());
+  }
   EXPECT_STREQ(options_picture_dir_string, tmp.path().c_str());
 }
 

@@ -1,7 +1,5 @@
 // Colour ramps: shaping and stretching over lines, typed ramps, the Tools > Ramp... dialog
 // painting in both modes (its undo step is in the undo tests), and the lists' "Color" cells.
-#include <gdk/gdkkeysyms.h>
-
 #include "bars_fixture.h"
 #include "rampdialog.h"
 
@@ -56,29 +54,20 @@ TEST(Ramp, ShapesAndStretching) {
 
 // Typed ramps: 1 to 16 numbers 0..15, spaces or commas between; anything else refused.
 TEST(Ramp, TypedRamps) {
-  const struct {
-    const char *text;
-    std::vector<int> colours;  // empty: refused
-  } cases[] = {
-      {"0 11 12 15 1", {0, 11, 12, 15, 1}},
-      {"6,14, 3 ,1", {6, 14, 3, 1}},
-      {" 15 ", {15}},
-      {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}},
-      {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 1", {}},
-      {"16", {}},
-      {"-1", {}},
-      {"3x", {}},
-      {"blue", {}},
-      {"", {}},
-      {" , ", {}},
-  };
-  for (const auto &c : cases) {
+  const std::vector<int> all16{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  // clang-format off
+  const std::pair<const char *, std::vector<int>> cases[] = {  // no colours: refused
+      {"0 11 12 15 1", {0, 11, 12, 15, 1}}, {"6,14, 3 ,1", {6, 14, 3, 1}}, {" 15 ", {15}},
+      {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", all16}, {"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 1", {}},
+      {"16", {}}, {"-1", {}}, {"3x", {}}, {"blue", {}}, {"", {}}, {" , ", {}}};
+  // clang-format on
+  for (const auto &[text, want] : cases) {
     std::vector<int> colours;
     std::string error;
-    const int parsed = ramp_parse(c.text, &colours, &error);
-    EXPECT_EQ(parsed, !c.colours.empty()) << c.text;
-    EXPECT_EQ(error, parsed ? "" : kRampError) << c.text;
-    EXPECT_EQ(parsed ? colours : c.colours, c.colours) << c.text;
+    const int parsed = ramp_parse(text, &colours, &error);
+    EXPECT_EQ(parsed, !want.empty()) << text;
+    EXPECT_EQ(error, parsed ? "" : kRampError) << text;
+    EXPECT_EQ(parsed ? colours : want, want) << text;
   }
 }
 
@@ -88,6 +77,7 @@ using RampCommand = BarsTest;
 
 // Compact mode paints the selected range (made either way) or the cursor line; Extended mode
 // makes one bar per run over the selected bar's lines, or over 51..250 with none selected.
+// The focused side is painted, the other one left alone.
 TEST_F(RampCommand, PaintsInBothModes) {
   activate("menuitem_interface_compact");
   set_lines(1, painted({{95, 20, 5}}));
@@ -95,10 +85,7 @@ TEST_F(RampCommand, PaintsInBothModes) {
   gtk_widget_grab_focus(drawingarea_left_border);
   paint_ramp("radiobutton_ramp_blue", "radiobutton_ramp_rising_falling");
   EXPECT_EQ(status_text(), " Info: Ramp painted");
-  const Bars blue7{{100, 1, 6}, {101, 1, 14}, {102, 1, 3}, {103, 1, 1}, {104, 1, 3}, {105, 1, 14}, {106, 1, 6}};
-  Bars expected{{95, 20, 5}};
-  expected.insert(expected.end(), blue7.begin(), blue7.end());
-  EXPECT_EQ(lines(1), painted(expected));
+  EXPECT_EQ(lines(1), painted({{95, 20, 5}, {100, 7, 6}, {101, 5, 14}, {102, 3, 3}, {103, 1, 1}}));
   EXPECT_EQ(selection(1), (Selection{106, 100, 1}));
   set_selection(0, {60, 69, 1});
   gtk_widget_grab_focus(drawingarea_right_border);
@@ -109,8 +96,8 @@ TEST_F(RampCommand, PaintsInBothModes) {
   EXPECT_EQ(lines(0)[200], 7) << "a single cursor line takes the lightest end";
 
   activate("menuitem_interface_extended");
-  const Bars right{{51, 5, 2}, {60, 10, 1}, {90, 3, 4}}, left{{70, 5, 3}, {200, 2, 2}};
-  set_bars(0, right), set_bars(1, left);
+  const Bars left{{70, 5, 3}, {200, 2, 2}};
+  set_bars(0, {{51, 5, 2}, {60, 10, 1}, {90, 3, 4}}), set_bars(1, left);
   select_row(0, 1);
   gtk_widget_grab_focus(treeview_rasters_right);
   paint_ramp("radiobutton_ramp_blue", "radiobutton_ramp_rising_falling");
@@ -118,15 +105,16 @@ TEST_F(RampCommand, PaintsInBothModes) {
                     {66, 2, 3}, {68, 1, 14}, {69, 1, 6},  {90, 3, 4}};
   EXPECT_EQ(bars(0), ramped);
   EXPECT_EQ(selected_row(0), -1);
+  EXPECT_EQ(bars(1), left);
   gtk_widget_grab_focus(drawingarea_left_border);
   paint_ramp("radiobutton_ramp_fire", "radiobutton_ramp_rising");
   EXPECT_EQ(bars(1), (Bars{{51, 33, 9}, {84, 33, 2}, {117, 34, 8}, {151, 34, 10}, {185, 33, 7}, {218, 33, 1}}));
-  EXPECT_EQ(bars(0), ramped) << "the other side is left alone";
+  EXPECT_EQ(bars(0), ramped);
 }
 
 // A wrong custom ramp keeps the dialog open with a message and what was typed; the
-// colour strip adds colours to the custom ramp; without a picture nothing opens.
-TEST_F(RampCommand, CustomRampsAndRefusals) {
+// colour strip adds colours to the custom ramp.
+TEST_F(RampCommand, CustomRamps) {
   set_bars(1, {{80, 4, 3}});
   select_row(1, 0);
   gtk_widget_grab_focus(drawingarea_left_border);
@@ -136,25 +124,15 @@ TEST_F(RampCommand, CustomRampsAndRefusals) {
     answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *again) {
       message = gtk_label_get_text(GTK_LABEL(in(again, "label_ramp_message")));
       kept = gtk_entry_get_text(GTK_ENTRY(in(again, "entry_ramp_custom")));
-      GtkWidget *strip = in(again, "drawingarea_ramp_palette");
-      GdkEventButton ev{};
-      ev.type = GDK_BUTTON_PRESS, ev.window = strip->window, ev.x = 14 * 16 + 5, ev.y = 4, ev.button = 1;
-      gtk_widget_event(strip, reinterpret_cast<GdkEvent *>(&ev));
+      press_on(in(again, "drawingarea_ramp_palette"), 14 * 16 + 5, 4);
       clicked = gtk_entry_get_text(GTK_ENTRY(in(again, "entry_ramp_custom")));
     });
   });
   activate("menuitem_tools_ramp");
-  EXPECT_EQ(message, kRampError);
-  EXPECT_EQ(kept, "1 99");
-  EXPECT_EQ(clicked, "1 99 14");
+  EXPECT_EQ(std::tie(message, kept, clicked), std::tie(kRampError, "1 99", "1 99 14"));
   EXPECT_EQ(bars(1), (Bars{{80, 4, 3}}));
-
   paint_ramp("radiobutton_ramp_custom", "radiobutton_ramp_rising", "0,15");
   EXPECT_EQ(bars(1), (Bars{{80, 2, 0}, {82, 2, 15}}));
-
-  picture_loaded = 0;
-  activate("menuitem_tools_ramp");
-  EXPECT_EQ(status_text(), " Info: First open a picture or project");
 }
 
 // The dialog shows each preset as a strip of its colours in the palette in force.
@@ -166,9 +144,8 @@ TEST_F(RampCommand, DialogShowsThePresetsInThePaletteInForce) {
     gtk_widget_show(dialog);
     for (const RampPreset &preset : ramp_presets) {
       g_autofree gchar *name = g_strdup_printf("drawingarea_ramp_%s", preset.key);
-      GtkWidget *strip = lookup_widget(dialog, name);
-      ASSERT_NE(strip, nullptr) << name;
-      GdkPixbuf *shot = grab_widget(strip);
+      ASSERT_NE(in(dialog, name), nullptr) << name;
+      GdkPixbuf *shot = grab_widget(in(dialog, name));
       ASSERT_EQ(gdk_pixbuf_get_width(shot), preset.count * 16);
       for (int i = 0; i < preset.count; i++)
         EXPECT_EQ(pixel_at(shot, i * 16 + 8, 8), rgb_of(preset.colours[i])) << palette << " " << name << " " << i;
@@ -182,39 +159,38 @@ TEST_F(RampCommand, DialogShowsThePresetsInThePaletteInForce) {
 // The "Color" cell of a row is painted in the bar's colour, also after a colour key and a
 // palette change; its number is in black or white, whichever stands out.
 TEST_F(RampCommand, ColourCellsShowTheirColour) {
-  const struct {
-    int colour;
-    bool black_text;
-  } text_cases[] = {{0, false}, {1, true}, {6, false}, {7, true}, {11, false}, {12, false}, {13, true}, {15, true}};
-  for (const auto &c : text_cases) EXPECT_EQ(palette_text_is_black_at_index(c.colour), c.black_text) << c.colour;
-
+  for (auto [colour, black] :
+       {std::pair{0, false}, {1, true}, {6, false}, {7, true}, {11, false}, {12, false}, {13, true}, {15, true}})
+    EXPECT_EQ(palette_text_is_black_at_index(colour), black) << colour;
   picture_loaded = 0;  // a palette change would render the (absent) picture again
   set_bars(1, {{60, 5, 2}, {70, 5, 13}});
-  auto cell_colour = [](int row) {
+  auto cell_colours = [] {  // of both rows
     GtkTreeView *view = view_of(1);
-    GtkTreePath *path = gtk_tree_path_new_from_indices(row, -1);
-    GdkRectangle cell;
-    gtk_tree_view_get_cell_area(view, path, gtk_tree_view_get_column(view, 2), &cell);
-    gtk_tree_path_free(path);
-    int x = 0, y = 0;
-    gtk_tree_view_convert_bin_window_to_widget_coords(view, cell.x + cell.width - 3, cell.y + cell.height / 2, &x, &y);
     GdkPixbuf *shot = grab_widget(GTK_WIDGET(view));
-    const unsigned rgb = pixel_at(shot, x, y);
+    std::vector<unsigned> rgb;
+    for (int row : {0, 1}) {
+      GtkTreePath *path = gtk_tree_path_new_from_indices(row, -1);
+      GdkRectangle cell;
+      gtk_tree_view_get_cell_area(view, path, gtk_tree_view_get_column(view, 2), &cell);
+      gtk_tree_path_free(path);
+      int x = 0, y = 0;
+      gtk_tree_view_convert_bin_window_to_widget_coords(view, cell.x + cell.width - 3, cell.y + cell.height / 2, &x,
+                                                        &y);
+      rgb.push_back(pixel_at(shot, x, y));
+    }
     g_object_unref(shot);
     return rgb;
   };
   const unsigned pepto_red = rgb_of(2);
-  EXPECT_EQ(cell_colour(0), pepto_red);
-  EXPECT_EQ(cell_colour(1), rgb_of(13));
+  EXPECT_EQ(cell_colours(), (std::vector{pepto_red, rgb_of(13)}));
   select_row(1, 1);
   gtk_widget_grab_focus(drawingarea_left_border);
   rastermodel_key_press_left(GDK_i, 0);
   gtk_tree_selection_unselect_all(gtk_tree_view_get_selection(view_of(1)));  // its colour would hide the cell
-  EXPECT_EQ(cell_colour(1), rgb_of(15));
+  EXPECT_EQ(cell_colours(), (std::vector{pepto_red, rgb_of(15)}));
   activate("menuitem_palette_high_contrast");
   ASSERT_NE(rgb_of(2), pepto_red);
-  EXPECT_EQ(cell_colour(0), rgb_of(2));
-  EXPECT_EQ(cell_colour(1), rgb_of(15));
+  EXPECT_EQ(cell_colours(), (std::vector{rgb_of(2), rgb_of(15)}));
   activate("menuitem_palette_peptos");
 }
 

@@ -1,65 +1,171 @@
-// Undo and redo in the running editor: every listed user action is one step that undo takes
-// back and redo brings again, a long random session goes back and forth exactly, and Ctrl+Z
-// acts while a border area has the focus. The Edit menu's items follow the ends of the history.
-#include <gdk/gdkkeysyms.h>
+// Undo and redo. The history as plain data: differences between editor states, applying
+// them both ways, the list of steps with its ends and limits, and the memory the steps take.
+// In the running editor: every listed user action is one step that undo takes back and redo
+// brings again, a long random session goes back and forth exactly, and Ctrl+Z acts while a
+// border area has the focus. The Edit menu's items follow the ends of the history.
+#include <malloc.h>
 
 #include <functional>
 #include <random>
 
 #include "bars_fixture.h"
 #include "file_commands.h"
+#include "history.h"
 #include "rampdialog.h"
 #include "undo.h"
 
 namespace {
 
+EditorState blank_state() {
+  EditorState state{};
+  state.extended = 1, state.border = 6;
+  for (SideState &side : state.sides) {
+    side.lines.fill(-1);
+    side.selection_start = side.selection_end = 51;
+    side.selected_row = -1;
+  }
+  state.sides[1].rows = {{51, 10, 2}, {70, 5, 3}, {90, 1, 7}};
+  state.sides[0].rows = {{60, 4, 1}};
+  return state;
+}
+
+HistoryStep border_step(int from, int to) {
+  EditorState a = blank_state(), b = a;
+  a.border = from, b.border = to;
+  return history_diff(a, b);
+}
+
+// Each kind of change goes there and back exactly; a step stores only the changed lines
+// and the rows between the unchanged head and tail of a list.
+TEST(History, DifferencesGoBothWaysStoringOnlyWhatChanged) {
+  using S = EditorState &;
+  const struct {
+    const char *what;
+    std::function<void(S)> edit;
+    int is_step, stored_lines, stored_rows;
+  } changes[] = {
+      // clang-format off
+      {"a line painted, cursor stepping", [](S s) { s.sides[1].lines[100] = 5, s.sides[1].selection_start = s.sides[1].selection_end = 101; }, 1, 1, 0},
+      {"a range on the right", [](S s) { std::fill(&s.sides[0].lines[51], &s.sides[0].lines[251], 3); }, 1, 200, 0},
+      {"a row inserted in the middle", [](S s) { s.sides[1].rows.insert(s.sides[1].rows.begin() + 1, {60, 1, 1}); }, 1, 0, 1},
+      {"first row removed, no selection", [](S s) { s.sides[1].rows.erase(s.sides[1].rows.begin()), s.sides[1].selected_row = -1; }, 1, 0, 1},
+      {"middle row changed", [](S s) { s.sides[1].rows[1].start = 71; }, 1, 0, 2},
+      {"both lists emptied", [](S s) { s.sides[0].rows.clear(), s.sides[1].rows.clear(); }, 1, 0, 4},
+      {"border colour and mode", [](S s) { s.border = 0, s.extended = 0; }, 1, 0, 0},
+      {"selections only", [](S s) { s.sides[0].selection_start = s.sides[0].selection_end = 80, s.sides[1].selected_row = 2; }, 0, 0, 0},
+      // clang-format on
+  };
+  for (const auto &change : changes) {
+    SCOPED_TRACE(change.what);
+    EditorState before = blank_state();
+    before.sides[1].selected_row = 0;
+    EditorState after = before;
+    change.edit(after);
+    const HistoryStep step = history_diff(before, after);
+    EXPECT_EQ(history_step_changes_bars(step), change.is_step);
+    EXPECT_EQ(static_cast<int>(step.lines.size()), change.stored_lines);
+    EXPECT_EQ(static_cast<int>(step.rows.size()), change.stored_rows);
+    EditorState state = after;
+    history_apply(state, step, 0);
+    EXPECT_TRUE(state == before);
+    history_apply(state, step, 1);
+    EXPECT_TRUE(state == after);
+  }
+}
+
+// Undo and redo walk the list; a new step after undoing drops what could be redone; beyond
+// the count limit or the byte budget the oldest steps go, at least 200 being kept.
+TEST(History, EndsRedoDropAndLimits) {
+  History history;
+  EXPECT_EQ(history_take_undo(history), nullptr);
+  EXPECT_EQ(history_take_redo(history), nullptr);
+  history_record(history, border_step(6, 1));
+  history_record(history, border_step(1, 2));
+  EXPECT_EQ(history_take_undo(history)->border_before, 1);
+  EXPECT_EQ(history_take_undo(history)->border_before, 6);
+  EXPECT_FALSE(history_can_undo(history));
+  EXPECT_EQ(history_take_redo(history)->border_after, 1);
+  EXPECT_TRUE(history_can_redo(history));
+  history_record(history, border_step(1, 9));  // replaces the undone step 1 -> 2
+  EXPECT_FALSE(history_can_redo(history));
+  EXPECT_TRUE(history_can_undo(history));
+  ASSERT_EQ(history.steps.size(), 2u);
+  EXPECT_EQ(history.steps.back().border_after, 9);
+
+  history_clear(history);
+  for (std::size_t i = 0; i < history_limit + 5; ++i) history_record(history, border_step(i % 16, (i + 1) % 16));
+  EXPECT_EQ(history.steps.size(), history_limit);
+  EXPECT_EQ(history.steps.front().border_before, 5);  // the first five were dropped
+  EXPECT_EQ(history.bytes, history_bytes(history));
+
+  history_clear(history);
+  EditorState empty = blank_state(), full = empty;
+  for (SideState &side : full.sides) side.lines.fill(0);
+  for (int i = 0; i < 5000; ++i) history_record(history, history_diff(i % 2 ? full : empty, i % 2 ? empty : full));
+  EXPECT_LE(history.bytes, history_byte_budget);
+  EXPECT_GE(history.steps.size(), std::max<std::size_t>(history_kept_steps, 200));
+  EXPECT_LT(history.steps.size(), 5000u);
+  EXPECT_EQ(history.bytes, history_bytes(history));
+}
+
+// 10,000 steps of single-line painting in Compact mode stay under 2 MB, counted and on the heap.
+TEST(History, TenThousandSingleLineStepsTakeUnderTwoMegabytes) {
+  const std::size_t heap_before = mallinfo2().uordblks;
+  History history;
+  EditorState state = blank_state();
+  state.extended = 0;
+  for (int i = 0; i < 10000; ++i) {
+    EditorState next = state;
+    SideState &side = next.sides[i % 2];
+    side.lines[side.selection_start] = i % 16;
+    side.selection_start = side.selection_end = side.selection_start < 250 ? side.selection_start + 1 : 51;
+    history_record(history, history_diff(state, next));
+    state = next;
+  }
+  ASSERT_EQ(history.steps.size(), 10000u);
+  EXPECT_LT(history_bytes(history), 2u << 20);
+  EXPECT_LT(mallinfo2().uordblks - heap_before, 2u << 20);
+}
+
 // A key press as the window receives it from the X server, so that accelerators apply.
 void send_key(unsigned keyval, unsigned state) {
   GdkEventKey key{};
-  key.type = GDK_KEY_PRESS, key.window = window_main->window, key.send_event = TRUE;
-  key.keyval = keyval, key.state = state;
+  key.type = GDK_KEY_PRESS, key.window = window_main->window, key.send_event = TRUE, key.keyval = keyval;
+  key.state = state;
   GdkKeymapKey *keys = nullptr;
   gint count = 0;
-  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_default(), gdk_keyval_to_lower(keyval), &keys, &count)) {
-    key.hardware_keycode = static_cast<guint16>(keys[0].keycode), key.group = static_cast<guint8>(keys[0].group);
-    g_free(keys);
-  }
+  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_default(), gdk_keyval_to_lower(keyval), &keys, &count))
+    key.hardware_keycode = guint16(keys[0].keycode), key.group = guint8(keys[0].group), g_free(keys);
   gtk_main_do_event(reinterpret_cast<GdkEvent *>(&key));
 }
 
-void pick_border_colour(int colour) {
-  GdkEventButton ev{};
-  ev.type = GDK_BUTTON_PRESS, ev.window = drawingarea_border_color->window, ev.x = colour * 16 + 3, ev.y = 5,
-  ev.button = 1;
-  gtk_widget_event(drawingarea_border_color, reinterpret_cast<GdkEvent *>(&ev));
-}
-
-bool sensitive(const char *item) { return gtk_widget_get_sensitive(lookup_widget(window_main, item)); }
-
-// A picture whose left column is colour 2 on its first 20 rows and 5 below, the right one 7.
-void make_picture() {
-  if (pixbuf_picture) g_object_unref(pixbuf_picture);
-  pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
-  gdk_pixbuf_fill(pixbuf_picture, rgb_of(7) << 8 | 0xff);
-  guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture);
-  for (int row = 0; row < 200; row++)
-    palette_get_rgb_at_index(row < 20 ? 2 : 5, pixels + row * gdk_pixbuf_get_rowstride(pixbuf_picture));
+void pick_border_colour(int colour) { press_on(drawingarea_border_color, colour * 16 + 3, 5); }
+// Whether Undo and Redo can be chosen.
+std::pair<bool, bool> sensitive() {
+  return {gtk_widget_get_sensitive(lookup_widget(window_main, "menuitem_undo")),
+          gtk_widget_get_sensitive(lookup_widget(window_main, "menuitem_redo"))};
 }
 
 // The project file the editor would write now.
 std::string file_output(const TempDir &dir) {
-  const std::string path = dir.file("undo.ini");
-  save_project_to_file(path.c_str());
-  return read_text(path);
+  save_project_to_file(dir.file("undo.ini").c_str());
+  return read_text(dir.file("undo.ini"));
 }
 
+// A picture whose left column is colour 2 on its first 20 rows and 5 below, the right one 7.
 class Undo : public BarsTest {
  protected:
   void SetUp() override {
     BarsTest::SetUp();
-    make_picture();
+    if (pixbuf_picture) g_object_unref(pixbuf_picture);
+    pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
+    gdk_pixbuf_fill(pixbuf_picture, rgb_of(7) << 8 | 0xff);
+    guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture);
+    for (int row = 0; row < 200; row++)
+      palette_get_rgb_at_index(row < 20 ? 2 : 5, pixels + row * gdk_pixbuf_get_rowstride(pixbuf_picture));
     undo_module_init();
   }
+  TempDir dir;
 };
 
 struct Action {
@@ -85,7 +191,6 @@ void compact_with_lines() {
 
 // Each action on its own: one step (or none), undo gives the state before, redo the one after.
 TEST_F(Undo, EachUserActionIsOneStep) {
-  TempDir dir;
   const std::string picture = dir.file("picture.art"), project = dir.file("project.ini");
   write_file(picture, art_studio_picture(0, 11));
   write_text(project, "[colors]\nbase=3\n[left]\nstart=120;\nheight=4;\ncolor=9;\n[right]\nstart=\nheight=\ncolor=\n");
@@ -144,12 +249,10 @@ TEST_F(Undo, EachUserActionIsOneStep) {
     EXPECT_EQ(history_step_changes_bars(history_diff(before, after)), a.steps)
         << "a step exactly when the bars changed";
     if (a.steps == 0) continue;
-    EXPECT_TRUE(sensitive("menuitem_undo"));
-    EXPECT_FALSE(sensitive("menuitem_redo"));
+    EXPECT_EQ(sensitive(), std::pair(true, false));
     activate("menuitem_undo");
     EXPECT_TRUE(undo_capture_state() == before);
-    EXPECT_FALSE(sensitive("menuitem_undo"));
-    EXPECT_TRUE(sensitive("menuitem_redo"));
+    EXPECT_EQ(sensitive(), std::pair(false, true));
     activate("menuitem_redo");
     EXPECT_TRUE(undo_capture_state() == after);
   }
@@ -158,7 +261,6 @@ TEST_F(Undo, EachUserActionIsOneStep) {
 // 500 random actions across both modes (fixed seed): each step undone and redone gives the same
 // states and file; undoing all gives the start, redoing all the end.
 TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
-  TempDir dir;
   std::mt19937 random(20261123);
   auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   // clang-format off
@@ -224,20 +326,22 @@ TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
   while (undo_last_step()) continue;
   EXPECT_TRUE(undo_capture_state() == first_step_start);  // the start's bars, where the first change began
   EXPECT_EQ(file_output(dir), start_file);
-  EXPECT_FALSE(sensitive("menuitem_undo"));
+  EXPECT_FALSE(sensitive().first);
   while (redo_last_step()) continue;
   EXPECT_TRUE(undo_capture_state() == end);
   EXPECT_EQ(file_output(dir), end_file);
-  EXPECT_FALSE(sensitive("menuitem_redo"));
+  EXPECT_FALSE(sensitive().second);
 }
 
-// Ctrl+Z and Ctrl+Shift+Z reach the Edit menu while a border area has the focus, and are no
-// colour keys there; Alt+E and Ctrl+Y still paint. The cursor comes back with each step.
+// A click on line 100 gives the left border the focus; there Ctrl+Z and Ctrl+Shift+Z reach the
+// Edit menu and are no colour keys, while Alt+E and Ctrl+Y still paint (Num Lock not counting).
+// The cursor comes back with each step.
 TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   activate("menuitem_interface_compact");
-  gtk_widget_grab_focus(drawingarea_left_border);
   undo_module_init();
-  set_selection(1, {100, 100, 0});
+  gtk_widget_grab_focus(drawingarea_right_border);
+  press(1, 100 - 3);
+  ASSERT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
   constexpr unsigned kCtrl = GDK_CONTROL_MASK, kCtrlShift = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
   const Bars both{{100, 1, 10}, {101, 1, 13}}, first{{100, 1, 10}};
   const struct {
@@ -245,9 +349,15 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
     Bars painted;
     int cursor;
   } steps[] = {
-      {GDK_e, GDK_MOD1_MASK, first, 101}, {GDK_y, kCtrl, both, 102},      {GDK_Down, 0, both, 103},
-      {GDK_z, kCtrl, first, 101},         {GDK_z, kCtrl, {}, 100},        {GDK_z, kCtrl, {}, 100},
-      {GDK_Z, kCtrlShift, first, 101},    {GDK_Z, kCtrlShift, both, 103}, {GDK_Z, kCtrlShift, both, 103},
+      {GDK_e, GDK_MOD1_MASK | GDK_MOD2_MASK, first, 101},
+      {GDK_y, kCtrl, both, 102},
+      {GDK_Down, 0, both, 103},
+      {GDK_z, kCtrl, first, 101},
+      {GDK_z, kCtrl, {}, 100},
+      {GDK_z, kCtrl, {}, 100},
+      {GDK_Z, kCtrlShift, first, 101},
+      {GDK_Z, kCtrlShift, both, 103},
+      {GDK_Z, kCtrlShift, both, 103},
   };
   for (const auto &step : steps) {
     send_key(step.keyval, step.state);

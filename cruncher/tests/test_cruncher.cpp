@@ -86,6 +86,14 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
       {"one byte", prg_at(kBasicStart, {0x60}), kBasicStart},
       {"one byte high up", prg_at(0x9D00, {0x60}), 0x9D00},
       {"random, small", prg_at(kBasicStart, random_bytes(1000, 2)), 0x0900},
+      {"no byte twice in 256: literal runs of the longest length back to back",
+       prg_at(kBasicStart,
+              [] {
+                Bytes b(700);
+                for (size_t i = 0; i < b.size(); ++i) b[i] = static_cast<uint8_t>(i * 37 + 11);
+                return b;
+              }()),
+       kBasicStart},
       {"random, large", prg_at(0x1000, large_random), 0x1000 + 11999},
       {"all zero, longer than one match may be", prg_at(kBasicStart, Bytes(38000, 0)), kBasicStart},
       {"one byte repeated with a period",

@@ -1,11 +1,8 @@
 // Test programs' main: gives the program a fresh, private home and XDG folders and
 // initialises the toolkit before running the tests.
 #include <glib/gstdio.h>
-#include <gtest/gtest.h>
-#include <gtk/gtk.h>
 
 #include <cstdlib>
-#include <string>
 
 #include "testutil.h"
 

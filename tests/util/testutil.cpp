@@ -1,30 +1,28 @@
 #include "testutil.h"
 
-#include <glib/gstdio.h>
-
-#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "main.h"
 #include "palette.h"
 #include "support.h"
 
+namespace fs = std::filesystem;
+
 TempDir::TempDir() {
-  char *dir = g_dir_make_tmp("quillbar-test-XXXXXX", nullptr);
+  g_autofree char *dir = g_dir_make_tmp("quillbar-test-XXXXXX", nullptr);
   path_ = dir ? dir : "";
-  g_free(dir);
 }
 
-static void remove_tree(const std::string &path) {
-  if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) && !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
-    g_chmod(path.c_str(), 0700);
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-      while (const char *name = g_dir_read_name(dir)) remove_tree(path + "/" + name);
-      g_dir_close(dir);
-    }
-    g_rmdir(path.c_str());
-  } else {
-    g_remove(path.c_str());
+// Folders a test made unreadable are opened first, so that everything can go.
+static void remove_tree(const fs::path &path) {
+  std::error_code ec;
+  if (fs::is_directory(fs::symlink_status(path, ec))) {
+    fs::permissions(path, fs::perms::owner_all, fs::perm_options::add, ec);
+    for (const fs::directory_entry &entry : fs::directory_iterator(path, ec)) remove_tree(entry.path());
   }
+  fs::remove(path, ec);
 }
 
 TempDir::~TempDir() {
@@ -32,10 +30,10 @@ TempDir::~TempDir() {
 }
 
 void write_file(const std::string &path, const std::vector<unsigned char> &bytes) {
-  GError *error = nullptr;
-  gboolean ok = g_file_set_contents(path.c_str(), reinterpret_cast<const char *>(bytes.data()),
-                                    static_cast<gssize>(bytes.size()), &error);
-  ASSERT_TRUE(ok) << (error ? error->message : "");
+  g_autoptr(GError) error = nullptr;
+  ASSERT_TRUE(
+      g_file_set_contents(path.c_str(), reinterpret_cast<const char *>(bytes.data()), gssize(bytes.size()), &error))
+      << error->message;
 }
 
 void write_text(const std::string &path, const std::string &text) {
@@ -43,12 +41,9 @@ void write_text(const std::string &path, const std::string &text) {
 }
 
 std::string read_text(const std::string &path) {
-  char *contents = nullptr;
-  gsize length = 0;
-  if (!g_file_get_contents(path.c_str(), &contents, &length, nullptr)) return {};
-  std::string text(contents, length);
-  g_free(contents);
-  return text;
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
 }
 
 const std::string &test_config_home() {
@@ -66,11 +61,11 @@ GtkWidget *start_app() {
 }
 
 void pump_events(int ms) {
-  gint64 until = g_get_monotonic_time() + static_cast<gint64>(ms) * 1000;
+  const gint64 until = g_get_monotonic_time() + gint64(ms) * 1000;
   for (;;) {
     gdk_flush();
     while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
-    if (g_get_monotonic_time() >= until) break;
+    if (g_get_monotonic_time() >= until) return;
     g_usleep(2000);
   }
 }
@@ -79,14 +74,10 @@ GdkPixbuf *grab_widget(GtkWidget *widget) {
   pump_events(20);
   if (widget->window) gdk_window_process_updates(widget->window, TRUE);
   gdk_flush();
-  GtkAllocation a = widget->allocation;
-  GdkWindow *win = widget->window;
-  int x = 0, y = 0;
-  if (!gtk_widget_get_has_window(widget)) {
-    x = a.x;
-    y = a.y;
-  }
-  return gdk_pixbuf_get_from_drawable(nullptr, win, nullptr, x, y, 0, 0, a.width, a.height);
+  const GtkAllocation a = widget->allocation;
+  const bool own = gtk_widget_get_has_window(widget);  // else it draws into its parent's window at its place
+  return gdk_pixbuf_get_from_drawable(nullptr, widget->window, nullptr, own ? 0 : a.x, own ? 0 : a.y, 0, 0, a.width,
+                                      a.height);
 }
 
 unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y) {
@@ -103,36 +94,34 @@ struct PendingAnswer {
   int tries = 0;
 };
 
+// Looks for the visible modal dialog every 10 ms, for 5 s at most, and answers it.
 gboolean answer_dialog_cb(gpointer data) {
   auto *answer = static_cast<PendingAnswer *>(data);
-  GList *toplevels = gtk_window_list_toplevels();
   GtkWidget *dialog = nullptr;
-  for (GList *l = toplevels; l; l = l->next) {
-    GtkWidget *w = GTK_WIDGET(l->data);
-    if (GTK_IS_DIALOG(w) && gtk_widget_get_visible(w) && gtk_window_get_modal(GTK_WINDOW(w))) dialog = w;
-  }
+  GList *toplevels = gtk_window_list_toplevels();
+  for (GList *l = toplevels; l; l = l->next)
+    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) &&
+        gtk_window_get_modal(GTK_WINDOW(l->data)))
+      dialog = GTK_WIDGET(l->data);
   g_list_free(toplevels);
-  if (!dialog) {
-    if (++answer->tries > 500) {
-      delete answer;
-      return FALSE;
-    }
-    return TRUE;  // not shown yet: look again
-  }
-  if (answer->inspect) answer->inspect(dialog);
-  if (answer->close) {
-    GdkEvent *event = gdk_event_new(GDK_DELETE);
-    event->any.window = GDK_WINDOW(g_object_ref(dialog->window));
-    event->any.send_event = TRUE;
-    gtk_main_do_event(event);
-    gdk_event_free(event);
-  } else {
+  if (!dialog && ++answer->tries <= 500) return TRUE;
+  if (dialog && answer->inspect) answer->inspect(dialog);
+  if (dialog && answer->close)
+    send_delete(dialog);
+  else if (dialog)
     gtk_dialog_response(GTK_DIALOG(dialog), answer->response);
-  }
   delete answer;
   return FALSE;
 }
 }  // namespace
+
+void send_delete(GtkWidget *window) {
+  GdkEvent *event = gdk_event_new(GDK_DELETE);
+  event->any.window = GDK_WINDOW(g_object_ref(window->window));
+  event->any.send_event = TRUE;
+  gtk_main_do_event(event);
+  gdk_event_free(event);
+}
 
 void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect, bool close) {
   g_timeout_add(10, answer_dialog_cb, new PendingAnswer{response, std::move(inspect), close});

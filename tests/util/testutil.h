@@ -50,6 +50,9 @@ unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
 // dialog first when given.
 void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr, bool close = false);
 
+// What the window manager's close button sends to a window.
+void send_delete(GtkWidget *window);
+
 // A colour of the palette in force as 0xRRGGBB; the status bar's text; activating a menu
 // item of the main window by name.
 unsigned int rgb_of(int index);
