@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 
+#include "c64.h"
 #include "geometry.h"
 #include "palette.h"
 #include "testutil.h"
@@ -735,8 +736,8 @@ TEST_F(EndToEnd, BarsInBothModesSavedAndOpenedAgain) {
   EXPECT_TRUE(app->quit());
 }
 
-// PNG export at zoom 3: 384 x 272, equal to the screen at zoom 1. Executable export: crunched
-// (the unit tests run it on the C64 model).
+// PNG export at zoom 3: 384 x 272, equal to the screen at zoom 1. Executable export: crunched,
+// and the program the real editor wrote plays the project's bars on the C64 model.
 TEST_F(EndToEnd, Exports) {
   const View v = start_with_project();
   ASSERT_FALSE(HasFailure());
@@ -760,6 +761,19 @@ TEST_F(EndToEnd, Exports) {
   choose("alt+f e", "Save executable file", work.file("demo"), true);
   ASSERT_TRUE(app->status_shows(" Info: Successfully exported to executable PRG", true, 60));
   EXPECT_LT(read_text(work.file("demo.prg")).size(), 16146u);
+  auto c64 = std::make_unique<C64>();  // after unpacking, every shown line has its bar or the border
+  ASSERT_TRUE(c64_start_file(c64.get(), work.file("demo.prg")));
+  c64_run_frames(c64.get(), 400);
+  const Vic2ModelInfo *model = c64->vic.model;
+  for (int i = 0; i < model->visible_lines; i++) {
+    const int line = (model->first_line + i) % model->lines;
+    for (int side : {1, 0}) {
+      int wanted = 6;
+      for (auto [first, last, c] : side ? kProjectLeft : kProjectRight)
+        if (line >= first && line <= last) wanted = c;
+      ASSERT_EQ(vic2_side_border_colour(model, vic2_frame(&c64->vic), line, side), wanted) << line << " " << side;
+    }
+  }
   EXPECT_TRUE(app->quit());
 }
 
