@@ -15,13 +15,12 @@
 #include "c64.h"
 #include "file_commands.h"
 #include "preview.h"
+#include "prg_templates.h"
 #include "reencode.h"
 
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-// The file offset of a C64 address: the program loads at $0801, after its 2-byte load address.
-constexpr int at(unsigned address) { return static_cast<int>(address) - 0x07FF; }
 
 struct Kind {
   const char *name;
@@ -32,10 +31,10 @@ struct Kind {
   bool colour;               // colour RAM and background come from the picture
 };
 const Kind kKinds[] = {
-    {"hires", export_hires_to_executable, 2, 0, at(0x4328), 0x3B, 0xC8, 0x18, false},
-    {"multicolour", export_mc_to_executable, 6, 0, at(0x4711), 0x3B, 0xD8, 0x18, true},
-    {"petscii", export_petscii_to_executable, 1, 0, at(0x17D1), 0x1B, 0xC8, 0x15, true},
-    {"petscii lower case", export_petscii_to_executable, 1, 1, at(0x17D1), 0x1B, 0xC8, 0x17, true},
+    {"hires", export_hires_to_executable, 2, 0, prg_offset(0x4328), 0x3B, 0xC8, 0x18, false},
+    {"multicolour", export_mc_to_executable, 6, 0, prg_offset(0x4711), 0x3B, 0xD8, 0x18, true},
+    {"petscii", export_petscii_to_executable, 1, 0, prg_offset(0x17D1), 0x1B, 0xC8, 0x15, true},
+    {"petscii lower case", export_petscii_to_executable, 1, 1, prg_offset(0x17D1), 0x1B, 0xC8, 0x17, true},
 };
 const Kind &kHires = kKinds[0], &kMc = kKinds[1], &kPetscii = kKinds[2];
 
@@ -85,8 +84,8 @@ TEST_F(PrgExport, PlayerShowsThePictureAndPlaysTheBars) {
     const Bytes prg = build(kind);
     ASSERT_EQ(prg.size(), kind.length);
     // The tables at $0B01 and $0C01.
-    const Bytes left(prg.begin() + at(0x0B01), prg.begin() + at(0x0B01) + picture_lines),
-        right(prg.begin() + at(0x0C01), prg.begin() + at(0x0C01) + picture_lines);
+    const Bytes left(prg.begin() + prg_offset(0x0B01), prg.begin() + prg_offset(0x0B01) + picture_lines),
+        right(prg.begin() + prg_offset(0x0C01), prg.begin() + prg_offset(0x0C01) + picture_lines);
     ASSERT_GT(std::count_if(left.begin(), left.end(), [](int c) { return c != 6; }), 100);
     ASSERT_GT(std::count_if(right.begin(), right.end(), [](int c) { return c != 6; }), 50);
 
@@ -141,7 +140,7 @@ TEST_F(PrgExport, ReencodedGraphicsWhenTheOptionIsOn) {
   ASSERT_NE(std::memcmp(expected.screen, picture_data.screen, 1000), 0);  // it does change this picture
   ASSERT_EQ(prg.size(), kMc.length);
   const auto *graphics = reinterpret_cast<const unsigned char *>(&expected);  // bitmap, screen, colour
-  EXPECT_EQ(Bytes(prg.begin() + at(0x2000), prg.end() - 1), Bytes(graphics, graphics + 10000));
+  EXPECT_EQ(Bytes(prg.begin() + prg_offset(0x2000), prg.end() - 1), Bytes(graphics, graphics + 10000));
 }
 
 // Both tables (raster lines 51..250) come from the active input mode, and hold the border
@@ -151,8 +150,10 @@ TEST_F(PrgExport, ColourTablesFromTheActiveMode) {
   // Input mode, table; its entries first..last in `colour`.
   const struct {
     int mode, table, first, last, colour;
-  } expects[] = {
-      {1, at(0x0B01), 49, 53, 7}, {1, at(0x0C01), 194, 199, 3}, {0, at(0x0B01), 0, 9, 2}, {0, at(0x0C01), 199, 199, 4}};
+  } expects[] = {{1, prg_offset(0x0B01), 49, 53, 7},
+                 {1, prg_offset(0x0C01), 194, 199, 3},
+                 {0, prg_offset(0x0B01), 0, 9, 2},
+                 {0, prg_offset(0x0C01), 199, 199, 4}};
   for (bool bars : {false, true}) {
     if (bars) {
       gtk_list_store_insert_with_values(model_rasters_left, nullptr, -1, 0, 100, 1, 5, 2, 7, -1);
