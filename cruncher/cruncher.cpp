@@ -146,7 +146,7 @@ constexpr int kChainLimit = 1024;
 constexpr uint32_t kBit = 16;
 constexpr uint32_t kLiteralRunCharge = 16, kRepeatCharge = 20;
 constexpr std::array<uint32_t, kClasses> kNewOffsetCharge = {36, 40, 44, 48};
-static_assert(kNewOffsetCharge.size() == 4, "one charge per offset class");
+static_assert(kClasses == 4, "a charge for each offset class");
 
 // Optimal parse of `r` (the program from its last byte down): arrivals for every length.
 std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
@@ -186,7 +186,7 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
         if (k > best) {
           found.push_back({offset, k});
           best = k;
-          if (i + k == n) break;
+          if (i + k == n || k >= kMaxLength) break;  // no token is longer
         }
       }
       prev[i] = head[r[i] << 8 | r[i + 1]];
