@@ -26,51 +26,47 @@ constexpr PaletteDoubles to_doubles(const PaletteBytes &bytes) {
   return table;
 }
 
-constexpr PaletteBytes pepto =
-    from_hex({0x000000, 0xFFFFFF, 0x68372B, 0x70A4B2, 0x6F3D86, 0x588D43, 0x352879, 0xB8C76F, 0x6F4F25, 0x433900,
-              0x9A6759, 0x444444, 0x6C6C6C, 0x9AD284, 0x6C5EB5, 0x959595});
-constexpr PaletteBytes high_contrast =
-    from_hex({0x000000, 0xFFFFFF, 0x860000, 0x70D3FF, 0xC6009E, 0x00B200, 0x0000B9, 0xFFEB72, 0x973C00, 0x654300,
-              0xC7564E, 0x3D3D3D, 0x6C6C6C, 0x40FF68, 0x2C83FF, 0xB0B0B0});
-constexpr PaletteBytes pixcen =
-    from_hex({0x000000, 0xFFFFFF, 0x894036, 0x7ABFC7, 0x8A46AE, 0x68A941, 0x3E31A2, 0xD0DC71, 0x905F25, 0x5C4700,
-              0xBB776D, 0x555555, 0x808080, 0xACEA88, 0x7C70DA, 0xABABAB});
-constexpr PaletteBytes ccs64 =
-    from_hex({0x101010, 0xFFFFFF, 0xE04040, 0x60FFFF, 0xE060E0, 0x40E040, 0x4040E0, 0xFFFF40, 0xE0A040, 0x9C7448,
-              0xFFA0A0, 0x545454, 0x888888, 0xA0FFA0, 0xA0A0FF, 0xC0C0C0});
+// Pepto, High contrast, Pixcen, CCS64: colours 0..15 as 0xRRGGBB.
+constexpr std::array<std::array<unsigned int, 16>, 4> kHex = {{
+    {0x000000, 0xFFFFFF, 0x68372B, 0x70A4B2, 0x6F3D86, 0x588D43, 0x352879, 0xB8C76F, 0x6F4F25, 0x433900, 0x9A6759,
+     0x444444, 0x6C6C6C, 0x9AD284, 0x6C5EB5, 0x959595},
+    {0x000000, 0xFFFFFF, 0x860000, 0x70D3FF, 0xC6009E, 0x00B200, 0x0000B9, 0xFFEB72, 0x973C00, 0x654300, 0xC7564E,
+     0x3D3D3D, 0x6C6C6C, 0x40FF68, 0x2C83FF, 0xB0B0B0},
+    {0x000000, 0xFFFFFF, 0x894036, 0x7ABFC7, 0x8A46AE, 0x68A941, 0x3E31A2, 0xD0DC71, 0x905F25, 0x5C4700, 0xBB776D,
+     0x555555, 0x808080, 0xACEA88, 0x7C70DA, 0xABABAB},
+    {0x101010, 0xFFFFFF, 0xE04040, 0x60FFFF, 0xE060E0, 0x40E040, 0x4040E0, 0xFFFF40, 0xE0A040, 0x9C7448, 0xFFA0A0,
+     0x545454, 0x888888, 0xA0FFA0, 0xA0A0FF, 0xC0C0C0},
+}};
 
 }  // namespace
 
-const PaletteBytes palette_rgb = pepto;
-const PaletteBytes palette_hc_rgb = high_contrast;
-const PaletteBytes palette_pixcen_rgb = pixcen;
-const PaletteBytes palette_ccs64_rgb = ccs64;
-const PaletteDoubles palette_rgb_double = to_doubles(pepto);
-const PaletteDoubles palette_hc_rgb_double = to_doubles(high_contrast);
-const PaletteDoubles palette_pixcen_rgb_double = to_doubles(pixcen);
-const PaletteDoubles palette_ccs64_rgb_double = to_doubles(ccs64);
+const PaletteBytes palette_rgb = from_hex(kHex[0]);
+const PaletteBytes palette_hc_rgb = from_hex(kHex[1]);
+const PaletteBytes palette_pixcen_rgb = from_hex(kHex[2]);
+const PaletteBytes palette_ccs64_rgb = from_hex(kHex[3]);
+const PaletteDoubles palette_rgb_double = to_doubles(from_hex(kHex[0]));
+const PaletteDoubles palette_hc_rgb_double = to_doubles(from_hex(kHex[1]));
+const PaletteDoubles palette_pixcen_rgb_double = to_doubles(from_hex(kHex[2]));
+const PaletteDoubles palette_ccs64_rgb_double = to_doubles(from_hex(kHex[3]));
 
 namespace {
 
+// The tables of each palette, in the order options_palette numbers them.
+struct PaletteTables {
+  const PaletteBytes *bytes;
+  const PaletteDoubles *doubles;
+};
+const PaletteTables kPalettes[] = {{&palette_rgb, &palette_rgb_double},
+                                   {&palette_hc_rgb, &palette_hc_rgb_double},
+                                   {&palette_pixcen_rgb, &palette_pixcen_rgb_double},
+                                   {&palette_ccs64_rgb, &palette_ccs64_rgb_double}};
+
 // The tables of the palette in force, or NULL when options_palette names none.
 const PaletteBytes *selected_bytes() {
-  switch (options_palette) {
-    case 0: return &palette_rgb;
-    case 1: return &palette_hc_rgb;
-    case 2: return &palette_pixcen_rgb;
-    case 3: return &palette_ccs64_rgb;
-    default: return nullptr;
-  }
+  return options_palette >= 0 && options_palette < 4 ? kPalettes[options_palette].bytes : nullptr;
 }
-
 const PaletteDoubles *selected_doubles() {
-  switch (options_palette) {
-    case 0: return &palette_rgb_double;
-    case 1: return &palette_hc_rgb_double;
-    case 2: return &palette_pixcen_rgb_double;
-    case 3: return &palette_ccs64_rgb_double;
-    default: return nullptr;
-  }
+  return options_palette >= 0 && options_palette < 4 ? kPalettes[options_palette].doubles : nullptr;
 }
 
 template <typename T>
