@@ -12,13 +12,14 @@
 ; Stream: one byte sequence read downwards, holding whole bytes and the bytes of a bit
 ; register (bits taken from bit 7 down; a set sentinel bit marks it empty), each taken when
 ; it is needed. The register starts empty without its sentinel, so the first register byte
-; brings its own: bit 0 set, 7 bits in it. Every length is 1 to 255 (longer runs take several tokens). Tokens:
+; brings its own: bit 0 set, 7 bits in it. Every length is 1 to 255 (longer runs take
+; several tokens). Tokens:
 ;   literal run       gamma length, then that many bytes
 ;   repeat match      gamma length; copy from the last offset
 ;   new offset match  the offset's class (unary, at most OFFSET_CLASSES - 1 bits: 1 = next
-;                     class), the class's bit count of offset bits, then a whole byte as
-;                     the low 8 bits when the class says so; plus the class's base. Offsets
-;                     from OFFSET_END on end the stream. Then gamma length, less the
+;                     class), the class's bit count of offset bits, then (from class 1 on)
+;                     a whole byte as the low 8 bits; plus the class's base. An offset - 1
+;                     from OFFSET_END on ends the stream. Then gamma length, less the
 ;                     class's length bias (the shortest match the class may send, less 1).
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match, and after a literal run of 255 bytes, it picks a
