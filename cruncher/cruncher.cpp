@@ -221,7 +221,9 @@ std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
           break;
         }
       size_t shorter = 1;
-      for (auto [offset, longest] : found) {
+      for (const auto &candidate : found) {
+        const unsigned offset = candidate.first;
+        const size_t longest = candidate.second;
         const int offset_cost = 1 + classes.cost(offset);
         const size_t shortest = std::max<size_t>(shorter + 1, classes.c[classes.of(offset)].bias + 1);
         lengths(shortest, longest, [&](size_t k) {
