@@ -1,0 +1,142 @@
+// The end-to-end harness: xdotool input, screen read-back, the editor's process, main().
+#include "harness.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include <csignal>
+
+#include "testutil.h"
+
+bool wait_for(const std::function<bool()> &done, double seconds) {
+  for (const gint64 until = g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6); !done(); g_usleep(5000))
+    if (g_get_monotonic_time() > until) return false;
+  return true;
+}
+
+std::string xdotool(std::vector<std::string> args, bool *ok) {
+  args.insert(args.begin(), "xdotool");
+  std::vector<char *> argv;
+  for (std::string &arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+  g_autofree char *out = nullptr;
+  gint status = -1;
+  const bool ran = g_spawn_sync(nullptr, argv.data(), nullptr, GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
+                                nullptr, nullptr, &out, nullptr, &status, nullptr);
+  if (ok) *ok = ran && g_spawn_check_wait_status(status, nullptr);
+  return out ? out : "";
+}
+
+namespace {
+void input(const std::vector<std::string> &args) {
+  bool ok = false;
+  xdotool(args, &ok);
+  EXPECT_TRUE(ok) << args[0] << " " << args.back();
+}
+}  // namespace
+
+void press_keys(const std::string &keys) {
+  std::vector<std::string> args = {"key", "--clearmodifiers", "--delay", "30"};
+  g_auto(GStrv) names = g_strsplit(keys.c_str(), " ", -1);
+  args.insert(args.end(), names, names + g_strv_length(names));
+  input(args);
+}
+void type_text(const std::string &text) { input({"type", "--clearmodifiers", "--delay", "8", text}); }
+void click_at(int x, int y) { input({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+
+std::string focused_title() {
+  const std::string title = xdotool({"getwindowfocus", "getwindowname"});
+  return title.substr(0, title.find('\n'));
+}
+
+unsigned Shot::at(int x, int y) const {
+  const int dx = x - area.x, dy = y - area.y;
+  if (!image || dx < 0 || dy < 0 || dx >= area.width || dy >= area.height) return 0xFF000000;
+  return pixel_at(image.get(), dx, dy);
+}
+
+std::string Shot::bytes() const {
+  const auto *pixels = image ? reinterpret_cast<const char *>(gdk_pixbuf_get_pixels(image.get())) : "";
+  return std::string(pixels, image ? gdk_pixbuf_get_rowstride(image.get()) * area.height : 0);
+}
+
+Shot grab(const Rect &wanted) {
+  GdkWindow *root = gdk_get_default_root_window();
+  int width = 0, height = 0;
+  gdk_drawable_get_size(root, &width, &height);
+  const int x0 = std::max(wanted.x, 0), y0 = std::max(wanted.y, 0);
+  const Rect a{x0, y0, std::max(0, std::min(wanted.x + wanted.width, width) - x0),
+               std::max(0, std::min(wanted.y + wanted.height, height) - y0)};
+  GdkPixbuf *image =
+      a.width && a.height ? gdk_pixbuf_get_from_drawable(nullptr, root, nullptr, a.x, a.y, 0, 0, a.width, a.height) : nullptr;
+  return {a, std::shared_ptr<GdkPixbuf>(image, [](GdkPixbuf *p) { p ? g_object_unref(p) : void(); })};
+}
+
+// A window just started may not have the focus yet: it is activated every half second.
+App::App(const std::string &program, const std::string &home) {
+  g_auto(GStrv) env = g_get_environ();
+  for (auto [name, folder] :
+       {std::pair{"HOME", ""}, {"XDG_CONFIG_HOME", "/.config"}, {"XDG_DATA_HOME", "/.local/share"}, {"XDG_CACHE_HOME", "/.cache"}})
+    env = g_environ_setenv(env, name, (home + folder).c_str(), TRUE);
+  char *argv[] = {const_cast<char *>(program.c_str()), nullptr};
+  auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
+  EXPECT_TRUE(g_spawn_async(nullptr, argv, env, G_SPAWN_DO_NOT_REAP_CHILD, die_with_parent, nullptr, &pid_, nullptr));
+  int looks = 0;
+  if (wait_for([&] {
+        if (++looks % 100 == 0) xdotool({"search", "--onlyvisible", "--name", "^Quillbar", "windowactivate"});
+        return focused_title().starts_with("Quillbar");
+      }))
+    main_.reset(gdk_window_foreign_new(std::stoul("0" + xdotool({"getwindowfocus"}))),
+                [](GdkWindow *w) { w ? g_object_unref(w) : void(); });
+}
+
+App::~App() {
+  if (pid_ > 0 && kill(pid_, SIGKILL) == 0) waitpid(pid_, nullptr, 0);
+}
+
+bool App::wait_focus(const std::string &title) const {
+  return wait_for([&] { return focused_title() == title; });
+}
+
+Shot App::shot() const {
+  Rect r;
+  gdk_window_get_origin(main_.get(), &r.x, &r.y);
+  gdk_window_get_geometry(main_.get(), nullptr, nullptr, &r.width, &r.height, nullptr);
+  return grab(r);
+}
+
+bool App::quit(const std::string &keys) {
+  press_keys(keys);
+  if (!wait_focus("Confirmation request")) return false;
+  press_keys("alt+y");
+  int status = -1;
+  if (!wait_for([&] { return waitpid(pid_, &status, WNOHANG) == pid_; })) return false;
+  pid_ = -1;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// Nothing of this program may reach the real home; the editor speaks English (its keys are
+// pressed by their mnemonics); the session's window manager must be up.
+int main(int argc, char **argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  static TempDir home;
+  for (const char *variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+    setenv(variable, home.path().c_str(), 1);
+  setenv("LC_ALL", "C.UTF-8", 1);
+  setenv("NO_AT_BRIDGE", "1", 1);
+  if (!gtk_init_check(&argc, &argv) || !wait_for([] {
+        guchar *data = nullptr;
+        GdkAtom type;
+        gint format, length;
+        const bool found = gdk_property_get(gdk_get_default_root_window(), gdk_atom_intern("_NET_SUPPORTING_WM_CHECK", FALSE),
+                                            GDK_NONE, 0, 1, FALSE, &type, &format, &length, &data);
+        g_free(data);
+        return found;
+      })) {
+    fprintf(stderr, "no X session with a window manager: run the program through session.sh\n");
+    return 1;
+  }
+  return RUN_ALL_TESTS();
+}

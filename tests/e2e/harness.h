@@ -1,0 +1,52 @@
+// The end-to-end tests' harness: the built editor started as a user starts it, in the private
+// X session of session.sh, driven through the X server (xdotool) and read back from its screen.
+// Every wait polls with a time limit; the editor dies with the test program. The harness brings
+// the test programs' main(), which keeps them and the editor away from the real home.
+#pragma once
+
+#include <gdk/gdk.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Polls `done` until it holds or `seconds` have passed: generous, as a busy machine can be slow
+// to draw, and only a failure waits the limit out.
+bool wait_for(const std::function<bool()> &done, double seconds = 20);
+
+// Runs xdotool with `args` and returns what it printed; `ok` tells whether it ended with 0.
+std::string xdotool(std::vector<std::string> args, bool *ok = nullptr);
+void press_keys(const std::string &keys);  // xdotool key names one after the other: "ctrl+q F3"
+void type_text(const std::string &text);
+void click_at(int x, int y);
+std::string focused_title();  // of the top-level window that has the keyboard focus
+
+struct Rect {
+  int x = 0, y = 0, width = 0, height = 0;
+};
+
+// A part of the screen, in screen coordinates; at() gives 0xRRGGBB, or 0xFF000000 outside.
+struct Shot {
+  Rect area;
+  std::shared_ptr<GdkPixbuf> image;
+  unsigned at(int x, int y) const;
+  std::string bytes() const;  // the pixels, to compare two shots
+};
+Shot grab(const Rect &area);  // clipped to the screen
+
+// The editor built at `program` with `home` as its home; started() once its main window has
+// the keyboard focus.
+class App {
+ public:
+  App(const std::string &program, const std::string &home);
+  ~App();
+  bool started() const { return main_ != nullptr; }
+  bool wait_focus(const std::string &title) const;  // the window with exactly that title has it
+  Shot shot() const;                                // the inside of the main window
+  bool quit(const std::string &keys);  // the question answered Yes; true when the editor ended with 0
+
+ private:
+  GPid pid_ = -1;
+  std::shared_ptr<GdkWindow> main_;
+};
