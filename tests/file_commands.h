@@ -1,5 +1,5 @@
-// Helpers for the chooser, File-menu, export and feedback tests: filling in a file chooser
-// as a user would, finding the open dialogs, and the export tests' fixture.
+// Helpers for the File-menu, export and robustness tests: filling in a file chooser as a user
+// would, finding the open dialogs, and the export tests' fixture.
 #pragma once
 
 #include "callbacks.h"
@@ -52,17 +52,13 @@ inline void choose_path(GtkWidget *dialog, const std::string &path) {
   settle([&] { return chooser_filename(dialog) == path; });
 }
 
-// The name in a save chooser's name field, read by moving the chooser to `folder`.
-inline std::string suggested_name(GtkWidget *dialog, const std::string &folder) {
-  gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), folder.c_str());
-  settle([&] { return chooser_filename(dialog).starts_with(folder + "/"); });
-  return chooser_filename(dialog).substr(folder.size() + 1);
-}
-
-// Answers the next save chooser: notes the name it suggests, then types `typed` in `folder`.
+// Answers the next save chooser: notes the name it suggests (read by moving it to `folder`),
+// then types `typed` in `folder`.
 inline void answer_save_chooser(const std::string &folder, const std::string &typed, std::string *suggested) {
   answer_next_dialog(GTK_RESPONSE_OK, [=](GtkWidget *dialog) {
-    *suggested = suggested_name(dialog, folder);
+    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), folder.c_str());
+    settle([&] { return chooser_filename(dialog).starts_with(folder + "/"); });
+    *suggested = chooser_filename(dialog).substr(folder.size() + 1);
     choose_path(dialog, folder + "/" + typed);
   });
 }

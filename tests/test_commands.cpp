@@ -1,7 +1,7 @@
-// The File menu's commands on the real main window with real choosers and real files (border
-// colours, opening and saving projects, commands without a picture); the five file choosers
-// as real dialogs; the user feedback: status bar, message boxes, the About box, and the
-// question quitting asks inside a running main loop. The last test closes the main window.
+// The File menu's commands on the real main window with real choosers and real files: border
+// colours, opening and saving projects, commands without a picture; what the choosers remember
+// and preview; the user feedback (status bar, message boxes, About boxes, widget lookup).
+// Quitting is the end-to-end test's: it needs the program's own main loop.
 #include <glib/gstdio.h>
 
 #include "bars_fixture.h"
@@ -12,14 +12,7 @@ namespace {
 
 using Handler = void (*)(GtkMenuItem *, gpointer);
 
-struct App : ::testing::Test {
-  void SetUp() override { start_app(); }
-};
-using Choosers = App;
-using Feedback = App;
-using Quit = App;
-
-class Commands : public App {
+class Commands : public ::testing::Test {
  protected:
   void SetUp() override {
     start_app();
@@ -104,40 +97,20 @@ TEST_F(Commands, WithoutAPictureEachCommandOnlySaysSo) {
   EXPECT_EQ(bars(0), (Bars{{70, 1, 2}}));
 }
 
-// Save as adds ".ini" unless the name ends in exactly that or ".INI"; a failed write is reported.
-TEST_F(Commands, SaveAs) {
-  ASSERT_EQ(picture_loaded = open_picture(dir.file("pic.art").c_str(), 1), 1);
-  for (auto [typed, written] :
-       {std::pair{"work", "work.ini"}, {"work.INI", "work.INI"}, {"work.Ini", "work.Ini.ini"}}) {
-    run_choosing(on_menuitem_save_project_as_activate, typed);
-    EXPECT_TRUE(g_file_test(dir.file(written).c_str(), G_FILE_TEST_IS_REGULAR)) << written;
-  }
-  EXPECT_EQ(save_project_to_file(dir.file("no/such/folder.ini").c_str()), 0);
-  EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("no/such/folder.ini")))
-      << status_text();
-  EXPECT_EQ(close_error_boxes(), 1);
-}
-
-// The first Save suggests the picture's name and writes the header, the picture's URI and the
-// border colour. A file that Open project could not read as a project (a picture chosen by
-// mistake: one that is no key file, one that is a key file without any project group) becomes
-// the project path, but F2 asks for a name instead of overwriting it; once a name is chosen,
-// F2 saves there directly again.
-TEST_F(Commands, SavingSuggestsANameAndNeverOverwritesAFileThatWasNotReadAsAProject) {
+// The first Save suggests the picture's name. A file that Open project could not read as a
+// project (a picture chosen by mistake: one that is no key file, one that is a key file without
+// any project group) becomes the project path, but F2 asks for a name instead of overwriting it;
+// once a name is chosen, F2 saves there directly again. Save as adds ".ini" unless the name ends
+// in exactly that or ".INI"; a failed write names the file.
+TEST_F(Commands, SavingNeverOverwritesAFileThatWasNotReadAsAProject) {
   std::vector<unsigned char> noisy(10003, 0xA7);
   noisy[0] = 0x00, noisy[1] = 0x60;
   write_file(dir.file("noisy.koa"), noisy);
   run_choosing(on_menuitem_open_picture_activate, "koala.kla");
-  border_color_index = 11;
   std::string offered;
   answer_save_chooser(dir.path(), "koala.ini", &offered);
   on_menuitem_save_project_activate(nullptr, nullptr);
   EXPECT_EQ(offered, "koala.ini");
-  const std::string text = read_text(dir.file("koala.ini"));
-  EXPECT_TRUE(text.starts_with("# Quillbar 1.4.2 project file - do NOT edit\n") &&
-              text.find("\n[image]\nfile=file://" + dir.file("koala.kla") + "\n") != std::string::npos &&
-              text.find("\n[colors]\nbase=11\n") != std::string::npos)
-      << text;
   for (const std::string name : {"noisy.koa", "koala.kla"}) {
     const std::string picture = read_text(dir.file(name));
     run_choosing(on_menuitem_open_project_activate, name);
@@ -154,112 +127,66 @@ TEST_F(Commands, SavingSuggestsANameAndNeverOverwritesAFileThatWasNotReadAsAProj
     EXPECT_NE(read_text(dir.file("mine.ini")).find("\nbase=13\n"), std::string::npos) << name;
     g_remove(dir.file("mine.ini").c_str());
   }
-}
-
-const std::string kAll = "  All files (*) ", kProjects = "  Project files (.ini) ";
-const std::string kImages =
-    "  Supported image files (.ip64h;.ish;.aas;.art;.hpi;.dd;.ddl;.ocp;.art;.a64;.blp;.pi;.koa;.kla;.vid;.pet) ";
-const std::string kPicturePrg = "  Image files as non-executable PRG files (.prg) ";
-
-// What the last chooser showed: `name` is a save chooser's suggestion, `folder` is noted by pick().
-struct Seen {
-  std::string title, active;
-  std::vector<std::string> filters;
-  bool overwrite;
-  std::string name, folder;
-} seen;
-
-// Answers the next chooser with `response` after noting what it shows and letting `act` work on it.
-void answer(int response, std::function<void(GtkWidget *)> act = nullptr) {
-  answer_next_dialog(response, [act](GtkWidget *dialog) {
-    GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
-    seen = {};
-    seen.title = gtk_window_get_title(GTK_WINDOW(dialog));
-    seen.active = gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser));
-    GSList *filters = gtk_file_chooser_list_filters(chooser);
-    for (GSList *l = filters; l; l = l->next)
-      seen.filters.push_back(gtk_file_filter_get_name(GTK_FILE_FILTER(l->data)));
-    g_slist_free(filters);
-    seen.overwrite = gtk_file_chooser_get_do_overwrite_confirmation(chooser);
-    if (seen.overwrite) seen.name = suggested_name(dialog, test_config_home());
-    if (act) act(dialog);
-  });
-}
-
-// Notes the folder the chooser opened in, then picks `path` through its filter number `filter`.
-std::function<void(GtkWidget *)> pick(int filter, const std::string &path) {
-  return [=](GtkWidget *dialog) {
-    settle([&] { return !chooser_folder(dialog).empty(); });
-    seen.folder = chooser_folder(dialog);
-    GSList *filters = gtk_file_chooser_list_filters(GTK_FILE_CHOOSER(dialog));
-    gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), GTK_FILE_FILTER(g_slist_nth_data(filters, filter)));
-    g_slist_free(filters);
-    choose_path(dialog, path);
-  };
-}
-
-// Each chooser, cancelled after a look: its title, its filters in order with the first one
-// active, and for the save choosers overwrite confirmation and the suggested name in place.
-TEST_F(Choosers, TitlesFiltersAndSuggestedNames) {
-  const struct {
-    std::function<int(char **)> run;
-    std::string title;
-    std::vector<std::string> filters;
-    std::string name;
-  } rows[] = {
-      // clang-format off
-      {fileopen_open_picture_file, "Select a picture file", {kImages, kPicturePrg, kAll}, ""},
-      {fileopen_open_project_file, "Open a project file", {kProjects, kAll}, ""},
-      {[](char **p) { return fileopen_save_project_file("work", p); }, "Save project file", {kProjects, kAll}, "work"},
-      {[](char **p) { return fileopen_save_png_file("shot.png", p); }, "Save screenshot file", {"  PNG files (.png) ", kAll}, "shot.png"},
-      {[](char **p) { return fileopen_save_executable_file("x", p); }, "Save executable file", {"  PRG files (.prg) ", kAll}, "x"},
-      // clang-format on
-  };
-  for (const auto &row : rows) {
-    answer(GTK_RESPONSE_CANCEL);
-    char *path = nullptr;
-    EXPECT_EQ(row.run(&path), 0);
-    EXPECT_EQ(std::tie(seen.title, seen.filters, seen.active, seen.name, seen.overwrite),
-              std::make_tuple(row.title, row.filters, row.filters[0], row.name, !row.name.empty()));
+  for (auto [typed, written] : {std::pair{"work.INI", "work.INI"}, {"work.Ini", "work.Ini.ini"}}) {
+    run_choosing(on_menuitem_save_project_as_activate, typed);
+    EXPECT_TRUE(g_file_test(dir.file(written).c_str(), G_FILE_TEST_IS_REGULAR)) << written;
   }
+  EXPECT_EQ(save_project_to_file(dir.file("no/such/folder.ini").c_str()), 0);
+  EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("no/such/folder.ini")))
+      << status_text();
+  EXPECT_EQ(close_error_boxes(), 1);
 }
 
-TEST_F(Choosers, PictureChooserRemembersItsFilterAndSharesItsFolderWithProjects) {
+// The picture chooser opens on the filter last chosen in it, and in the folder last chosen in it
+// or in the project chooser; cancelling keeps all of that and leaves the caller's path alone.
+TEST_F(Commands, ChoosersRememberTheirFilterAndShareTheirFolder) {
   TempDir a, b;
   write_text(a.file("pic.prg"), "#");
   write_text(b.file("proj.ini"), "#");
+  std::string shown_filter, shown_folder, chosen_filter;
+  // Notes the chooser's filter and folder, then picks `path` through its filter number `filter`.
+  auto pick = [&](int response, int filter, const std::string &path) {
+    answer_next_dialog(response, [&, filter, path](GtkWidget *dialog) {
+      GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
+      settle([&] { return !chooser_folder(dialog).empty(); });
+      shown_folder = chooser_folder(dialog);
+      shown_filter = gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser));
+      GSList *filters = gtk_file_chooser_list_filters(chooser);
+      gtk_file_chooser_set_filter(chooser, GTK_FILE_FILTER(g_slist_nth_data(filters, filter)));
+      chosen_filter = gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser));
+      g_slist_free(filters);
+      choose_path(dialog, path);
+    });
+  };
   char *path = nullptr;
-  answer(GTK_RESPONSE_OK, pick(1, a.file("pic.prg")));
+  pick(GTK_RESPONSE_OK, 1, a.file("pic.prg"));
   EXPECT_EQ(fileopen_open_picture_file(&path), 1);
-  // Cancelling: the out-parameter, the filter memory and the folder are kept.
+  const std::string remembered = chosen_filter;
   char *const untouched = path;
-  answer(GTK_RESPONSE_CANCEL, pick(2, b.file("proj.ini")));
+  pick(GTK_RESPONSE_CANCEL, 2, b.file("proj.ini"));
   EXPECT_EQ(fileopen_open_picture_file(&path), 0);
   EXPECT_EQ(path, untouched);
-  EXPECT_EQ(std::tie(seen.active, seen.folder), std::tie(kPicturePrg, a.path()));
-  EXPECT_STREQ(options_picture_dir_string, a.path().c_str());
-  // Accepting the project chooser moves the folder the picture chooser opens in.
-  answer(GTK_RESPONSE_OK, pick(0, b.file("proj.ini")));
+  EXPECT_EQ(std::tie(shown_filter, shown_folder), std::tie(remembered, a.path()));
+  pick(GTK_RESPONSE_OK, 0, b.file("proj.ini"));
   EXPECT_EQ(fileopen_open_project_file(&path), 1);
-  answer(GTK_RESPONSE_CANCEL, pick(0, a.file("pic.prg")));
+  pick(GTK_RESPONSE_CANCEL, 0, a.file("pic.prg"));
   fileopen_open_picture_file(&path);
-  EXPECT_EQ(std::tie(seen.active, seen.folder), std::tie(kPicturePrg, b.path()));
+  EXPECT_EQ(std::tie(shown_filter, shown_folder), std::tie(remembered, b.path()));
   g_free(path);
 }
 
-TEST_F(Choosers, PreviewShowsC64PicturesOnly) {
-  TempDir dir;
-  write_file(dir.file("pic.art"), art_studio_picture(7, 0));
+// The picture chooser previews C64 pictures only, at their own size.
+TEST_F(Commands, PreviewShowsC64PicturesOnly) {
   write_text(dir.file("notes.art"), "not a picture");
   g_mkdir(dir.file("folder.art").c_str(), 0700);
   std::vector<int> active;
   unsigned int shown = 0;
-  answer(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
+  answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
     GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
     for (const char *name : {"notes.art", "pic.art", "folder.art"}) {
       const bool picture = std::string(name) == "pic.art";
-      // The preview follows the list's cursor, which trails a selection made from code by
-      // one selection: select twice.
+      // The preview follows the list's cursor, which trails a selection made from code by one
+      // selection: select twice.
       choose_path(dialog, dir.file(name));
       gtk_file_chooser_set_filename(chooser, dir.file(name).c_str());
       settle([&] { return gtk_file_chooser_get_preview_widget_active(chooser) == picture; });
@@ -271,84 +198,34 @@ TEST_F(Choosers, PreviewShowsC64PicturesOnly) {
   char *path = nullptr;
   fileopen_open_picture_file(&path);
   EXPECT_EQ(active, (std::vector<int>{0, 1, 0}));
-  EXPECT_EQ(shown, rgb_of(7));
+  EXPECT_EQ(shown, rgb_of(14));
 }
 
-TEST_F(Feedback, StatusBarShowsTheLastMessageOnly) {
-  GtkStatusbar *statusbar = GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main"));
+// The status bar keeps the last message only; message boxes are titled by their type and show
+// their text as given, "%" included; two About boxes close one by one; names are found from any
+// widget, menu items included, and an unknown one gives NULL.
+TEST_F(Commands, Feedback) {
   controls_update_main_statusbar(" Info: Picture opened");
   controls_update_main_statusbar(" Error: second");
-  EXPECT_EQ(g_slist_length(statusbar->messages), 1u);
-  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(statusbar->label)), " Error: second");
-}
-
-TEST_F(Feedback, MessageBoxesAreTitledByTypeAndShowPercentUnchanged) {
+  EXPECT_EQ(g_slist_length(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main"))->messages), 1u);
+  EXPECT_EQ(status_text(), " Error: second");
   for (auto [type, title] : {std::pair{0, "Information"}, {2, "Warning"}, {3, "Error"}}) {
     controls_show_message_dialog("100% of %s %d done", type);
     auto boxes = dialogs_titled(title);
     ASSERT_EQ(boxes.size(), 1u) << title;
     EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(GTK_MESSAGE_DIALOG(boxes[0])->label)), "100% of %s %d done");
-    gtk_dialog_response(GTK_DIALOG(boxes[0]), GTK_RESPONSE_CLOSE);
+    gtk_widget_destroy(boxes[0]);
   }
-}
-
-TEST_F(Feedback, TwoAboutBoxesCloseIndependently) {
   on_menuitem_about_activate(nullptr, nullptr);
   on_menuitem_about_activate(nullptr, nullptr);
-  auto boxes = dialogs_titled("About Quillbar");
-  ASSERT_EQ(boxes.size(), 2u);
-  for (auto left : {std::vector{boxes[1]}, {}}) {
+  for (size_t left : {1u, 0u}) {
     gtk_dialog_response(GTK_DIALOG(dialogs_titled("About Quillbar")[0]), GTK_RESPONSE_OK);
     pump_events();
-    EXPECT_EQ(dialogs_titled("About Quillbar"), left);
+    EXPECT_EQ(dialogs_titled("About Quillbar").size(), left);
   }
-}
-
-// Runs a main loop in which `action` is performed and its question answered. Returns
-// true when the action ended the loop; otherwise a follow-up step ends it.
-bool action_ends_main_loop(void (*action)(), int response, bool close_question = false) {
-  static void (*pending)();
-  static guint follow_up;
-  static bool ended;
-  pending = action, ended = true;
-  answer_next_dialog(response, nullptr, close_question);
-  g_idle_add(
-      [](gpointer) -> gboolean {
-        pending();
-        follow_up = g_idle_add(
-            [](gpointer) -> gboolean {
-              follow_up = 0, ended = false, gtk_main_quit();
-              return FALSE;
-            },
-            nullptr);
-        return FALSE;
-      },
-      nullptr);
-  gtk_main();
-  if (follow_up) g_source_remove(follow_up), follow_up = 0;
-  return ended;
-}
-
-// From the File menu and by the window manager's close button: No, or closing the question,
-// keeps the program running; Yes writes the window's current position into a configuration
-// file removed beforehand, and ends the loop.
-TEST_F(Quit, OnlyYesSavesThePositionAndEndsTheLoop) {
-  void (*quit_from_menu)() = [] { activate("menuitem_quit"); };
-  void (*close_main_window)() = [] { send_delete(window_main); };
-  for (auto [action, x, y] : {std::tuple{quit_from_menu, 70, 90}, {close_main_window, 30, 40}}) {
-    EXPECT_FALSE(action_ends_main_loop(action, GTK_RESPONSE_NO));
-    EXPECT_FALSE(action_ends_main_loop(action, 0, /*close_question=*/true));
-    ASSERT_TRUE(GTK_IS_WINDOW(window_main) && gtk_widget_get_visible(window_main));
-    gtk_window_move(GTK_WINDOW(window_main), x, y);
-    pump_events(50);
-    g_remove(utf8_path_configfile);
-    gint wx, wy;
-    gtk_window_get_position(GTK_WINDOW(window_main), &wx, &wy);
-    EXPECT_EQ(std::pair(wx, wy), std::pair(x, y));
-    EXPECT_TRUE(action_ends_main_loop(action, GTK_RESPONSE_YES));
-    const std::string position = "\nposition=" + std::to_string(x) + ";" + std::to_string(y) + ";\n";
-    EXPECT_NE(read_text(utf8_path_configfile).find(position), std::string::npos);
-  }
+  GtkWidget *item = lookup_widget(window_main, "menuitem_quit");
+  EXPECT_EQ(lookup_widget(item, "window_main"), window_main);
+  EXPECT_EQ(lookup_widget(item, "no_such_widget"), nullptr);
 }
 
 }  // namespace

@@ -23,8 +23,9 @@ std::string xdotool(std::vector<std::string> args, bool *ok) {
   argv.push_back(nullptr);
   g_autofree char *out = nullptr;
   gint status = -1;
-  const bool ran = g_spawn_sync(nullptr, argv.data(), nullptr, GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
-                                nullptr, nullptr, &out, nullptr, &status, nullptr);
+  const bool ran =
+      g_spawn_sync(nullptr, argv.data(), nullptr, GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
+                   nullptr, nullptr, &out, nullptr, &status, nullptr);
   if (ok) *ok = ran && g_spawn_check_wait_status(status, nullptr);
   return out ? out : "";
 }
@@ -69,16 +70,19 @@ Shot grab(const Rect &wanted) {
   const int x0 = std::max(wanted.x, 0), y0 = std::max(wanted.y, 0);
   const Rect a{x0, y0, std::max(0, std::min(wanted.x + wanted.width, width) - x0),
                std::max(0, std::min(wanted.y + wanted.height, height) - y0)};
-  GdkPixbuf *image =
-      a.width && a.height ? gdk_pixbuf_get_from_drawable(nullptr, root, nullptr, a.x, a.y, 0, 0, a.width, a.height) : nullptr;
+  GdkPixbuf *image = a.width && a.height
+                         ? gdk_pixbuf_get_from_drawable(nullptr, root, nullptr, a.x, a.y, 0, 0, a.width, a.height)
+                         : nullptr;
   return {a, std::shared_ptr<GdkPixbuf>(image, [](GdkPixbuf *p) { p ? g_object_unref(p) : void(); })};
 }
 
 // A window just started may not have the focus yet: it is activated every half second.
 App::App(const std::string &program, const std::string &home) {
   g_auto(GStrv) env = g_get_environ();
-  for (auto [name, folder] :
-       {std::pair{"HOME", ""}, {"XDG_CONFIG_HOME", "/.config"}, {"XDG_DATA_HOME", "/.local/share"}, {"XDG_CACHE_HOME", "/.cache"}})
+  for (auto [name, folder] : {std::pair{"HOME", ""},
+                              {"XDG_CONFIG_HOME", "/.config"},
+                              {"XDG_DATA_HOME", "/.local/share"},
+                              {"XDG_CACHE_HOME", "/.cache"}})
     env = g_environ_setenv(env, name, (home + folder).c_str(), TRUE);
   char *argv[] = {const_cast<char *>(program.c_str()), nullptr};
   auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
@@ -130,8 +134,9 @@ int main(int argc, char **argv) {
         guchar *data = nullptr;
         GdkAtom type;
         gint format, length;
-        const bool found = gdk_property_get(gdk_get_default_root_window(), gdk_atom_intern("_NET_SUPPORTING_WM_CHECK", FALSE),
-                                            GDK_NONE, 0, 1, FALSE, &type, &format, &length, &data);
+        const bool found =
+            gdk_property_get(gdk_get_default_root_window(), gdk_atom_intern("_NET_SUPPORTING_WM_CHECK", FALSE),
+                             GDK_NONE, 0, 1, FALSE, &type, &format, &length, &data);
         g_free(data);
         return found;
       })) {

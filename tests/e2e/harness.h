@@ -44,7 +44,7 @@ class App {
   bool started() const { return main_ != nullptr; }
   bool wait_focus(const std::string &title) const;  // the window with exactly that title has it
   Shot shot() const;                                // the inside of the main window
-  bool quit(const std::string &keys);  // the question answered Yes; true when the editor ended with 0
+  bool quit(const std::string &keys);               // the question answered Yes; true when the editor ended with 0
 
  private:
   GPid pid_ = -1;

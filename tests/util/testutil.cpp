@@ -90,7 +90,6 @@ namespace {
 struct PendingAnswer {
   int response;
   std::function<void(GtkWidget *)> inspect;
-  bool close;
   int tries = 0;
 };
 
@@ -106,25 +105,14 @@ gboolean answer_dialog_cb(gpointer data) {
   g_list_free(toplevels);
   if (!dialog && ++answer->tries <= 500) return TRUE;
   if (dialog && answer->inspect) answer->inspect(dialog);
-  if (dialog && answer->close)
-    send_delete(dialog);
-  else if (dialog)
-    gtk_dialog_response(GTK_DIALOG(dialog), answer->response);
+  if (dialog) gtk_dialog_response(GTK_DIALOG(dialog), answer->response);
   delete answer;
   return FALSE;
 }
 }  // namespace
 
-void send_delete(GtkWidget *window) {
-  GdkEvent *event = gdk_event_new(GDK_DELETE);
-  event->any.window = GDK_WINDOW(g_object_ref(window->window));
-  event->any.send_event = TRUE;
-  gtk_main_do_event(event);
-  gdk_event_free(event);
-}
-
-void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect, bool close) {
-  g_timeout_add(10, answer_dialog_cb, new PendingAnswer{response, std::move(inspect), close});
+void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect) {
+  g_timeout_add(10, answer_dialog_cb, new PendingAnswer{response, std::move(inspect)});
 }
 
 std::string shared_data(const std::string &name) {

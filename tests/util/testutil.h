@@ -45,13 +45,9 @@ GdkPixbuf *grab_widget(GtkWidget *widget);
 // The RGB value at (x, y) of an image, as 0xRRGGBB.
 unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
 
-// Arranges for the next modal dialog that shows up to receive `response` (or, with
-// `close` true, a delete event as from the window manager). Calls `inspect` with the
-// dialog first when given.
-void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr, bool close = false);
-
-// What the window manager's close button sends to a window.
-void send_delete(GtkWidget *window);
+// Arranges for the next modal dialog that shows up to receive `response`; calls `inspect`
+// with the dialog first when given.
+void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr);
 
 // A colour of the palette in force as 0xRRGGBB; the status bar's text; activating a menu
 // item of the main window by name.
