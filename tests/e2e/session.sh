@@ -1,4 +1,16 @@
 #!/bin/sh
-# Runs a test program in a private X session: its own X server (xvfb-run) with openbox, whose
-# start the harness waits for. Both end with the program.
-exec xvfb-run -a -s "-screen 0 1920x1440x24 -nolisten tcp" sh -c 'openbox --sm-disable & exec "$@"' session "$@"
+# Runs a test program in a private X session: its own X server (Xvfb picks a free display and
+# tells its number once it accepts connections) and openbox, whose start the harness waits for.
+# Both end with the program.
+folder=$(mktemp -d) || exit 1
+Xvfb -displayfd 3 -screen 0 1920x1440x24 -nolisten tcp 3>"$folder/display" 2>/dev/null &
+server=$!
+trap 'kill $server $manager 2>/dev/null; rm -rf "$folder"' EXIT
+while [ ! -s "$folder/display" ]; do
+  kill -0 $server 2>/dev/null || { echo "no X server" >&2; exit 1; }
+  sleep 0.05
+done
+export DISPLAY=":$(cat "$folder/display")"
+openbox --sm-disable 2>/dev/null &
+manager=$!
+"$@"
