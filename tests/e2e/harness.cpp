@@ -121,6 +121,20 @@ bool App::quit(const std::string &keys) {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+namespace {
+// Leaves the whole X screen in e2e-shots/ at each failure, for a human to look at.
+struct ScreenAtFailure : testing::EmptyTestEventListener {
+  void OnTestPartResult(const testing::TestPartResult &result) override {
+    static int failures = 0;
+    if (!result.failed()) return;
+    const Shot screen = grab({0, 0, 1 << 14, 1 << 14});
+    g_mkdir_with_parents("e2e-shots", 0700);
+    const std::string name = "e2e-shots/failure-" + std::to_string(++failures) + ".png";
+    if (screen.image) gdk_pixbuf_save(screen.image.get(), name.c_str(), "png", nullptr, nullptr);
+  }
+};
+}  // namespace
+
 // Nothing of this program may reach the real home; the editor speaks English (its keys are
 // pressed by their mnemonics); the session's window manager must be up.
 int main(int argc, char **argv) {
@@ -143,5 +157,6 @@ int main(int argc, char **argv) {
     fprintf(stderr, "no X session with a window manager: run the program through session.sh\n");
     return 1;
   }
+  testing::UnitTest::GetInstance()->listeners().Append(new ScreenAtFailure);
   return RUN_ALL_TESTS();
 }
