@@ -1,7 +1,6 @@
 #!/bin/sh
 # Runs a test program in a private X session: its own X server (Xvfb picks a free display and
-# tells its number once it accepts connections) and openbox, whose start the harness waits for.
-# Both end with the program.
+# tells its number once it accepts connections) and openbox; both end with the program.
 folder=$(mktemp -d) || exit 1
 Xvfb -displayfd 3 -screen 0 1920x1440x24 -nolisten tcp 3>"$folder/display" 2>/dev/null &
 server=$!
