@@ -76,7 +76,8 @@ Shot grab(const Rect &wanted) {
   return {a, std::shared_ptr<GdkPixbuf>(image, [](GdkPixbuf *p) { p ? g_object_unref(p) : void(); })};
 }
 
-// A window just started may not have the focus yet: it is activated every half second.
+// A window just started may not have the focus yet, or, when the window manager was not quite
+// ready, may not even be shown: it is shown and activated every second or so.
 App::App(const std::string &program, const std::string &home) {
   g_auto(GStrv) env = g_get_environ();
   for (auto [name, folder] : {std::pair{"HOME", ""},
@@ -89,7 +90,7 @@ App::App(const std::string &program, const std::string &home) {
   EXPECT_TRUE(g_spawn_async(nullptr, argv, env, G_SPAWN_DO_NOT_REAP_CHILD, die_with_parent, nullptr, &pid_, nullptr));
   int looks = 0;
   if (wait_for([&] {
-        if (++looks % 100 == 0) xdotool({"search", "--onlyvisible", "--name", "^Quillbar", "windowactivate"});
+        if (++looks % 100 == 0) xdotool({"search", "--name", "^Quillbar - ", "windowmap", "windowactivate"});
         return focused_title().starts_with("Quillbar");
       }))
     main_.reset(gdk_window_foreign_new(std::stoul("0" + xdotool({"getwindowfocus"}))),
@@ -136,8 +137,7 @@ struct ScreenAtFailure : testing::EmptyTestEventListener {
 }  // namespace
 
 // Nothing of this program may reach the real home; the editor speaks English (its keys are
-// pressed by their mnemonics). A window manager that starts late takes the editor's window
-// over: the editor waits for the focus.
+// pressed by their mnemonics); the window manager is up before any window shows.
 int main(int argc, char **argv) {
   ::testing::InitGoogleTest(&argc, argv);
   static TempDir home;
@@ -145,8 +145,17 @@ int main(int argc, char **argv) {
     setenv(variable, home.path().c_str(), 1);
   setenv("LC_ALL", "C.UTF-8", 1);
   setenv("NO_AT_BRIDGE", "1", 1);
-  if (!gtk_init_check(&argc, &argv)) {
-    fprintf(stderr, "no X server: run the program through session.sh\n");
+  if (!gtk_init_check(&argc, &argv) || !wait_for([] {
+        guchar *data = nullptr;
+        GdkAtom type;
+        gint format, length;
+        const bool found =
+            gdk_property_get(gdk_get_default_root_window(), gdk_atom_intern("_NET_SUPPORTING_WM_CHECK", FALSE),
+                             GDK_NONE, 0, 1, FALSE, &type, &format, &length, &data);
+        g_free(data);
+        return found;
+      })) {
+    fprintf(stderr, "no X session with a window manager: run the program through session.sh\n");
     return 1;
   }
   testing::UnitTest::GetInstance()->listeners().Append(new ScreenAtFailure);
