@@ -12,11 +12,12 @@
 
 #include "callbacks.h"
 #include "fuzz_common.h"
-#include "main.h"
 #include "options.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "startup.h"
+#include "state.h"
 #include "support.h"
 
 namespace {

@@ -10,11 +10,9 @@
 #include <array>
 #include <string>
 
-#include "callbacks.h"
-#include "interface.h"
-#include "main.h"
-#include "options.h"
+#include "dialogs.h"
 #include "rasters_icon_xpm.h"
+#include "state.h"
 #include "support.h"
 
 namespace {

@@ -9,9 +9,9 @@
 #include <memory>
 #include <vector>
 
+#include "dialogs.h"
 #include "hiresdecoder.h"
-#include "interface.h"
-#include "options.h"
+#include "state.h"
 #include "support.h"
 
 namespace {

@@ -9,11 +9,6 @@
 #include "geometry.h"
 #include "rasterarray.h"
 
-extern GtkListStore *model_rasters_left;
-extern GtkListStore *model_rasters_right;
-extern GtkWidget *treeview_rasters_left;
-extern GtkWidget *treeview_rasters_right;
-
 // Columns of a RasterBar row.
 enum { RASTER_COLUMN_LINE = 0, RASTER_COLUMN_HEIGHT = 1, RASTER_COLUMN_COLOR = 2, RASTER_N_COLUMNS = 3 };
 
@@ -28,7 +23,9 @@ void rastermodel_remove_bar_left(void);
 void rastermodel_remove_bar_right(void);
 void rastermodel_delete_all_bars(void);
 
-// Drawing into a border area (the caller has painted the border colour).
+// Drawing into a border area at `zoom` (the caller has painted the border colour); the
+// _left / _right forms draw at the zoom in force.
+void rastermodel_render_lines(int side, cairo_t *cr, int with_selection, int zoom);
 void rastermodel_render_lines_left(cairo_t *cr, int with_selection);
 void rastermodel_render_lines_right(cairo_t *cr, int with_selection);
 

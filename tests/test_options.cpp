@@ -6,8 +6,9 @@
 #include <regex>
 
 #include "controls.h"
-#include "main.h"
 #include "options.h"
+#include "startup.h"
+#include "state.h"
 #include "support.h"
 #include "testutil.h"
 
