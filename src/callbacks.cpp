@@ -8,7 +8,9 @@
 // the file choosers to fileopen, the project file to projectfile, and the bytes and images
 // of the exports to prgexport and pngexport.
 //
-// May touch: every global of state.h, through the modules that own the bars and the view.
+// May touch: the globals it owns; the options (through their menu items and
+// options_save_to_file); the bars through inputmode, rastermodel and rasterarray; the
+// drawing areas through screenview; the window's cursor while the cruncher runs.
 #include "callbacks.h"
 
 #include <algorithm>
@@ -19,6 +21,7 @@
 #include "controls.h"
 #include "fileopen.h"
 #include "hiresdecoder.h"
+#include "inputmode.h"
 #include "options.h"
 #include "pngexport.h"
 #include "prgexport.h"
@@ -48,27 +51,6 @@ constexpr const char *kNeedPicture = "First open a picture or project";
 
 void report_info(const char *text) { controls_report_info(text); }
 
-// GLib writes a file through a temporary one beside it and names that one ("p.ini.I1SCZ3")
-// when it cannot be created: the message is given the file the user chose instead.
-std::string message_naming(const char *message, const char *path) {
-  std::string text = message;
-  OwnedString shown(g_filename_display_name(path));
-  const std::string temporary = std::string(shown.get()) + ".";
-  constexpr std::size_t kSuffix = 7;  // "." and the six random characters
-  const std::size_t at = text.find(temporary);
-  if (at != std::string::npos && at + temporary.size() - 1 + kSuffix <= text.size())
-    text.erase(at + temporary.size() - 1, kSuffix);
-  return text;
-}
-
-// Reports a failed write of `path` (taking the error, which may be null) like
-// controls_report_error, with the message naming `path`.
-void report_write_error(GError *error, const char *path, const char *fallback) {
-  OwnedError owned(error);
-  const std::string text = owned ? message_naming(owned->message, path) : fallback;
-  controls_report_error(nullptr, text.c_str());
-}
-
 void redraw(GtkWidget *area) { screenview_redraw(area); }
 
 // Replaces an owned string with a copy of `value`.
@@ -79,46 +61,6 @@ void replace_string(char *&owned, const char *value) {
 }
 
 CairoContext cairo_for(GtkWidget *widget) { return CairoContext(screenview_cairo_for(widget)); }
-
-// What each input mode does with the bars. The pairs are indexed by the side flag
-// ([1] left, [0] right); the active mode is looked up in one place, active_mode().
-struct InputMode {
-  void (*render_lines)(int side, cairo_t *, int with_selection, int zoom);
-  std::array<void (*)(int row, unsigned int state, int double_click), 2> button_press;
-  std::array<int (*)(unsigned int keyval, unsigned int state), 2> key_press;
-  std::array<void (*)(unsigned char *, int), 2> get_bars;
-  void (*expand)(GdkPixbuf *, int);
-  std::vector<LineRun> (*bars)(int side);       // a side's bars as a project holds them
-  void (*apply)(const ProjectRecord &project);  // takes the bars of a project as read
-};
-
-constexpr InputMode compact_mode{
-    rasterarray_render_lines,
-    {rasterarray_button_press_right, rasterarray_button_press_left},
-    {rasterarray_key_press_right, rasterarray_key_press_left},
-    {rasterarray_get_bars_right, rasterarray_get_bars_left},
-    rasterarray_expand_picture,
-    [](int side) { return rasterarray_runs(rasterarray_lines_of(side)); },
-    [](const ProjectRecord &project) {
-      for (BorderSide side : {side_left, side_right})
-        std::copy(project.lines[side].begin(), project.lines[side].end(), rasterarray_lines_of(side));
-    },
-};
-
-constexpr InputMode extended_mode{
-    rastermodel_render_lines,
-    {[](int row, unsigned int, int) { rastermodel_button_press_right(row); },
-     [](int row, unsigned int, int) { rastermodel_button_press_left(row); }},
-    {rastermodel_key_press_right, rastermodel_key_press_left},
-    {rastermodel_get_bars_right, rastermodel_get_bars_left},
-    rastermodel_expand_picture,
-    rastermodel_get_rows,
-    [](const ProjectRecord &project) {
-      for (BorderSide side : {side_left, side_right}) rastermodel_set_rows(side, project.bars[side]);
-    },
-};
-
-const InputMode &active_mode() { return interface_extended == 1 ? extended_mode : compact_mode; }
 
 }  // namespace
 
@@ -136,19 +78,21 @@ void cleanup_before_quitting(void) {
   }
 }
 
-void on_menuitem_quit_activate(GtkMenuItem *, gpointer) {
-  if (controls_get_user_confirmation("Are you sure you want to quit?") != 1) return;
+// The question of both ways of quitting; on Yes the options are saved (with the window's
+// position) and the images released.
+static bool quit_confirmed() {
+  if (controls_get_user_confirmation("Are you sure you want to quit?") != 1) return false;
   options_save_to_file();
   cleanup_before_quitting();
-  gtk_main_quit();
+  return true;
 }
 
-gboolean on_window_main_delete_event(GtkWidget *, GdkEvent *, gpointer) {
-  if (controls_get_user_confirmation("Are you sure you want to quit?") != 1) return TRUE;
-  options_save_to_file();
-  cleanup_before_quitting();
-  return FALSE;
+void on_menuitem_quit_activate(GtkMenuItem *, gpointer) {
+  if (quit_confirmed()) gtk_main_quit();
 }
+
+// The window stays open (TRUE) unless the user confirms.
+gboolean on_window_main_delete_event(GtkWidget *, GdkEvent *, gpointer) { return quit_confirmed() ? FALSE : TRUE; }
 
 // ---------------------------------------------------------------------------------------
 // Screen view
@@ -190,7 +134,7 @@ gboolean on_drawingarea_lower_border_expose_event(GtkWidget *widget, GdkEventExp
 static gboolean paint_side_border(GtkWidget *widget, BorderSide side) {
   CairoContext cr = cairo_for(widget);
   screenview_paint_colour(cr.get(), border_color_index);
-  active_mode().render_lines(side, cr.get(), picture_loaded == 1, options_expansion);
+  inputmode_render_lines(side, cr.get(), picture_loaded == 1, options_expansion);
   return TRUE;
 }
 
@@ -239,7 +183,7 @@ static gboolean side_border_button_press(GtkWidget *widget, GdkEventButton *even
   if (options_expansion > 1) y /= options_expansion;
   gtk_widget_grab_focus(widget);
   const int row = y - horiz_border_height;
-  active_mode().button_press[side](row, event->state, event->type == GDK_2BUTTON_PRESS ? 1 : 0);
+  inputmode_button_press(side, row, event->state, event->type == GDK_2BUTTON_PRESS ? 1 : 0);
   gtk_widget_queue_draw(widget);
   return TRUE;
 }
@@ -248,7 +192,7 @@ static gboolean side_border_key_press(GtkWidget *widget, GdkEventKey *event, Bor
   if (picture_loaded == 0) return TRUE;
   UserAction action;
   const unsigned int state = event->state & (GDK_SHIFT_MASK | GDK_CONTROL_MASK | GDK_MOD1_MASK);
-  if (active_mode().key_press[side](event->keyval, state) == 1) gtk_widget_queue_draw(widget);
+  if (inputmode_key_press(side, event->keyval, state) == 1) gtk_widget_queue_draw(widget);
   return TRUE;
 }
 
@@ -340,8 +284,7 @@ int open_picture(const char *path, int border_flag) {
 }
 
 // Opening and saving pictures and projects through the menus: the choosers return a path,
-// open_picture decodes it, and a project is the picture's URI, the border colour and the
-// active mode's bar groups in one key file.
+// open_picture decodes it, and projectfile reads and writes the project's key file.
 
 namespace {
 
@@ -354,7 +297,7 @@ void apply_project(const ProjectRecord &project, const char *project_path) {
     picture_loaded = open_picture(projectfile_picture_path(project.picture, project_path).c_str(), 1);
   if (project.has_base) border_color_index = project.base;
 
-  active_mode().apply(project);
+  inputmode_apply_project(project);
 
   for (GtkWidget *area :
        {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border, drawingarea_lower_border})
@@ -364,24 +307,6 @@ void apply_project(const ProjectRecord &project, const char *project_path) {
   report_info("Project opened");
   options_save_to_file();
 }
-
-}  // namespace
-
-int save_project_to_file(const char *path) {
-  const std::array<std::vector<LineRun>, 2> bars{active_mode().bars(side_right), active_mode().bars(side_left)};
-  GError *error = nullptr;
-  if (!projectfile_write(path, utf8_path_and_filename_picture, border_color_index, bars, &error)) {
-    if (error) report_write_error(error, path, "The project could not be written");
-    return 0;
-  }
-  report_info("Project saved");
-  options_save_to_file();
-  OwnedString title(g_path_get_basename(path));
-  controls_update_main_window_title(title.get());
-  return 1;
-}
-
-namespace {
 
 // A file's base name with everything from its last "." replaced by ".ini".
 OwnedString project_name_for(const char *path) {
@@ -405,6 +330,20 @@ void save_project_under_chosen_name(const char *suggestion) {
 }
 
 }  // namespace
+
+int save_project_to_file(const char *path) {
+  const std::array<std::vector<LineRun>, 2> bars{inputmode_bars(side_right), inputmode_bars(side_left)};
+  GError *error = nullptr;
+  if (!projectfile_write(path, utf8_path_and_filename_picture, border_color_index, bars, &error)) {
+    if (error) controls_report_write_error(error, path, "The project could not be written");
+    return 0;
+  }
+  report_info("Project saved");
+  options_save_to_file();
+  OwnedString title(g_path_get_basename(path));
+  controls_update_main_window_title(title.get());
+  return 1;
+}
 
 // Suggests the project's own name, or else the picture's name with ".ini" in place of its
 // extension.
@@ -485,39 +424,10 @@ int export_to_executable(const PrgKind &kind, const char *filename) {
   GError *error = nullptr;
   if (!g_file_set_contents(filename, reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                            &error)) {
-    report_write_error(error, filename, "The program could not be written");
+    controls_report_write_error(error, filename, "The program could not be written");
     return 0;
   }
   return 1;
-}
-
-// The name offered in an export chooser: the project's file name, or else the picture's,
-// with its extension (from the last ".") replaced by `extension`.
-OwnedString suggested_export_name(const char *extension) {
-  const char *path = utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
-  if (!path) return nullptr;
-  OwnedString base(g_path_get_basename(path));
-  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
-  return OwnedString(g_strconcat(base.get(), extension, nullptr));
-}
-
-// The chosen name, with `extension` appended unless it already ends in it, in lower or
-// upper case.
-OwnedString export_name_with_extension(const char *chosen, const char *extension) {
-  OwnedString upper(g_ascii_strup(extension, -1));
-  const bool has = g_str_has_suffix(chosen, extension) || g_str_has_suffix(chosen, upper.get());
-  return OwnedString(has ? g_strdup(chosen) : g_strconcat(chosen, extension, nullptr));
-}
-
-// Runs the export chooser with the suggested name; the file name to write, or null when
-// the user cancelled.
-OwnedString choose_export_name(int (*chooser)(const char *, char **), const char *extension) {
-  OwnedString suggestion = suggested_export_name(extension);
-  char *chosen = nullptr;
-  const bool picked = chooser(suggestion.get(), &chosen) == 1;
-  OwnedString chosen_name(chosen);
-  if (!picked || !chosen_name) return nullptr;
-  return export_name_with_extension(chosen_name.get(), extension);
 }
 
 }  // namespace
@@ -529,8 +439,7 @@ int export_mc_to_executable(const char *filename) { return export_to_executable(
 int export_petscii_to_executable(const char *filename) { return export_to_executable(prg_petscii, filename); }
 
 void export_get_bar_tables(unsigned char *left, unsigned char *right) {
-  active_mode().get_bars[side_left](left, border_color_index);
-  active_mode().get_bars[side_right](right, border_color_index);
+  inputmode_get_bar_tables(left, right, border_color_index);
 }
 
 int export_build_executable(std::vector<unsigned char> *prg) {
@@ -565,7 +474,7 @@ int export_run_cruncher(const char *filename) {
 
 void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  OwnedString filename = choose_export_name(fileopen_save_executable_file, ".prg");
+  OwnedString filename(fileopen_choose_export_name(fileopen_save_executable_file, ".prg"));
   if (!filename) return;
   const PrgKind *kind = prgexport_kind(picture_data.format);
   if (kind && export_to_executable(*kind, filename.get()) == 1) export_run_cruncher(filename.get());
@@ -582,7 +491,7 @@ int export_png_to_file(const char *filename) {
 
 void on_menuitem_export_to_png_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
-  OwnedString filename = choose_export_name(fileopen_save_png_file, ".png");
+  OwnedString filename(fileopen_choose_export_name(fileopen_save_png_file, ".png"));
   if (filename) export_png_to_file(filename.get());
 }
 
@@ -595,7 +504,7 @@ void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *, gpointer) {
   if (!need_picture()) return;
   UserAction action;
   rastermodel_delete_all_bars();
-  active_mode().expand(pixbuf_picture, border_color_index);
+  inputmode_expand_picture(pixbuf_picture, border_color_index);
   screenview_redraw_sides();
   report_info("Picture extended");
 }

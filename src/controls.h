@@ -11,6 +11,9 @@ void controls_show_message_dialog(const char *message, int type);
 // error's message (`fallback` when there is no error object) and an error box showing it.
 void controls_report_info(const char *text);
 void controls_report_error(const GError *error, const char *fallback);
+// Reports a failed write of `path` the same way, taking the error (which may be null; then
+// `fallback` is shown), with the message naming `path` rather than a temporary file.
+void controls_report_write_error(GError *error, const char *path, const char *fallback);
 int controls_get_user_confirmation(const char *question);
 void controls_adjust_from_options(void);
 void controls_attach_icon_to_window(GtkWidget *window);

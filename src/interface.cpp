@@ -1,9 +1,10 @@
-// interface: construction of the main window. The menus, the tool bar and the signal wiring are data tables walked by
-// one builder each; the rest of the tree is built by hand below. Every widget is
-// registered under its name on its toplevel, so that lookup_widget finds it.
+// interface: construction of the main window. The menus, the tool bar and the signal
+// wiring are data tables walked by one builder each; the rest of the tree is built by hand
+// below. Every widget is registered under its name on its toplevel, so that lookup_widget
+// finds it. The dialogs are built in dialogs.cpp.
 //
-// Owns nothing at run time; connects the handlers of callbacks.h (and the About handler
-// of controls, the preview's menu handler) and touches no global state.
+// Owns nothing at run time; connects the handlers of callbacks, controls (About), preview,
+// rampdialog and undo, and touches no global state. Only start-up includes it.
 #include "interface.h"
 
 #include <gdk/gdkkeysyms.h>

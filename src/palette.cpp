@@ -1,7 +1,8 @@
 // palette: the four fixed C64 palettes (Pepto, High contrast, Pixcen, CCS64) as 8-bit
 // and as 0..1 double tables, the lookups by colour index and by RGB value, and drawing in
 // those colours with cairo.
-// Reads options_palette to pick the palette in force; keeps no state of its own.
+// Reads options_palette to pick the palette in force (or takes the palette it is given);
+// keeps no state of its own.
 #include "palette.h"
 
 #include "state.h"

@@ -13,12 +13,12 @@
 // A project as read. The bars of each side (indexed by the side flag: [1] left, [0] right)
 // come in both forms, as each input mode takes them from the file.
 struct ProjectRecord {
-  bool is_project = false;   // the file holds any of the groups "image", "colors", "left", "right"
-  bool has_picture = false;  // the key "file" of "image" is there
-  std::string picture;       // its value, the picture's file URI
-  bool has_base = false;     // the key "base" of "colors" is there
-  int base = 0;              // its value brought into 0..15
-  std::array<std::vector<LineRun>, 2> bars;         // Extended mode: the rows its list takes
+  bool is_project = false;                   // the file holds any of the groups "image", "colors", "left", "right"
+  bool has_picture = false;                  // the key "file" of "image" is there
+  std::string picture;                       // its value, the picture's file URI
+  bool has_base = false;                     // the key "base" of "colors" is there
+  int base = 0;                              // its value brought into 0..15
+  std::array<std::vector<LineRun>, 2> bars;  // Extended mode: the rows its list takes
   std::array<std::array<int, RASTER_LINES>, 2> lines;  // Compact mode: a colour or -1 per line
 };
 

@@ -3,13 +3,14 @@
 // the side border areas, picking a bar with the mouse, the per-line colour table for the
 // executable export and the keys that edit the selected bar; converting the bars to and
 // from Compact mode's line arrays, turning the picture's outer columns into bars
-// (auto-extend), and writing and reading the lists in a project key file.
+// (auto-extend), and writing and reading the lists in a project key file (by projectfile's
+// group functions).
 //
 // May touch: the two list stores and their views, the drawing areas of the side borders
-// (redraw requests only), the palette lookups and, when converting between the modes,
-// the line arrays (through rasterarray's functions). The tool buttons, the views'
-// cursor-changed handlers and the border areas' event handlers live in callbacks.cpp
-// and call in here.
+// (redraw requests only), the palette lookups, the undo history (a cell edit is one step)
+// and, when converting between the modes, the line arrays (through rasterarray's
+// functions). The tool buttons, the views' cursor-changed handlers and the border areas'
+// event handlers live in callbacks.cpp and call in here, the latter through inputmode.
 #include "rastermodel.h"
 
 #include <gdk/gdkkeysyms.h>
