@@ -306,6 +306,6 @@ int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *fra
   return differing;
 }
 
-uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.frames : 0; }
+uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.beam.frames : 0; }
 
 bool preview_running(void) { return preview.timer != 0; }
