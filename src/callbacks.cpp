@@ -51,8 +51,6 @@ constexpr const char *kNeedPicture = "First open a picture or project";
 
 void report_info(const char *text) { controls_report_info(text); }
 
-void redraw(GtkWidget *area) { screenview_redraw(area); }
-
 // Replaces an owned string with a copy of `value`.
 void replace_string(char *&owned, const char *value) {
   char *copy = g_strdup(value);
@@ -169,7 +167,7 @@ gboolean on_drawingarea_border_color_button_press_event(GtkWidget *, GdkEventBut
   border_color_index = screenview_colour_at(event->x, options_expansion);
   for (GtkWidget *area : {drawingarea_border_color, drawingarea_upper_border, drawingarea_left_border,
                           drawingarea_right_border, drawingarea_lower_border})
-    redraw(area);
+    screenview_redraw(area);
   return TRUE;
 }
 
@@ -230,7 +228,7 @@ static void bar_button(void (*operation)(void), GtkWidget *area) {
   if (!need_picture()) return;
   UserAction action;
   operation();
-  redraw(area);
+  screenview_redraw(area);
 }
 
 void on_toolbutton_add_bar_left_clicked(GtkToolButton *, gpointer) {
@@ -257,9 +255,9 @@ void on_toolbutton_delete_all_bars_clicked(GtkToolButton *, gpointer) {
   screenview_redraw_sides();
 }
 
-void on_treeview_rasters_left_cursor_changed(GtkTreeView *, gpointer) { redraw(drawingarea_left_border); }
+void on_treeview_rasters_left_cursor_changed(GtkTreeView *, gpointer) { screenview_redraw(drawingarea_left_border); }
 
-void on_treeview_rasters_right_cursor_changed(GtkTreeView *, gpointer) { redraw(drawingarea_right_border); }
+void on_treeview_rasters_right_cursor_changed(GtkTreeView *, gpointer) { screenview_redraw(drawingarea_right_border); }
 
 // ---------------------------------------------------------------------------------------
 // Picture and project commands
@@ -301,9 +299,9 @@ void apply_project(const ProjectRecord &project, const char *project_path) {
 
   for (GtkWidget *area :
        {drawingarea_upper_border, drawingarea_left_border, drawingarea_right_border, drawingarea_lower_border})
-    redraw(area);
-  if (picture_loaded == 1) redraw(drawingarea_picture);
-  redraw(drawingarea_border_color);
+    screenview_redraw(area);
+  if (picture_loaded == 1) screenview_redraw(drawingarea_picture);
+  screenview_redraw(drawingarea_border_color);
   report_info("Project opened");
   options_save_to_file();
 }
