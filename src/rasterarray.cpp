@@ -218,14 +218,6 @@ void button_press(int side, int row, unsigned int state, int double_click) {
   s.active = 1;
 }
 
-void get_bars(int side, unsigned char out[picture_lines], int fallback) {
-  const int *colors = side_of(side).colors;
-  for (int i = 0; i < picture_lines; ++i) {
-    const int entry = colors[first_picture_line + i];
-    out[i] = static_cast<unsigned char>(entry >= 0 ? entry : fallback);
-  }
-}
-
 int wrap_line(int index) { return ((index % RASTER_LINES) + RASTER_LINES) % RASTER_LINES; }
 
 }  // namespace
@@ -264,8 +256,19 @@ void rasterarray_render_lines_right(cairo_t *cr, int with_selection) {
 
 // ---- Export table, clearing, single entries ----
 
-void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback) { get_bars(side_left, out, fallback); }
-void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback) { get_bars(side_right, out, fallback); }
+void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback) {
+  rasterarray_table_of_lines(colors_left, out, fallback);
+}
+void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback) {
+  rasterarray_table_of_lines(colors_right, out, fallback);
+}
+
+void rasterarray_table_of_lines(const int *colors, unsigned char out[picture_lines], int fallback) {
+  for (int i = 0; i < picture_lines; ++i) {
+    const int entry = colors[first_picture_line + i];
+    out[i] = static_cast<unsigned char>(entry >= 0 ? entry : fallback);
+  }
+}
 
 void rasterarray_delete_all_bars(void) {
   std::fill(std::begin(colors_left), std::end(colors_left), -1);

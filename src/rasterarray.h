@@ -31,6 +31,8 @@ void rasterarray_render_lines_right(cairo_t *cr, int with_selection);
 // a line has no colour.
 void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback);
 void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback);
+// The same table from any line array (`colors` indexed by raster line): plain data.
+void rasterarray_table_of_lines(const int *colors, unsigned char out[picture_lines], int fallback);
 
 void rasterarray_delete_all_bars(void);
 // A single entry; the line is taken modulo 312.

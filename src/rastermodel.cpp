@@ -135,14 +135,6 @@ gboolean foreach_pick_bar(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, 
   return TRUE;
 }
 
-gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, gpointer data) {
-  auto *out = static_cast<unsigned char *>(data);
-  RasterBar bar = read_bar(model, row);
-  for (int line = first_picture_line; line <= last_picture_line; ++line)
-    if (bar.covers(line)) out[line - first_picture_line] = static_cast<unsigned char>(bar.color);
-  return FALSE;
-}
-
 // A "Color" cell shows its number on the colour itself, in black or white, whichever
 // stands out more.
 void paint_color_cell(GtkTreeViewColumn *, GtkCellRenderer *cell, GtkTreeModel *model, GtkTreeIter *row, gpointer) {
@@ -308,9 +300,7 @@ void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t 
 }
 
 void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[picture_lines], int fallback) {
-  for (int i = 0; i < picture_lines; ++i) out[i] = static_cast<unsigned char>(fallback);
-  // Rows are visited in list order, so the last row covering a line gives its colour.
-  if (model) gtk_tree_model_foreach(model, foreach_fill_table, out);
+  rastermodel_table_of_rows(rastermodel_get_rows(side_of_list(model)), out, fallback);
 }
 
 // Where bars overlap the first covering row is picked, although the last one is drawn on top.
@@ -532,6 +522,16 @@ void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
   rastermodel_delete_all_bars();
   for (BorderSide side : {side_left, side_right})
     rastermodel_fill_models_from_key_file_internal(list_of_side(side), key_file, projectfile_groups[side]);
+}
+
+// Rows are taken in list order, so the last row covering a line gives its colour.
+void rastermodel_table_of_rows(const std::vector<LineRun> &rows, unsigned char out[picture_lines], int fallback) {
+  std::fill(out, out + picture_lines, static_cast<unsigned char>(fallback));
+  for (const LineRun &row : rows) {
+    const RasterBar bar{row.start, row.height, row.color};
+    for (int line = first_picture_line; line <= last_picture_line; ++line)
+      if (bar.covers(line)) out[line - first_picture_line] = static_cast<unsigned char>(bar.color);
+  }
 }
 
 // --- Rows as values, for undo and ramps --------------------------------------------

@@ -34,6 +34,9 @@ void rastermodel_render_lines_right(cairo_t *cr, int with_selection);
 void rastermodel_get_bars_left(unsigned char out[picture_lines], int fallback);
 void rastermodel_get_bars_right(unsigned char out[picture_lines], int fallback);
 
+// The same table from rows given as values, in list order: plain data, no list needed.
+void rastermodel_table_of_rows(const std::vector<LineRun> &rows, unsigned char out[picture_lines], int fallback);
+
 // A click on `row` (relative to the picture's top) selects the first bar covering it.
 void rastermodel_button_press_left(int row);
 void rastermodel_button_press_right(int row);
