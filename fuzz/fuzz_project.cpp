@@ -10,13 +10,11 @@
 #include <array>
 #include <cstdlib>
 
-#include "callbacks.h"
 #include "fuzz_common.h"
 #include "options.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
-#include "startup.h"
 #include "state.h"
 #include "support.h"
 

@@ -7,8 +7,6 @@
 
 #include "support.h"
 
-#define N_(text) (text)
-
 namespace {
 
 struct ChooserRow {

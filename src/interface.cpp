@@ -19,8 +19,6 @@
 #include "support.h"
 #include "undo.h"
 
-#define N_(text) (text)
-
 namespace {
 
 using MenuHandler = void (*)(GtkMenuItem *, gpointer);

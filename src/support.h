@@ -26,8 +26,10 @@ GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name);
 // told otherwise; returns the widget, for building a tree in one expression.
 GtkWidget *support_named_widget(GtkWidget *toplevel, GtkWidget *widget, const char *name, bool show = true);
 
-// The program's strings as the message catalogue translates them.
+// The program's strings as the message catalogue translates them; N_ marks a string for
+// the catalogue where it is translated later.
 #define _(text) g_dgettext("quillbar", text)
+#define N_(text) (text)
 
 // Replaces the file at `path` with `length` bytes of `data` without ever leaving it half
 // written: the bytes go to a temporary file beside it, which is renamed over it only after

@@ -13,7 +13,6 @@
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
-#include "startup.h"
 #include "state.h"
 #include "support.h"
 #include "testutil.h"

@@ -10,7 +10,6 @@
 #include "interface.h"
 #include "preview.h"
 #include "rampdialog.h"
-#include "startup.h"
 #include "state.h"
 #include "support.h"
 #include "testutil.h"

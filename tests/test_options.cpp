@@ -7,7 +7,6 @@
 
 #include "controls.h"
 #include "options.h"
-#include "startup.h"
 #include "state.h"
 #include "support.h"
 #include "testutil.h"
