@@ -1,6 +1,6 @@
-// Options and the configuration file: the first start, the load rules, the menus that
-// follow the loaded options, and files that cannot be parsed or written.
-// The tests run in order; the first one is the program's first start.
+// Options and the configuration file: the load rules, the menus that follow the loaded
+// options, and files that cannot be parsed or written. (Where the first start writes the file,
+// and the window's place kept from one start to the next, are the end-to-end test's.)
 #include <glib/gstdio.h>
 
 #include <regex>
@@ -29,17 +29,6 @@ std::string written(const std::string &key) {
 GtkCheckMenuItem *check_item(const char *name) { return GTK_CHECK_MENU_ITEM(lookup_widget(window_main, name)); }
 
 }  // namespace
-
-// The first start writes the configuration file in the user's configuration folder, with
-// the window's position.
-TEST(Options, FirstStartWritesTheFile) {
-  ASSERT_FALSE(g_file_test((test_config_home() + "/quillbar").c_str(), G_FILE_TEST_EXISTS));
-  GtkWidget *window = start_app();
-  EXPECT_EQ(utf8_path_configfile, test_config_home() + "/quillbar/user.ini");
-  gint x, y;
-  gtk_window_get_position(GTK_WINDOW(window), &x, &y);
-  EXPECT_EQ(written("position"), std::to_string(x) + ";" + std::to_string(y) + ";");
-}
 
 // Out-of-range values load as the defaults; the menus follow what was loaded (from the
 // state at start-up, where Re-encode is unchecked).

@@ -198,7 +198,7 @@ TEST(EndToEnd, BarsInBothModesSavedReopenedAndExported) {
   ASSERT_TRUE(borders_show(*app, v, left, right));
   const std::string saved = v.pixels();
   // Quitting asks first, and Escape keeps the editor. The window's place is kept for the next
-  // start. The window manager's close button quits as well.
+  // start, in the user's configuration folder. The window manager's close button quits as well.
   press_keys("ctrl+q");
   ASSERT_TRUE(app->wait_focus("Confirmation request"));
   press_keys("Escape");
@@ -210,6 +210,7 @@ TEST(EndToEnd, BarsInBothModesSavedReopenedAndExported) {
   app = std::make_unique<App>(QUILLBAR_PROGRAM, home.path());
   ASSERT_TRUE(app->started());
   EXPECT_TRUE(wait_for([&] { return app->shot().area.x == placed.x && app->shot().area.y == placed.y; }));
+  EXPECT_TRUE(g_file_test((home.path() + "/.config/quillbar/user.ini").c_str(), G_FILE_TEST_IS_REGULAR));
   choose(*app, "F1", "Open a project file", "mywork.ini", "colours.kla");
   v = view(*app, 1, 5);
   EXPECT_TRUE(wait_for([&] { return v.pixels() == saved; }));
