@@ -18,6 +18,7 @@
 #include "options.h"
 #include "palette.h"
 #include "prg_templates.h"
+#include "rastermodel.h"
 #include "support.h"
 
 #define _(text) g_dgettext("quillbar", text)
@@ -38,9 +39,9 @@ constexpr int kSpacing = 4;
 struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
-  bool crunched = false;                                    // run the crunched program, decrunch and all
-  unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
-  Surface image;                                            // the visible area at zoom 1
+  bool crunched = false;  // run the crunched program, decrunch and all
+  EditorBorders editor;   // the editor's bars when the program started
+  Surface image;          // the visible area at zoom 1
   guint timer = 0;
   bool iconified = false;
   gint64 paced_from = 0;  // real time and frame count from which the timer keeps pace
@@ -89,18 +90,23 @@ void update_image() {
   cairo_surface_mark_dirty(surface);
 }
 
+// The bars as the active mode draws them: Extended mode's rows in list order, or the runs of
+// Compact mode's lines 51..250.
+EditorBorders editor_borders() {
+  EditorBorders editor;
+  editor.border = border_color_index;
+  for (int side : {1, 0})
+    editor.bars[side] = interface_extended == 1
+                            ? rastermodel_get_rows(side)
+                            : rasterarray_find_runs((side ? colors_left : colors_right) + first_picture_line,
+                                                    picture_lines, first_picture_line);
+  return editor;
+}
+
 void update_status() {
-  const int differing =
-      preview_count_differing_lines(&model_info(), vic2_frame(&preview.machine->vic), preview.left, preview.right);
-  std::string verdict;
-  if (differing == 0)
-    verdict = _("Bars match the editor");
-  else if (differing == 1)
-    verdict = _("1 line differs from the editor");
-  else
-    verdict = std::to_string(differing) + _(" lines differ from the editor");
+  const Verdict verdict = verdict_compare(&model_info(), vic2_frame(&preview.machine->vic), preview.editor);
   OwnedString text(g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
-                                   static_cast<unsigned long long>(preview_frames()), verdict.c_str()));
+                                   static_cast<unsigned long long>(preview_frames()), verdict_text(verdict).c_str()));
   gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text.get());
 }
 
@@ -146,7 +152,7 @@ bool start_program() {
     }
     prg = std::move(crunched);
   }
-  export_get_bar_tables(preview.left, preview.right);
+  preview.editor = editor_borders();
   if (!preview.machine) preview.machine = std::make_unique<C64>();
   if (!c64_start(preview.machine.get(), prg, preview.model)) return false;
   c64_run_frames(preview.machine.get(),
@@ -298,18 +304,6 @@ void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
   }
   gtk_window_present(GTK_WINDOW(window_preview));
   update_timer();
-}
-
-int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left,
-                                  const uint8_t *right) {
-  int differing = 0;
-  for (int i = 0; i < picture_lines; i++) {
-    const int line = first_picture_line + i;
-    if (vic2_side_border_colour(model, frame, line, 1) != left[i] ||
-        vic2_side_border_colour(model, frame, line, 0) != right[i])
-      differing++;
-  }
-  return differing;
 }
 
 uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.frames : 0; }
