@@ -69,8 +69,8 @@ bool verdict_run(const std::vector<uint8_t> &prg, Vic2Model model, int frames, c
 std::string verdict_text(const Verdict &verdict) {
   const std::size_t count = verdict.lines.size();
   if (count == 0) return "Bars match the editor";
-  std::string text = count == 1 ? "1 line differs from the editor"
-                                : std::to_string(count) + " lines differ from the editor";
+  std::string text =
+      count == 1 ? "1 line differs from the editor" : std::to_string(count) + " lines differ from the editor";
   text += ", from line " + std::to_string(verdict.lines.front());
   if (verdict.cause_side >= 0)
     text += std::string(": the ") + side_name(verdict.cause_side) + " bar at line " +
