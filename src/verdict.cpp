@@ -20,10 +20,10 @@ bool machine_shows(const Vic2ModelInfo *model, int line) {
 
 bool covers(const LineRun &bar, int line) { return line >= bar.start && line - bar.start < bar.height; }
 
-// The bar the editor draws on `line` of a side, or null.
-const LineRun *drawn_bar(const EditorBorders &editor, int side, int line) {
+// The bar the editor draws on `line`, or null.
+const LineRun *drawn_bar(const std::vector<LineRun> &bars, int line) {
   const LineRun *drawn = nullptr;
-  for (const LineRun &bar : editor.bars[side])
+  for (const LineRun &bar : bars)
     if (covers(bar, line)) drawn = &bar;
   return drawn;
 }
@@ -32,9 +32,9 @@ const char *side_name(int side) { return side ? "left" : "right"; }
 
 }  // namespace
 
-int verdict_editor_colour(const EditorBorders &editor, int side, int line) {
-  const LineRun *bar = drawn_bar(editor, side, line);
-  return bar ? bar->color & 15 : editor.border;
+int verdict_editor_colour(const std::vector<LineRun> &bars, int border, int line) {
+  const LineRun *bar = drawn_bar(bars, line);
+  return bar ? bar->color & 15 : border;
 }
 
 Verdict verdict_compare(const Vic2ModelInfo *model, const uint8_t *frame, const EditorBorders &editor) {
@@ -44,9 +44,10 @@ Verdict verdict_compare(const Vic2ModelInfo *model, const uint8_t *frame, const 
     if (!machine_shows(model, line)) continue;
     bool differs = false;
     for (int side : {1, 0}) {
-      if (vic2_side_border_colour(model, frame, line, side) == verdict_editor_colour(editor, side, line)) continue;
+      const int drawn = verdict_editor_colour(editor.bars[side], editor.border, line);
+      if (vic2_side_border_colour(model, frame, line, side) == drawn) continue;
       differs = true;
-      const LineRun *bar = drawn_bar(editor, side, line);
+      const LineRun *bar = drawn_bar(editor.bars[side], line);
       if (verdict.cause_side < 0 && bar && bar->start + bar->height > last_picture_line + 1) {
         verdict.cause_side = side;
         verdict.cause = *bar;
