@@ -58,13 +58,15 @@ std::string bartables_text(const BarTableFormat &format, const unsigned char lef
   const std::string c = format.comment;
   std::string text = c + " Raster bars of " + printable(project_name) + ", made with Quillbar:\n" + c +
                      " the colour of raster lines " + std::to_string(first_picture_line) + ".." +
-                     std::to_string(last_picture_line) + " in the left, then in the right side border; then the border colour.\n";
+                     std::to_string(last_picture_line) +
+                     " in the left, then in the right side border; then the border colour.\n";
   if (format.prologue) text += std::string("\t") + format.prologue + "\n";
   const struct {
     const char *label;
     const unsigned char *bytes;
     int count;
-  } tables[] = {{"bars_left", left, picture_lines}, {"bars_right", right, picture_lines}, {"bars_border", &border_byte, 1}};
+  } tables[] = {
+      {"bars_left", left, picture_lines}, {"bars_right", right, picture_lines}, {"bars_border", &border_byte, 1}};
   for (const auto &table : tables) {
     text += std::string(table.label) + ":\n";
     append_bytes(&text, format, table.bytes, table.count);

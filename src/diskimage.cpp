@@ -85,16 +85,16 @@ int diskimage_write(const char *path, const std::vector<uint8_t> &prg, const std
   OwnedString program(g_build_filename(folder.get(), "program.prg", nullptr));
   OwnedString image(g_build_filename(folder.get(), "image.d64", nullptr));
   const std::string disk_name = diskimage_file_name(name);
-  const char *argv[] = {kCc1541, "-q", "-n", disk_name.c_str(), "-f", disk_name.c_str(), "-w", program.get(),
-                        image.get(), nullptr};
+  const char *argv[] = {kCc1541,           "-q", "-n",          disk_name.c_str(), "-f",
+                        disk_name.c_str(), "-w", program.get(), image.get(),       nullptr};
   int status = -1;
   gchar *contents = nullptr;
   gsize length = 0;
   int written = 0;
   if (g_file_set_contents(program.get(), reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                           error) &&
-      g_spawn_sync(nullptr, const_cast<char **>(argv), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr,
-                   nullptr, &status, error)) {
+      g_spawn_sync(nullptr, const_cast<char **>(argv), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr, nullptr,
+                   &status, error)) {
     if (!g_spawn_check_exit_status(status, nullptr) || !g_file_get_contents(image.get(), &contents, &length, nullptr)) {
       g_set_error(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, "%s could not make the disk image", kCc1541);
     } else {
