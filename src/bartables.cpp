@@ -9,10 +9,10 @@
 // clang-format off
 const BarTableFormat bartables_formats[4] = {
     // name       extension filter name                        comment prologue                                      bytes
-    {"bin",      ".bin", "  Binary tables (.bin) ",           nullptr, nullptr,                                      nullptr},
     {"acme",     ".a",   "  ACME source (.a) ",               ";",     nullptr,                                      "!byte"},
     {"ca65",     ".s",   "  ca65 source (.s) ",               ";",     ".export bars_left, bars_right, bars_border", ".byte"},
     {"kickass",  ".asm", "  KickAssembler source (.asm) ",    "//",    nullptr,                                      ".byte"},
+    {"bin",      ".bin", "  Binary tables (.bin) ",           nullptr, nullptr,                                      nullptr},
 };
 // clang-format on
 

@@ -16,7 +16,7 @@ struct BarTableFormat {
   const char *byte_directive;
 };
 
-// Raw bytes first, then the assemblers.
+// The assemblers, then raw bytes: the order of the export chooser's filters.
 extern const BarTableFormat bartables_formats[4];
 
 // The format called `name`, or null.
