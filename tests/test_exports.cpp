@@ -100,10 +100,10 @@ TEST_F(PrgExport, PlayerShowsThePictureAndPlaysTheBars) {
     if (kind.colour) {
       for (int i = 0; i < 1000; ++i) ASSERT_EQ(m->color_ram[i], picture_data.color[i] & 15) << i;
       EXPECT_EQ(prg.back(), 0x0B);  // the background with its upper bits cleared
-      EXPECT_EQ(m->vic.reg[VIC2_BACKGROUND0], 0x0B);
+      EXPECT_EQ(m->vic.regs.reg[VIC2_BACKGROUND0], 0x0B);
     }
-    EXPECT_EQ((Bytes{m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
-                     m->vic.reg[VIC2_SPRITE_ENABLE]}),
+    EXPECT_EQ((Bytes{m->vic.regs.reg[VIC2_CTRL1], m->vic.regs.reg[VIC2_CTRL2], m->vic.regs.reg[VIC2_MEMORY],
+                     m->vic.regs.reg[VIC2_SPRITE_ENABLE]}),
               (Bytes{kind.d011, kind.d016, kind.d018, 0}));
 
     // Each visible line's left and right colour: the tables' on lines 51..250, else the border's.

@@ -15,6 +15,7 @@
 #include "palette.h"
 #include "pixbufs.h"
 #include "reencode.h"
+#include "state.h"
 #include "testutil.h"
 
 namespace {

@@ -72,7 +72,7 @@ struct Rig {
     for (auto [reg, value] : regs) vic2_write(&vic, reg, static_cast<uint8_t>(value));
   }
   void run_frames(int n) {
-    for (const uint64_t end = vic.frames + n; vic.frames < end;) vic2_cycle(&vic);
+    for (const uint64_t end = vic.beam.frames + n; vic.beam.frames < end;) vic2_cycle(&vic);
   }
   int pixel(int x, int line) const { return vic2_frame(&vic)[line * vic2_frame_width(&vic) + x]; }
 };
@@ -195,7 +195,7 @@ TEST(Vic2, RasterInterruptCycle) {
     int line = -1, cycle = -1;
     for (int i = 0; i < 2 * 65 * 312 && line < 0; i++) {
       vic2_cycle(&rig->vic);
-      if (vic2_irq(&rig->vic)) line = rig->vic.line, cycle = rig->vic.cycle;
+      if (vic2_irq(&rig->vic)) line = rig->vic.beam.line, cycle = rig->vic.beam.cycle;
     }
     EXPECT_EQ(std::pair(line, cycle), std::pair(want < 0 ? -1 : compare, want));
     if (want > 0) {
@@ -230,7 +230,7 @@ TEST(Vic2, DisplayWindowAndBadLines) {
     EXPECT_EQ(window, want);
     int bad = 0, blocked_reads = 0, blocked_writes = 0;
     for (int i = 0; i < 63 * 312; i++) {
-      bad += rig->vic.cycle == kVic2BaLowCycle && vic2_blocks(&rig->vic, false);
+      bad += rig->vic.beam.cycle == kVic2BaLowCycle && vic2_blocks(&rig->vic, false);
       blocked_reads += vic2_blocks(&rig->vic, false);
       blocked_writes += vic2_blocks(&rig->vic, true);
       vic2_cycle(&rig->vic);
