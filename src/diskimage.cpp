@@ -88,15 +88,16 @@ int diskimage_write(const char *path, const std::vector<uint8_t> &prg, const std
   const char *argv[] = {kCc1541,           "-q", "-n",          disk_name.c_str(), "-f",
                         disk_name.c_str(), "-w", program.get(), image.get(),       nullptr};
   int status = -1;
-  gchar *contents = nullptr;
+  gchar *contents = nullptr, *output = nullptr, *complaint = nullptr;  // cc1541's own output is kept off the terminal
   gsize length = 0;
   int written = 0;
   if (g_file_set_contents(program.get(), reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
                           error) &&
-      g_spawn_sync(nullptr, const_cast<char **>(argv), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, nullptr, nullptr,
-                   &status, error)) {
+      g_spawn_sync(nullptr, const_cast<char **>(argv), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &output,
+                   &complaint, &status, error)) {
     if (!g_spawn_check_exit_status(status, nullptr) || !g_file_get_contents(image.get(), &contents, &length, nullptr)) {
-      g_set_error(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, "%s could not make the disk image", kCc1541);
+      g_set_error(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, "%s could not make the disk image: %s", kCc1541,
+                  g_strstrip(complaint));
     } else {
       const std::vector<uint8_t> bytes(contents, contents + length);
       const std::vector<DiskFile> files = diskimage_directory(bytes);
@@ -106,6 +107,8 @@ int diskimage_write(const char *path, const std::vector<uint8_t> &prg, const std
         written = support_replace_file(path, contents, length, error);
     }
   }
+  g_free(output);
+  g_free(complaint);
   g_free(contents);
   g_remove(program.get());
   g_remove(image.get());

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "rasterarray.h"
+#include "geometry.h"
 #include "vic2.h"
 
 // Frames run before the comparison: past the player's 16-frame fade and its set-up.
