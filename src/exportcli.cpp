@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 
+#include "c64pixbufs.h"
 #include "diskimage.h"
 #include "hiresdecoder.h"
 #include "pngexport.h"
@@ -85,7 +86,7 @@ struct Project {
   OwnedPixbuf pixbuf;
   EditorBorders editor;  // the bars as Extended mode, the editor's default, holds them
   unsigned char left[picture_lines], right[picture_lines];
-  std::vector<unsigned char> program;  // uncompressed
+  std::vector<unsigned char> program;   // uncompressed
   std::vector<unsigned char> crunched;  // made by the cruncher when first needed
 };
 
@@ -254,7 +255,8 @@ bool exportcli_parse(int argc, char **argv, ExportOptions *options, std::string 
       if (++i == argc) return (*error = std::string(word) + " needs a value"), false;
       value = argv[i];
     }
-    if (!option->apply(options, value)) return (*error = std::string("unknown value for ") + word + ": " + value), false;
+    if (!option->apply(options, value))
+      return (*error = std::string("unknown value for ") + word + ": " + value), false;
   }
   if (options->projects.empty()) return (*error = "no project given"), false;
   if (!options->prg && !options->png && !options->tables && !options->d64 && !options->check)
@@ -276,6 +278,7 @@ int exportcli_main(int argc, char **argv) {
   // The cruncher is looked for beside this program, as the editor looks for it beside itself.
   startup_set_app_folder(argc > 0 ? argv[0] : nullptr);
   options_palette = options.palette;
+  c64pixbufs_module_init();  // PETSCII pictures are drawn with the character sets
   bool ok = true;
   for (const char *project : options.projects) ok = export_project(project, options) && ok;
   return ok ? 0 : kExitFailed;
