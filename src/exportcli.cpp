@@ -10,9 +10,11 @@
 #include <glib/gstdio.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include "c64pixbufs.h"
 #include "diskimage.h"
@@ -202,39 +204,72 @@ std::string line_ranges(const std::vector<int> &lines) {
   return text;
 }
 
-void report(const char *path, const char *message) { std::fprintf(stderr, "%s: %s: %s\n", kProgram, path, message); }
-
-// Every output of one project, then its check; false when anything failed or differed.
-bool export_project(const char *path, const ExportOptions &options) {
-  Project project;
-  GError *error = nullptr;
-  if (!load_project(path, options.reencode, &project, &error)) {
-    report(path, OwnedError(error)->message);
-    return false;
-  }
+// The lines a project's export prints, kept until they are printed in project order.
+struct Report {
+  std::string errors, output;
   bool ok = true;
+  void fail(const std::string &where, const char *message) {
+    errors += std::string(kProgram) + ": " + where + ": " + message + "\n";
+    ok = false;
+  }
+};
+
+// Every output of one project, then its check.
+void export_project(Project *project, const ExportOptions &options, Report *report) {
   const bool several = options.projects.size() > 1;
+  GError *error = nullptr;
   for (const Output &output : kOutputs) {
     const char *given = options.*output.path;
     if (!given) continue;
-    const std::string target = output_path(given, several, project, output.extension(options), &error);
-    if (target.empty() || !output.write(&project, options, target.c_str(), &error)) {
-      report(target.empty() ? given : target.c_str(), error ? error->message : "The file could not be written");
-      g_clear_error(&error);
-      ok = false;
-    }
+    const std::string target = output_path(given, several, *project, output.extension(options), &error);
+    if (target.empty() || !output.write(project, options, target.c_str(), &error))
+      report->fail(target.empty() ? given : target, error ? error->message : "The file could not be written");
+    g_clear_error(&error);
   }
-  if (!options.check) return ok;
+  if (!options.check) return;
   Verdict verdict;
   std::string failure;
-  if (!verdict_run(project.program, options.check_model, preview_fast_forward_frames, project.editor, &verdict,
-                   &failure)) {
-    report(path, failure.c_str());
-    return false;
+  const std::string &path = project->path;
+  if (!verdict_run(project->program, options.check_model, preview_fast_forward_frames, project->editor, &verdict,
+                   &failure))
+    return report->fail(path, failure.c_str());
+  report->output += path + ": " + vic2_models[options.check_model].name + ": " + verdict_text(verdict) + "\n";
+  if (verdict.lines.empty()) return;
+  report->output += path + ": differing lines: " + line_ranges(verdict.lines) + "\n";
+  report->ok = false;
+}
+
+// Reads every project first, one after the other (decoding sets shared state), then exports
+// them on as many threads as there are processors: the cruncher runs take most of the time.
+bool export_all(const ExportOptions &options) {
+  const std::size_t count = options.projects.size();
+  std::vector<Project> projects(count);
+  std::vector<Report> reports(count);
+  std::vector<std::size_t> loaded;
+  for (std::size_t i = 0; i < count; i++) {
+    GError *error = nullptr;
+    if (load_project(options.projects[i], options.reencode, &projects[i], &error))
+      loaded.push_back(i);
+    else
+      reports[i].fail(options.projects[i], OwnedError(error)->message);
   }
-  std::printf("%s: %s: %s\n", path, vic2_models[options.check_model].name, verdict_text(verdict).c_str());
-  if (!verdict.lines.empty()) std::printf("%s: differing lines: %s\n", path, line_ranges(verdict.lines).c_str());
-  return ok && verdict.lines.empty();
+  std::atomic<std::size_t> next{0};
+  auto work = [&] {
+    for (std::size_t k; (k = next++) < loaded.size();)
+      export_project(&projects[loaded[k]], options, &reports[loaded[k]]);
+  };
+  std::vector<std::thread> workers;
+  const std::size_t threads = std::min<std::size_t>(g_get_num_processors(), loaded.size());
+  for (std::size_t t = 1; t < threads; t++) workers.emplace_back(work);
+  work();
+  for (std::thread &worker : workers) worker.join();
+  bool ok = true;
+  for (const Report &report : reports) {
+    std::fputs(report.output.c_str(), stdout);
+    std::fputs(report.errors.c_str(), stderr);
+    ok = ok && report.ok;
+  }
+  return ok;
 }
 
 }  // namespace
@@ -279,7 +314,5 @@ int exportcli_main(int argc, char **argv) {
   startup_set_app_folder(argc > 0 ? argv[0] : nullptr);
   options_palette = options.palette;
   c64pixbufs_module_init();  // PETSCII pictures are drawn with the character sets
-  bool ok = true;
-  for (const char *project : options.projects) ok = export_project(project, options) && ok;
-  return ok ? 0 : kExitFailed;
+  return export_all(options) ? 0 : kExitFailed;
 }
