@@ -189,6 +189,25 @@ TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
   EXPECT_FALSE(g_file_test(dir.file("tables/lost.bin").c_str(), G_FILE_TEST_EXISTS));
 }
 
+// File > Export bar tables... writes the format of the filter picked in its chooser, with
+// that format's extension; File > Export to disk image... the crunched program on a D64.
+TEST_F(ExportCli, MenuCommandsWriteWhatTheirChoosersSay) {
+  good_project();
+  answer_next_dialog(GTK_RESPONSE_OK, [this](GtkWidget *dialog) {
+    GSList *filters = gtk_file_chooser_list_filters(GTK_FILE_CHOOSER(dialog));
+    gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), GTK_FILE_FILTER(g_slist_nth_data(filters, 1)));
+    g_slist_free(filters);
+    choose_path(dialog, dir.file("bars"));
+  });
+  activate("menuitem_export_bar_tables");
+  EXPECT_EQ(status_text(), " Info: Bar tables exported");
+  EXPECT_NE(read_text(dir.file("bars.s")).find("\t.export bars_left"), std::string::npos);
+  answer_next_dialog(GTK_RESPONSE_OK, [this](GtkWidget *dialog) { choose_path(dialog, dir.file("disk")); });
+  activate("menuitem_export_disk_image");
+  EXPECT_EQ(status_text(), " Info: Successfully exported to disk image D64");
+  EXPECT_EQ(diskimage_directory(read_bytes(dir.file("disk.d64"))).at(0).name, "pic");
+}
+
 // A new user's bar in Extended mode: given Height 43 first and then Line 240, it is drawn down
 // to line 282, which the program's tables cannot show. Brought back, it matches again.
 TEST_F(ExportTest, PreviewNamesABarThatRunsPastThePicture) {
