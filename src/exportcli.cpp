@@ -11,11 +11,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
+#include "bartables.h"
 #include "c64pixbufs.h"
 #include "diskimage.h"
 #include "hiresdecoder.h"
@@ -29,6 +33,18 @@
 #include "verdict.h"
 
 namespace {
+
+// What the command line asks for.
+struct ExportOptions {
+  const char *prg = nullptr, *png = nullptr, *tables = nullptr, *d64 = nullptr;  // null: not wanted
+  bool crunch = true;
+  const BarTableFormat *format = bartables_format("bin");
+  int palette = 0;  // as options_palette numbers them
+  int reencode = 0;
+  bool check = false;
+  Vic2Model check_model = VIC2_PAL_6569;
+  std::vector<const char *> projects;
+};
 
 constexpr const char *kProgram = "quillbar-export";
 constexpr int kExitFailed = 1, kExitUsage = 2;
@@ -272,9 +288,8 @@ bool export_all(const ExportOptions &options) {
   return ok;
 }
 
-}  // namespace
-
-bool exportcli_parse(int argc, char **argv, ExportOptions *options, std::string *error) {
+// Reads the command line (argv[0] is the program); false with `error` saying what is wrong.
+bool parse_arguments(int argc, char **argv, ExportOptions *options, std::string *error) {
   for (int i = 1; i < argc; i++) {
     const char *word = argv[i];
     if (word[0] != '-' || word[1] == '\0') {
@@ -299,6 +314,8 @@ bool exportcli_parse(int argc, char **argv, ExportOptions *options, std::string 
   return true;
 }
 
+}  // namespace
+
 int exportcli_main(int argc, char **argv) {
   ExportOptions options;
   std::string error;
@@ -306,7 +323,7 @@ int exportcli_main(int argc, char **argv) {
     std::fputs(kUsage, stdout);
     return 0;
   }
-  if (!exportcli_parse(argc, argv, &options, &error)) {
+  if (!parse_arguments(argc, argv, &options, &error)) {
     std::fprintf(stderr, "%s: %s\n%s", kProgram, error.c_str(), kUsage);
     return kExitUsage;
   }
