@@ -55,6 +55,7 @@ class ExportCli : public ExportTest {
     ExportTest::SetUp();
     OwnedString folder(g_path_get_dirname(QUILLBAR_EXPORT));  // where the build writes the cruncher
     app_folder = g_strdup(folder.get());
+    g_clear_pointer(&utf8_path_and_filename_project, g_free);
   }
   // A project the editor saved, of a hires picture with a bar on each side.
   std::string good_project() {
