@@ -28,14 +28,9 @@ const LineRun *drawn_bar(const std::vector<LineRun> &bars, int line) {
   return drawn;
 }
 
-const char *side_name(int side) { return side ? "left" : "right"; }
+const char *side_name(int side) { return side == side_left ? "left" : "right"; }
 
 }  // namespace
-
-int verdict_editor_colour(const std::vector<LineRun> &bars, int border, int line) {
-  const LineRun *bar = drawn_bar(bars, line);
-  return bar ? bar->color & 15 : border;
-}
 
 Verdict verdict_compare(const Vic2ModelInfo *model, const uint8_t *frame, const EditorBorders &editor) {
   Verdict verdict;
@@ -43,11 +38,10 @@ Verdict verdict_compare(const Vic2ModelInfo *model, const uint8_t *frame, const 
   for (int line = first_shown_line; line <= last_shown_line; line++) {
     if (!machine_shows(model, line)) continue;
     bool differs = false;
-    for (int side : {1, 0}) {
-      const int drawn = verdict_editor_colour(editor.bars[side], editor.border, line);
-      if (vic2_side_border_colour(model, frame, line, side) == drawn) continue;
-      differs = true;
+    for (int side : {side_left, side_right}) {
       const LineRun *bar = drawn_bar(editor.bars[side], line);
+      if (vic2_side_border_colour(model, frame, line, side) == (bar ? bar->color & 15 : editor.border)) continue;
+      differs = true;
       if (verdict.cause_side < 0 && bar && bar->start + bar->height > last_picture_line + 1) {
         verdict.cause_side = side;
         verdict.cause = *bar;

@@ -36,9 +36,6 @@ struct Verdict {
   LineRun cause{};
 };
 
-// The colour the editor draws on raster `line` (3..298) of a side border with these bars.
-int verdict_editor_colour(const std::vector<LineRun> &bars, int border, int line);
-
 // Compares a complete frame of `model` with the editor's side borders.
 Verdict verdict_compare(const Vic2ModelInfo *model, const uint8_t *frame, const EditorBorders &editor);
 
