@@ -97,11 +97,12 @@ void update_status() {
   gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text.get());
 }
 
+// The screen at the editor's zoom; a long status wraps within its width.
 void set_area_size() {
   const Vic2ModelInfo &m = model_info();
-  const int z = options_expansion;
-  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), (m.last_x - m.first_x + 1) * z,
-                              m.visible_lines * z);
+  const int z = options_expansion, width = (m.last_x - m.first_x + 1) * z;
+  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), width, m.visible_lines * z);
+  gtk_widget_set_size_request(lookup_widget(window_preview, "label_preview_status"), width - 2 * kSpacing, -1);
 }
 
 void show_frame() {
@@ -264,6 +265,7 @@ GtkWidget *create_window_preview(void) {
   gtk_box_pack_start(GTK_BOX(vbox), support_named_widget(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE,
                      FALSE, 0);
   GtkWidget *status = support_named_widget(window, gtk_label_new(""), "label_preview_status");
+  gtk_label_set_line_wrap(GTK_LABEL(status), TRUE);
   gtk_misc_set_alignment(GTK_MISC(status), 0.0, 0.5);
   gtk_misc_set_padding(GTK_MISC(status), kSpacing, kSpacing);
   gtk_box_pack_start(GTK_BOX(vbox), status, FALSE, FALSE, 0);
