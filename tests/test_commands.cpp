@@ -85,10 +85,10 @@ TEST_F(Commands, WithoutAPictureEachCommandOnlySaysSo) {
   set_bars(1, {{60, 1, 1}}), set_bars(0, {{70, 1, 2}});
   select_row(1, 0);
   picture_loaded = 0;
-  for (const char *command :
-       {"toolbutton_add_bar_left", "toolbutton_remove_bar_left", "toolbutton_add_bar_right",
-        "toolbutton_remove_bar_right", "toolbutton_delete_all_bars", "menuitem_save_project",
-        "menuitem_save_project_as", "menuitem_tools_ramp", "menuitem_export", "menuitem_export_to_png"}) {
+  for (const char *command : {"toolbutton_add_bar_left", "toolbutton_remove_bar_left", "toolbutton_add_bar_right",
+                              "toolbutton_remove_bar_right", "toolbutton_delete_all_bars", "menuitem_save_project",
+                              "menuitem_save_project_as", "menuitem_tools_ramp", "menuitem_export",
+                              "menuitem_export_to_png", "menuitem_export_bar_tables", "menuitem_export_disk_image"}) {
     controls_update_main_statusbar("");
     std::string_view(command).starts_with("tool") ? click(command) : activate(command);
     EXPECT_EQ(status_text(), " Info: First open a picture or project") << command;
