@@ -78,7 +78,7 @@ Shot grab(const Rect &wanted) {
 
 // A window just started may not have the focus yet, or, when the window manager was not quite
 // ready, may not even be shown: it is shown and activated every second or so.
-App::App(const std::string &program, const std::string &home) {
+App::App(const std::string &program, const std::string &home, const char *folder) {
   g_auto(GStrv) env = g_get_environ();
   for (auto [name, folder] : {std::pair{"HOME", ""},
                               {"XDG_CONFIG_HOME", "/.config"},
@@ -87,7 +87,8 @@ App::App(const std::string &program, const std::string &home) {
     env = g_environ_setenv(env, name, (home + folder).c_str(), TRUE);
   char *argv[] = {const_cast<char *>(program.c_str()), nullptr};
   auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
-  EXPECT_TRUE(g_spawn_async(nullptr, argv, env, G_SPAWN_DO_NOT_REAP_CHILD, die_with_parent, nullptr, &pid_, nullptr));
+  EXPECT_TRUE(g_spawn_async(folder, argv, env, GSpawnFlags(G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_SEARCH_PATH),
+                            die_with_parent, nullptr, &pid_, nullptr));
   int looks = 0;
   if (wait_for([&] {
         if (++looks % 100 == 0) xdotool({"search", "--name", "^Quillbar - ", "windowmap", "windowactivate"});
@@ -120,6 +121,21 @@ bool App::quit(const std::string &keys) {
   if (!wait_for([&] { return waitpid(pid_, &status, WNOHANG) == pid_; })) return false;
   pid_ = -1;
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void choose(const App &app, const std::string &keys, const std::string &chooser, const std::string &path,
+            const std::string &title) {
+  press_keys(keys);
+  ASSERT_TRUE(app.wait_focus(chooser));
+  if (!chooser.starts_with("Save")) {
+    const std::string before = grab({0, 0, 1 << 14, 1 << 14}).bytes();
+    type_text(path.substr(0, 1));
+    ASSERT_TRUE(wait_for([&] { return grab({0, 0, 1 << 14, 1 << 14}).bytes() != before; })) << "no location field";
+  }
+  press_keys("ctrl+a");
+  type_text(path);
+  press_keys("Return");
+  ASSERT_TRUE(app.wait_focus("Quillbar - " + title)) << chooser << " " << path;
 }
 
 namespace {

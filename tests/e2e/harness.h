@@ -35,11 +35,11 @@ struct Shot {
 };
 Shot grab(const Rect &area);  // clipped to the screen
 
-// The editor built at `program` with `home` as its home; started() once its main window has
-// the keyboard focus.
+// The editor at `program` (a path, or a name looked for in PATH) with `home` as its home, started
+// in `folder` when given; started() once its main window has the keyboard focus.
 class App {
  public:
-  App(const std::string &program, const std::string &home);
+  App(const std::string &program, const std::string &home, const char *folder = nullptr);
   ~App();
   bool started() const { return main_ != nullptr; }
   bool wait_focus(const std::string &title) const;  // the window with exactly that title has it
@@ -50,3 +50,9 @@ class App {
   GPid pid_ = -1;
   std::shared_ptr<GdkWindow> main_;
 };
+
+// Opens a chooser by its keys and types `path` into it (into the location field of an open
+// chooser, which the first character opens; over a save chooser's suggested name), then waits
+// for the main window, titled after `title`.
+void choose(const App &app, const std::string &keys, const std::string &chooser, const std::string &path,
+            const std::string &title);

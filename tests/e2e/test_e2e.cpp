@@ -123,24 +123,6 @@ std::vector<std::pair<int, int>> bar_lists(const Shot &s, const View &v) {
   return lists;
 }
 
-// Opens a chooser by its keys and types `path` into it (into the location field of an open
-// chooser, which the first character opens; over a save chooser's suggested name), then waits
-// for the main window, titled after `title`.
-void choose(const App &app, const std::string &keys, const std::string &chooser, const std::string &path,
-            const std::string &title) {
-  press_keys(keys);
-  ASSERT_TRUE(app.wait_focus(chooser));
-  if (!chooser.starts_with("Save")) {
-    const std::string before = grab({0, 0, 1 << 14, 1 << 14}).bytes();
-    type_text(path.substr(0, 1));
-    ASSERT_TRUE(wait_for([&] { return grab({0, 0, 1 << 14, 1 << 14}).bytes() != before; })) << "no location field";
-  }
-  press_keys("ctrl+a");
-  type_text(path);
-  press_keys("Return");
-  ASSERT_TRUE(app.wait_focus("Quillbar - " + title)) << chooser << " " << path;
-}
-
 TEST(EndToEnd, BarsInBothModesSavedReopenedAndExported) {
   TempDir home, work;
   write_file(work.file("colours.kla"), koala_picture());
