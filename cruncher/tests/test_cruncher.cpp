@@ -123,7 +123,7 @@ TEST(Cruncher, LargestProgramThatFitsAndTooLarge) {
   };
   const Row rows[] = {
       {"past the BASIC area", prg_at(kBasicStart, Bytes(kBasicBytes + 1, 0)), kBasicStart, "must lie within"},
-      {"random filling it", prg_at(kBasicStart, random_bytes(30000, 3)), kBasicStart, "too large"},
+      {"random filling it", prg_at(kBasicStart, random_bytes(kBasicBytes - 200, 3)), kBasicStart, "too large"},
       {"below the BASIC area", prg_at(0x0400, Bytes(10, 0)), 0x0400, "must lie within"},
       {"start before the data", prg_at(0x1000, Bytes(10, 0)), 0x0FFF, "outside"},
       {"start after the data", prg_at(0x1000, Bytes(10, 0)), 0x100A, "outside"},
