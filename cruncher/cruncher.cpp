@@ -20,8 +20,8 @@ constexpr unsigned kInitBytes = kDecrunch_core_image - kDecrunch_init;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
 constexpr unsigned kTailMax = 512 - kCoreBytes;  // init copies two pages: core and the tail
 static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes);
-constexpr unsigned kOffsetLowBits = 7;                            // below the gamma-coded high part
-constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;           // offsets up to here; the next high part ends the stream
+constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
+constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
 constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
 
 int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
@@ -82,10 +82,10 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 4;                 // per position and state
-constexpr int kSlots = 2 * kArrivals;        // literal-run arrivals, then match arrivals
-constexpr unsigned kLiteralRunsTried = 32;   // from each match; longer runs grow one byte at a time
-constexpr size_t kLengthsTried = 64;         // of each match; beyond, only the longest
+constexpr int kArrivals = 4;                // per position and state
+constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
+constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
+constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr int kChainLimit = 1024;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 
@@ -180,7 +180,8 @@ class Parse {
       if (m.cost == kNone) continue;
       const uint32_t most = static_cast<uint32_t>(std::min<size_t>(n_ - i, kLiteralRunsTried));
       for (uint32_t k = 1; k <= most; ++k)
-        put(i + k, 0, {m.cost + 1 + gamma_bits(k) + 8 * k, m.repeat, from, static_cast<uint8_t>(kArrivals + q), kLiteral, k, 0});
+        put(i + k, 0,
+            {m.cost + 1 + gamma_bits(k) + 8 * k, m.repeat, from, static_cast<uint8_t>(kArrivals + q), kLiteral, k, 0});
     }
     uint8_t best = 0;  // a new offset costs the same after either state
     for (uint8_t s = 1; s < kSlots; ++s)
