@@ -135,7 +135,12 @@ new_offset:
         sbc #0                  ; H - 1
         lsr a
         sta OFF+1
-        jsr read
+        ldy #0
+        lda (STREAM),y          ; the next stream byte (keeps carry)
+        ldy STREAM
+        bne :+
+        dec STREAM+1
+:       dec STREAM
         ror a                   ; bit 0 of H - 1 above the low 7 bits; carry: a length bit
         sta OFF
         lda #1
@@ -189,22 +194,18 @@ gamma_pieces:                   ; L - 1 = LENHI * 128 + A - 1
 gamma_end:
         rts
 
-; The next stream byte into A; keeps X and carry.
-read:   ldy #0
+; One bit into carry; keeps A and X.
+get:    asl BITS
+        bne got_bit
+; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
+; returns its top bit in carry. Keeps A and X.
+refill: pha
+        ldy #0
         lda (STREAM),y
         ldy STREAM
         bne :+
         dec STREAM+1
 :       dec STREAM
-        rts
-
-; One bit into carry; keeps A and X.
-get:    asl BITS
-        bne got_bit
-; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
-; returns its top bit in carry.
-refill: pha
-        jsr read
         rol a
         sta BITS
         pla
