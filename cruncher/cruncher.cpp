@@ -86,6 +86,7 @@ constexpr int kArrivals = 4;                // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
+constexpr size_t kMaxLength = 32768;        // of a token, as the decruncher counts its pieces
 constexpr int kChainLimit = 1024;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
@@ -125,12 +126,13 @@ class Parse {
     }
   }
 
-  // The tokens of the cheapest parse of the first `length` bytes.
+  // The tokens of the cheapest parse of the first `length` bytes (none if there is none).
   std::vector<Token> tokens_to(size_t length) const {
     int slot = 0;
     for (int s = 1; s < kSlots; ++s)
       if (at_[length * kSlots + s].cost < at_[length * kSlots + slot].cost) slot = s;
     std::vector<Token> tokens;
+    if (at_[length * kSlots + slot].cost == kNone) return tokens;
     for (size_t pos = length; pos > 0;) {
       const Arrival &a = at_[pos * kSlots + slot];
       tokens.push_back({a.kind, a.length, a.offset});
@@ -161,10 +163,15 @@ class Parse {
     for (; q > 0 && s[q - 1].cost > a.cost; --q) s[q] = s[q - 1];
     s[q] = a;
   }
-  // Lengths lo..hi of one match: every one up to kLengthsTried, then only the longest.
+  // Lengths lo..hi of a match at i: every one up to kLengthsTried, then only those that end
+  // where a tail may start (near the program's start) and the longest.
   template <typename F>
-  static void lengths(size_t lo, size_t hi, F each) {
-    for (size_t k = lo; k <= hi; k = k >= kLengthsTried && hi > k + 1 ? hi : k + 1) each(static_cast<uint32_t>(k));
+  void lengths(size_t i, size_t lo, size_t hi, F each) const {
+    hi = std::min(hi, kMaxLength);
+    const size_t tail_zone = n_ - i > kLengthsTried ? n_ - i - kLengthsTried : 0;
+    for (size_t k = lo; k <= hi;
+         k = k >= kLengthsTried && k + 1 < std::min(hi, tail_zone) ? std::min(hi, tail_zone) : k + 1)
+      each(static_cast<uint32_t>(k));
   }
   void step(size_t i, const std::vector<std::pair<unsigned, size_t>> &found) {
     const Arrival *runs = &at_[i * kSlots], *matches = runs + kArrivals;
@@ -172,12 +179,14 @@ class Parse {
     for (uint8_t q = 0; q < kArrivals; ++q) {
       const Arrival &run = runs[q];
       if (run.cost == kNone) continue;
-      Arrival grown = run;  // this run one byte longer
-      grown.cost += kBit * (8 + gamma_bits(run.length + 1) - gamma_bits(run.length));
-      ++grown.length;
-      put(i + 1, 0, grown);
+      if (run.length < kMaxLength) {
+        Arrival grown = run;  // this run one byte longer
+        grown.cost += kBit * (8 + gamma_bits(run.length + 1) - gamma_bits(run.length));
+        ++grown.length;
+        put(i + 1, 0, grown);
+      }
       if (run.repeat && run.repeat <= i)
-        lengths(1, match_length(i, run.repeat), [&](uint32_t k) {
+        lengths(i, 1, match_length(i, run.repeat), [&](uint32_t k) {
           put(i + k, 1,
               {run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, from, q, kRepeat, k, run.repeat});
         });
@@ -198,7 +207,7 @@ class Parse {
     size_t shorter = 1;
     for (const auto &candidate : found) {
       const unsigned offset = candidate.first;
-      lengths(shorter + 1, candidate.second, [&](uint32_t k) {
+      lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
         put(i + k, 1,
             {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
       });
@@ -342,7 +351,9 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     const bool above = tail > std::min<size_t>(kTailMax, n - 1);  // the stream holds at least one token
     const size_t kept = above ? 0 : tail;
     CrunchStats counted;
-    const Bytes stream = encode(parse.tokens_to(n - kept), r, &reads, &counted);
+    const std::vector<Token> tokens = parse.tokens_to(n - kept);
+    if (tokens.empty() && !above) continue;  // no token ends there
+    const Bytes stream = encode(tokens, r, &reads, &counted);
     const size_t p = stream.size();
     unsigned line_bytes = static_cast<unsigned>(basic_line(kBasicStart).size());
     unsigned stream_at = kBasicStart + line_bytes;
@@ -361,7 +372,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
       }
       if (!safe) continue;
     }
-    if (init_at + sizeof(kDecrunch) + kept > kBasicEnd) {
+    if (tokens.empty() || init_at + sizeof(kDecrunch) + kept > kBasicEnd) {
       *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
       return false;
     }
