@@ -86,7 +86,8 @@ constexpr int kArrivals = 4;                // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
-constexpr size_t kMaxLength = 32768;        // of a token, as the decruncher counts its pieces
+constexpr uint32_t kNewLengthNever = 256;   // the decruncher's first piece of a new offset match cannot be 256
+constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 constexpr int kChainLimit = 1024;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
@@ -208,8 +209,9 @@ class Parse {
     for (const auto &candidate : found) {
       const unsigned offset = candidate.first;
       lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
-        put(i + k, 1,
-            {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
+        if (k != kNewLengthNever)
+          put(i + k, 1,
+              {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
       });
       shorter = candidate.second;
     }

@@ -20,7 +20,7 @@
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. Lengths
-; are at most 32768; copies of more than 255 bytes go in pieces.
+; are at most 32767; copies of more than 255 bytes go in pieces.
 ;
 ; Zero page: the BASIC floating point work area $57-$5D; interrupts and $01 are left alone.
         .setcpu "6502"
@@ -145,12 +145,9 @@ new_offset:
         sta OFF
         lda #1
         jsr gamma_bit           ; the length less 1
-        adc #1
+        adc #1                  ; never 256 (the cruncher sends 255 or 257)
         ldx #1
-        bcc piece
-        lda #$80                ; 256 bytes: two pieces
-        inc LENHI
-        bne piece               ; always
+        bcc piece               ; always
 
 done:   ldx #$00                ; patched: the bytes of the tail
 tail_bytes = * - 1
@@ -183,14 +180,12 @@ gamma_long:
         rol a
         rol LENHI
         bcc gamma_long          ; always
-gamma_pieces:                   ; L - 1 = LENHI * 128 + A - 1
-        sbc #0
-        bcs :+
-        dec LENHI
-:       asl a
+gamma_pieces:                   ; a first piece of 128 + L % 128, then L / 128 - 1 of 128
+        asl a
         rol LENHI
         lsr a
-        adc #1
+        ora #$80
+        dec LENHI
 gamma_end:
         rts
 
