@@ -18,7 +18,7 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr unsigned kInitBytes = kDecrunch_core_image - kDecrunch_init;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr unsigned kTailMax = 512 - kCoreBytes;  // init copies two pages: core and the tail
+constexpr unsigned kTailMax = 256 - kCoreBytes;  // init copies a page: core and the tail
 static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes);
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
@@ -349,11 +349,14 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
 
   // The smallest tail for which the writes never reach unread stream bytes while the stream
   // lies straight after the BASIC line; failing that, the stream is placed above the program.
-  for (size_t tail = 0;; ++tail) {
-    const bool above = tail > std::min<size_t>(kTailMax, n - 1);  // the stream holds at least one token
-    const size_t kept = above ? 0 : tail;
+  // The tail holds at least one byte; the stream at least one token (with a program of one
+  // byte, the same one).
+  for (size_t tail = 1;; ++tail) {
+    const bool above = tail > std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1));
+    const size_t kept = above ? 1 : tail;
+    const size_t coded = n > kept ? n - kept : n;
     CrunchStats counted;
-    const std::vector<Token> tokens = parse.tokens_to(n - kept);
+    const std::vector<Token> tokens = parse.tokens_to(coded);
     if (tokens.empty() && !above) continue;  // no token ends there
     const Bytes stream = encode(tokens, r, &reads, &counted);
     const size_t p = stream.size();
@@ -368,7 +371,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     }
     if (!above) {
       bool safe = true;
-      for (size_t i = 0; i < n - kept && safe; ++i) {
+      for (size_t i = 0; i < coded && safe; ++i) {
         const unsigned w = end - 1 - static_cast<unsigned>(i);
         safe = !(w >= stream_at && w < stream_at + p - reads[i]);
       }
@@ -388,7 +391,6 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     auto at = [init_pos](unsigned label) { return init_pos + label - kDecrunch_init; };
     auto core_at = [init_pos](unsigned label) { return init_pos + kInitBytes + label - kDecrunch_core; };
     put16(file, at(kDecrunch_init_src), init_at + kInitBytes);
-    put16(file, at(kDecrunch_init_src2), init_at + kInitBytes + 256);
     put16(file, core_at(kDecrunch_dst_ptr), end - 1);
     file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
     file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);

@@ -1,7 +1,7 @@
 ; The 6502 side of the cruncher: the code a crunched program runs to unpack itself.
 ;
 ; A crunched program loads at $0801: a BASIC line "SYS <init>", the crunched stream, then
-; init, core and the tail (the lowest bytes of the program, kept as they are). init copies
+; init, core and the tail (the lowest bytes of the program, at least one, kept as they are). init copies
 ; core and the tail to $C000, where no program lands, and starts core. core
 ; reads the stream from its last byte down and writes the program from its top down, so
 ; that the writes only reach stream bytes already read (the cruncher proves this for every
@@ -31,7 +31,7 @@ OFF     = $59                   ; and $5a: the offset less 1
 PIECE   = $5b                   ; the bytes of the piece being copied
 STREAM  = $5c                   ; and $5d: the next stream byte
 
-        .export init, init_src, init_src2, core, core_end, core_image
+        .export init, init_src, core, core_end, core_image
         .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A, X and Y.
@@ -44,16 +44,13 @@ got:
 .endmacro
 
         .segment "INIT"
-; Runs where it is loaded, right after the stream: copies two pages, core and the tail, to
+; Runs where it is loaded, right after the stream: copies a page, core and the tail, to
 ; where they run.
 init:   ldx #0
 init_copy:
         lda $ffff,x             ; patched: core_image
 init_src = * - 2
         sta core,x
-        lda $ffff,x             ; patched: core_image + 256
-init_src2 = * - 2
-        sta core + 256,x
         inx
         bne init_copy
         jmp entry
@@ -73,8 +70,7 @@ piece_match:
         lda dst_ptr+1
         adc OFF+1
         sta src_ptr+1
-        ldy PIECE
-        bne copy_byte           ; always
+        bne copy_piece          ; always: the source lies above the zero page
 
 entry:  lda #$ff                ; patched: the last stream byte, low
 stream_lo = * - 1
@@ -108,6 +104,7 @@ piece:  sta PIECE
         dec STREAM+1
 :       lda STREAM+1
         sta src_ptr+1
+copy_piece:
         ldy PIECE
 copy_byte:
         lda $ffff,y
@@ -149,16 +146,14 @@ new_offset:
         ldx #1
         bcc piece               ; always
 
-done:   ldx #$00                ; patched: the bytes of the tail
+done:   ldx #$00                ; patched: the bytes of the tail (at least 1)
 tail_bytes = * - 1
-        beq done_start
 done_tail:
         lda core_end - 1,x
         sta $ffff,x             ; patched: (program start) - 1
 tail_dst = * - 2
         dex
         bne done_tail
-done_start:
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
