@@ -18,7 +18,7 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr unsigned kInitBytes = kDecrunch_core_image - kDecrunch_init;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr unsigned kTailMax = 256 - kCoreBytes;  // init copies a page: core and the tail
+constexpr unsigned kTailMax = 512 - kCoreBytes;  // init copies two pages: core and the tail
 static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes);
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
@@ -82,7 +82,7 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 4;                // per position and state
+constexpr int kArrivals = 8;                // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
@@ -92,10 +92,10 @@ constexpr int kChainLimit = 1024;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
-// only a bit or two. These bring the editor's export programs to 34.5 cycles per byte for
-// 0.1 % more size than none would; see docs/performance.md for the trade.
+// only a bit or two. These bring the editor's export programs from 35.2 to 34.4 cycles per
+// byte for 62 bytes (0.07 %) more; see docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralCharge = 12, kRepeatCharge = 8, kNewCharge = 16;
+constexpr uint32_t kLiteralCharge = 10, kRepeatCharge = 6, kNewCharge = 14;
 
 class Parse {
  public:
@@ -257,6 +257,17 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
   return w.bytes;
 }
 
+// The lowest stream start from `from` on at which no write of the decruncher (the i-th at
+// end - 1 - i, after reads[i] stream bytes) reaches a stream byte not read yet: a start s is
+// safe when s <= end - 1 - i - p + reads[i] for every write i at or above s (i < end - s).
+unsigned lowest_safe_start(const std::vector<uint32_t> &reads, size_t coded, unsigned end, size_t p, unsigned from) {
+  std::vector<long> lowest(coded + 1, std::numeric_limits<long>::max());  // of the first m limits
+  for (size_t i = 0; i < coded; ++i) lowest[i + 1] = std::min(lowest[i], static_cast<long>(end - 1 - i - p + reads[i]));
+  for (long s = from;; ++s)
+    if (s <= lowest[std::clamp<long>(static_cast<long>(end) - s, 0, static_cast<long>(coded))])
+      return static_cast<unsigned>(s);
+}
+
 void put16(Bytes &b, size_t at, unsigned value) {
   b[at] = static_cast<uint8_t>(value);
   b[at + 1] = static_cast<uint8_t>(value >> 8);
@@ -347,67 +358,66 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   std::vector<uint32_t> reads(n);
   const unsigned end = static_cast<unsigned>(load + n);
 
-  // The smallest tail for which the writes never reach unread stream bytes while the stream
-  // lies straight after the BASIC line; failing that, the stream is placed above the program.
-  // The tail holds at least one byte; the stream at least one token (with a program of one
-  // byte, the same one).
-  for (size_t tail = 1;; ++tail) {
-    const bool above = tail > std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1));
-    const size_t kept = above ? 1 : tail;
-    const size_t coded = n > kept ? n - kept : n;
+  // The tail (at least one byte; with a program of one byte the stream holds it too) and
+  // the zero gap before the stream that make the smallest file in which the writes never
+  // reach unread stream bytes.
+  struct Layout {
+    size_t kept = 0, coded = 0, size = 0;
+    unsigned stream_at = 0, line_bytes = 0;
+    Bytes stream;
     CrunchStats counted;
-    const std::vector<Token> tokens = parse.tokens_to(coded);
-    if (tokens.empty() && !above) continue;  // no token ends there
-    const Bytes stream = encode(tokens, r, &reads, &counted);
-    const size_t p = stream.size();
-    unsigned line_bytes = static_cast<unsigned>(basic_line(kBasicStart).size());
-    unsigned stream_at = kBasicStart + line_bytes;
-    if (above) stream_at = std::max(stream_at, end);
-    unsigned init_at = static_cast<unsigned>(stream_at + p);
-    if (basic_line(init_at).size() != line_bytes) {  // a fifth digit
-      line_bytes = static_cast<unsigned>(basic_line(init_at).size());
-      stream_at = above ? std::max<unsigned>(kBasicStart + line_bytes, end) : kBasicStart + line_bytes;
-      init_at = static_cast<unsigned>(stream_at + p);
+  } best;
+  for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1)); ++tail) {
+    Layout l;
+    l.kept = tail;
+    l.coded = n > tail ? n - tail : n;
+    const std::vector<Token> tokens = parse.tokens_to(l.coded);
+    if (tokens.empty()) continue;  // no token ends there
+    l.stream = encode(tokens, r, &reads, &l.counted);
+    const size_t p = l.stream.size();
+    for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
+      l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
+      l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+      digits_at = static_cast<unsigned>(l.stream_at + p);
     }
-    if (!above) {
-      bool safe = true;
-      for (size_t i = 0; i < coded && safe; ++i) {
-        const unsigned w = end - 1 - static_cast<unsigned>(i);
-        safe = !(w >= stream_at && w < stream_at + p - reads[i]);
-      }
-      if (!safe) continue;
-    }
-    if (tokens.empty() || init_at + sizeof(kDecrunch) + kept > kBasicEnd) {
-      *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
-      return false;
-    }
-
-    Bytes file = basic_line(init_at);
-    file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
-    file.resize(2 + stream_at - kBasicStart, 0);
-    file.insert(file.end(), stream.rbegin(), stream.rend());
-    const size_t init_pos = file.size();
-    file.insert(file.end(), std::begin(kDecrunch), std::end(kDecrunch));
-    auto at = [init_pos](unsigned label) { return init_pos + label - kDecrunch_init; };
-    auto core_at = [init_pos](unsigned label) { return init_pos + kInitBytes + label - kDecrunch_core; };
-    put16(file, at(kDecrunch_init_src), init_at + kInitBytes);
-    put16(file, core_at(kDecrunch_dst_ptr), end - 1);
-    file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
-    file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
-    file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
-    put16(file, core_at(kDecrunch_tail_dst), load - 1);
-    put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
-    file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + static_cast<long>(kept));
-
-    if (stats) {
-      *stats = counted;
-      stats->input_bytes = n;
-      stats->output_bytes = file.size();
-      stats->stream_bytes = p;
-      stats->tail_bytes = kept;
-      stats->decruncher_bytes = file.size() - p - kept - 2 - (stream_at - kBasicStart - line_bytes);
-    }
-    *out = std::move(file);
-    return true;
+    l.size = l.stream_at + p + sizeof(kDecrunch) + l.kept;
+    if (!best.size || l.size < best.size) best = std::move(l);
+    if (best.stream_at == kBasicStart + best.line_bytes) break;  // no gap: a longer tail only adds bytes
   }
+  if (!best.size || best.size > kBasicEnd) {
+    *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
+    return false;
+  }
+  const size_t kept = best.kept, p = best.stream.size();
+  const unsigned stream_at = best.stream_at, line_bytes = best.line_bytes;
+  const unsigned init_at = static_cast<unsigned>(stream_at + p);
+  const Bytes &stream = best.stream;
+  Bytes file = basic_line(init_at);
+  file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  file.resize(2 + stream_at - kBasicStart, 0);
+  file.insert(file.end(), stream.rbegin(), stream.rend());
+  const size_t init_pos = file.size();
+  file.insert(file.end(), std::begin(kDecrunch), std::end(kDecrunch));
+  auto at = [init_pos](unsigned label) { return init_pos + label - kDecrunch_init; };
+  auto core_at = [init_pos](unsigned label) { return init_pos + kInitBytes + label - kDecrunch_core; };
+  put16(file, at(kDecrunch_init_src), init_at + kInitBytes);
+  put16(file, at(kDecrunch_init_src2), init_at + kInitBytes + 256);
+  put16(file, core_at(kDecrunch_dst_ptr), end - 1);
+  file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+  file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
+  file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
+  put16(file, core_at(kDecrunch_tail_dst), load - 1);
+  put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
+  file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + static_cast<long>(kept));
+
+  if (stats) {
+    *stats = best.counted;
+    stats->input_bytes = n;
+    stats->output_bytes = file.size();
+    stats->stream_bytes = p;
+    stats->tail_bytes = kept;
+    stats->decruncher_bytes = file.size() - p - kept - 2 - (stream_at - kBasicStart - line_bytes);
+  }
+  *out = std::move(file);
+  return true;
 }

@@ -31,7 +31,7 @@ OFF     = $59                   ; and $5a: the offset less 1
 PIECE   = $5b                   ; the bytes of the piece being copied
 STREAM  = $5c                   ; and $5d: the next stream byte
 
-        .export init, init_src, core, core_end, core_image
+        .export init, init_src, init_src2, core, core_end, core_image
         .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A, X and Y.
@@ -44,13 +44,16 @@ got:
 .endmacro
 
         .segment "INIT"
-; Runs where it is loaded, right after the stream: copies a page, core and the tail, to
+; Runs where it is loaded, right after the stream: copies two pages, core and the tail, to
 ; where they run.
 init:   ldx #0
 init_copy:
         lda $ffff,x             ; patched: core_image
 init_src = * - 2
         sta core,x
+        lda $ffff,x             ; patched: core_image + 256
+init_src2 = * - 2
+        sta core + 256,x
         inx
         bne init_copy
         jmp entry
