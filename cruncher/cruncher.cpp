@@ -16,10 +16,17 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr unsigned kInitBytes = kDecrunch_core_image - kDecrunch_init;
+// kDecrunch holds init (copies a page), init2 (two pages), then core.
+constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
+constexpr unsigned kInit2Bytes = kDecrunch_init2_end - kDecrunch_init2;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr unsigned kTailMax = 512 - kCoreBytes;  // init copies two pages: core and the tail
-static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes);
+constexpr const uint8_t *kCore = kDecrunch + kInitBytes + kInit2Bytes;
+constexpr unsigned kTailMax = 512 - kCoreBytes;       // init2 copies two pages: core and the tail
+constexpr unsigned kShortTailMax = 256 - kCoreBytes;  // init, one
+static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
+
+// The init that copies core with a tail of `kept` bytes, and its size.
+unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
 constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
@@ -380,7 +387,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
       l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
       digits_at = static_cast<unsigned>(l.stream_at + p);
     }
-    l.size = l.stream_at + p + sizeof(kDecrunch) + l.kept;
+    l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
     if (!best.size || l.size < best.size) best = std::move(l);
     if (best.stream_at == kBasicStart + best.line_bytes) break;  // no gap: a longer tail only adds bytes
   }
@@ -396,12 +403,18 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
-  const size_t init_pos = file.size();
-  file.insert(file.end(), std::begin(kDecrunch), std::end(kDecrunch));
-  auto at = [init_pos](unsigned label) { return init_pos + label - kDecrunch_init; };
-  auto core_at = [init_pos](unsigned label) { return init_pos + kInitBytes + label - kDecrunch_core; };
-  put16(file, at(kDecrunch_init_src), init_at + kInitBytes);
-  put16(file, at(kDecrunch_init_src2), init_at + kInitBytes + 256);
+  const size_t init_pos = file.size(), core_pos = init_pos + init_bytes(kept);
+  const unsigned core_load = init_at + init_bytes(kept);
+  if (kept <= kShortTailMax) {
+    file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
+    put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, core_load);
+  } else {
+    file.insert(file.end(), kDecrunch + kInitBytes, kCore);
+    put16(file, init_pos + kDecrunch_init2_src - kDecrunch_init2, core_load);
+    put16(file, init_pos + kDecrunch_init2_src2 - kDecrunch_init2, core_load + 256);
+  }
+  file.insert(file.end(), kCore, kCore + kCoreBytes);
+  auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
   put16(file, core_at(kDecrunch_dst_ptr), end - 1);
   file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
   file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);

@@ -1,7 +1,7 @@
 ; The 6502 side of the cruncher: the code a crunched program runs to unpack itself.
 ;
 ; A crunched program loads at $0801: a BASIC line "SYS <init>", the crunched stream, then
-; init, core and the tail (the lowest bytes of the program, at least one, kept as they are). init copies
+; init (or init2), core and the tail (the lowest bytes of the program, at least one, kept as they are). init copies
 ; core and the tail to $C000, where no program lands, and starts core. core
 ; reads the stream from its last byte down and writes the program from its top down, so
 ; that the writes only reach stream bytes already read (the cruncher proves this for every
@@ -31,7 +31,7 @@ OFF     = $59                   ; and $5a: the offset less 1
 PIECE   = $5b                   ; the bytes of the piece being copied
 STREAM  = $5c                   ; and $5d: the next stream byte
 
-        .export init, init_src, init_src2, core, core_end, core_image
+        .export init, init_src, init_end, init2, init2_src, init2_src2, init2_end, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A, X and Y.
@@ -44,20 +44,31 @@ got:
 .endmacro
 
         .segment "INIT"
-; Runs where it is loaded, right after the stream: copies two pages, core and the tail, to
-; where they run.
+; Runs where it is loaded, right after the stream: copies core and the tail to where they
+; run, a page of them, or two with init2 (for a tail longer than the page leaves).
 init:   ldx #0
 init_copy:
-        lda $ffff,x             ; patched: core_image
+        lda $ffff,x             ; patched: where core is loaded
 init_src = * - 2
         sta core,x
-        lda $ffff,x             ; patched: core_image + 256
-init_src2 = * - 2
-        sta core + 256,x
         inx
         bne init_copy
         jmp entry
-core_image:
+init_end:
+
+        .segment "INIT2"
+init2:  ldx #0
+init2_copy:
+        lda $ffff,x             ; patched: where core is loaded
+init2_src = * - 2
+        sta core,x
+        lda $ffff,x             ; patched: the same + 256
+init2_src2 = * - 2
+        sta core + 256,x
+        inx
+        bne init2_copy
+        jmp entry
+init2_end:
 
         .segment "CORE"
 core:
