@@ -152,9 +152,17 @@ class Parse {
   }
 
  private:
-  size_t match_length(size_t i, unsigned offset) const {
+  // The match at i with `offset`; one found at i - 1 with the same offset is one shorter
+  // here, so that long runs cost no more than short ones.
+  size_t match_length(size_t i, unsigned offset) {
+    Known &known = known_[offset % known_.size()];
+    if (known.offset == offset && known.at + 1 == i && known.length > 0) {
+      known = {offset, i, known.length - 1};
+      return known.length;
+    }
     size_t k = 0;
     while (i + k < n_ && r_[i + k] == r_[i + k - offset]) ++k;
+    known = {offset, i, k};
     return k;
   }
   // Keeps `a` among the cheapest arrivals of its state at `pos`, one per repeat offset.
@@ -227,6 +235,11 @@ class Parse {
   const Bytes &r_;
   size_t n_;
   std::vector<Arrival> at_;
+  struct Known {
+    unsigned offset = 0;
+    size_t at = 0, length = 0;
+  };
+  std::array<Known, 256> known_{};
 };
 
 // Encodes the tokens of r; `reads[i]` = stream bytes read before output byte i is written.
