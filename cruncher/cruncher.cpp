@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstring>
 #include <limits>
 
 #include "decrunch_image.h"
@@ -27,11 +26,17 @@ static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
 
 // The init that copies core with a tail of `kept` bytes, and its size.
 unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
+
+// The offsets as decrunch.s decodes them (new_offset).
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
 constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
 
 int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
+
+// The decruncher adds 1 to the first piece of a new offset match's length less 1: that piece
+// must not become 256, as it would for 256 and every multiple of 128 from 384 on.
+bool new_length_sendable(uint32_t length) { return length < 256 || length % 128 != 0; }
 unsigned offset_high(unsigned offset) { return ((offset - 1) >> kOffsetLowBits) + 1; }
 // A new offset match: the selector, the gamma high part, the low byte (whose spare bit starts
 // the length's gamma code) and the rest of the length's code.
@@ -41,7 +46,8 @@ int new_match_bits(unsigned offset, unsigned length) {
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
 
-// The stream as the decruncher reads it, with the number of bytes read before each write.
+// The stream in the order the decruncher reads it: the bytes of the bit register, each taken
+// when its first bit is needed, between whole bytes.
 class BitWriter {
  public:
   Bytes bytes;
@@ -93,7 +99,6 @@ constexpr int kArrivals = 8;                // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
-constexpr uint32_t kNewLengthNever = 256;   // the decruncher's first piece of a new offset match cannot be 256
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 constexpr int kChainLimit = 1024;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
@@ -224,9 +229,9 @@ class Parse {
     for (const auto &candidate : found) {
       const unsigned offset = candidate.first;
       lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
-        if (k != kNewLengthNever)
-          put(i + k, 1,
-              {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
+        if (!new_length_sendable(k)) --k;  // one byte shorter instead
+        put(i + k, 1,
+            {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
       });
       shorter = candidate.second;
     }

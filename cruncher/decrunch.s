@@ -1,12 +1,12 @@
 ; The 6502 side of the cruncher: the code a crunched program runs to unpack itself.
 ;
 ; A crunched program loads at $0801: a BASIC line "SYS <init>", the crunched stream, then
-; init (or init2), core and the tail (the lowest bytes of the program, at least one, kept as they are). init copies
-; core and the tail to $C000, where no program lands, and starts core. core
-; reads the stream from its last byte down and writes the program from its top down, so
-; that the writes only reach stream bytes already read (the cruncher proves this for every
-; file), and copies the tail last. The cruncher patches the operands marked "patched"; the
-; labels it needs are exported.
+; init (or init2), core and the tail (the lowest bytes of the program, at least one, kept
+; as they are). init copies core and the tail to $C000, where no program lands, and starts
+; core. core reads the stream from its last byte down and writes the program from its top
+; down, so that the writes only reach stream bytes already read (the cruncher proves this
+; for every file), and copies the tail last. The cruncher patches the operands marked
+; "patched"; the labels it needs are exported.
 ;
 ; Stream: one byte sequence read downwards, holding whole bytes and the bytes of a bit
 ; register (bits taken from bit 7 down; a set sentinel bit marks it empty), each taken when
@@ -34,7 +34,7 @@ STREAM  = $5c                   ; and $5d: the next stream byte
         .export init, init_src, init_end, init2, init2_src, init2_src2, init2_end, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
 
-; One bit of the stream into carry; keeps A, X and Y.
+; One bit of the stream into carry; keeps A and X.
 .macro  get_bit
         .local got
         asl BITS
@@ -156,7 +156,7 @@ new_offset:
         sta OFF
         lda #1
         jsr gamma_bit           ; the length less 1
-        adc #1                  ; never 256 (the cruncher sends 255 or 257)
+        adc #1                  ; never 256: the cruncher sends no length that would give it
         ldx #1
         bcc piece               ; always
 

@@ -103,6 +103,8 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
       {"short alphabet", prg_at(kBasicStart, shaped(9000, 3, 0, 1, 4)), 0x2000},
       {"near repeats", prg_at(kBasicStart, shaped(9000, 0, 3, 40, 5)), kBasicStart},
       {"far repeats, lengths past 256", prg_at(kBasicStart, shaped(30000, 0, 20000, 700, 6)), kBasicStart},
+      {"repeats of 384 bytes, a length split in whole pieces", prg_at(kBasicStart, shaped(6000, 0, 1000, 384, 9)),
+       kBasicStart},
       {"incompressible stretches of 300 between repeats", prg_at(kBasicStart, shaped(9000, 0, 1000, 300, 7)),
        kBasicStart},
       {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
