@@ -100,7 +100,7 @@ constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match 
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
-constexpr int kChainLimit = 1024;
+constexpr int kChainLimit = 2048;
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
