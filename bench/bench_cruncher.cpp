@@ -1,8 +1,9 @@
 // The cruncher on the editor's export programs: for each sample picture (or each picture
 // given) and for generated pictures, the export PRG with a few bars is crunched and run on
 // the 6502 core. Prints input size, crunched size (total and stream), decrunch cycles per
-// output byte and crunch time, with multicolour re-encoding off and on, the sums, and where
-// the crunched bytes go.
+// output byte and crunch time, with multicolour re-encoding off and on, the sums, where the
+// crunched bytes go, and the sample pictures' sums beside those of public crunchers measured
+// on the same programs (scripts/plot-cruncher draws them).
 //
 // Usage: quillbar-bench-cruncher [PICTURE...]   (default: the sample pictures, if present)
 #include <glib.h>
@@ -24,15 +25,38 @@
 
 namespace {
 
+// Public 6502 crunchers on the 20 sample pictures' export PRGs (re-encoding off), each
+// crunched program run from its SYS line to $080D; the source and date are in
+// docs/performance.md.
+struct Peer {
+  const char *name;
+  size_t total_bytes;
+  double mean_cycles_per_byte;  // over the 20 files, cycles / program bytes
+};
+constexpr Peer kPeers[] = {
+    {"exomizer 3.1.1 sfx 2061 -n (reference)", 88700, 62.03},
+    {"dali 0.3.5 --sfx (ZX0)", 88657, 34.81},
+    {"dali --sfx --small", 87477, 36.06},
+    {"ZX0 (salvador -classic) + copy loop", 88397, 35.93},
+    {"ZX02 fast2", 88649, 39.40},
+    {"ZX02 optim", 87969, 46.70},
+    {"LZSA2 fast", 93988, 33.25},
+    {"ByteBoozer 2", 90586, 61.82},
+    {"TSCrunch 1.3.2", 99184, 22.09},
+    {"ours before this format", 92123, 34.69},
+};
+constexpr size_t kReferenceBytes = kPeers[0].total_bytes;
+
 struct Totals {
   size_t pictures = 0, input = 0, output = 0, stream = 0;
   size_t decruncher = 0, tail = 0, literal_bytes = 0, literal_bits = 0, match_bits = 0, tokens = 0;
   uint64_t cycles = 0;
-  double seconds = 0, worst = 0;
+  double seconds = 0, worst = 0, cycles_per_byte = 0;  // the last summed over the programs
   void add(const Totals &t) {
     pictures += t.pictures, input += t.input, output += t.output, stream += t.stream, decruncher += t.decruncher;
     tail += t.tail, literal_bytes += t.literal_bytes, literal_bits += t.literal_bits, match_bits += t.match_bits;
     tokens += t.tokens, cycles += t.cycles, seconds += t.seconds, worst = std::max(worst, t.worst);
+    cycles_per_byte += t.cycles_per_byte;
   }
 };
 
@@ -79,7 +103,8 @@ void crunch_and_run(const std::string &name, const std::vector<uint8_t> &prg, To
               static_cast<double>(run.cycles) / static_cast<double>(stats.input_bytes), seconds * 1000);
   totals->add({1, stats.input_bytes + 2, stats.output_bytes, stats.stream_bytes, stats.decruncher_bytes,
                stats.tail_bytes, stats.literal_bytes, stats.literal_bits, stats.match_bits,
-               stats.literal_runs + stats.repeat_matches + stats.new_matches, run.cycles, seconds, seconds});
+               stats.literal_runs + stats.repeat_matches + stats.new_matches, run.cycles, seconds, seconds,
+               static_cast<double>(run.cycles) / static_cast<double>(stats.input_bytes)});
 }
 
 void print_totals(const char *what, const Totals &t) {
@@ -92,6 +117,20 @@ void print_totals(const char *what, const Totals &t) {
       "%-22s where the bytes go: decruncher %zu, tail %zu, literal bytes %zu, literal run codes %zu,"
       " match codes %zu (bits / 8); %zu tokens\n",
       "", t.decruncher + 2 * t.pictures, t.tail, t.literal_bytes, t.literal_bits / 8, t.match_bits / 8, t.tokens);
+}
+
+// The sample pictures' sums beside the public crunchers': total bytes and the mean over the
+// programs of decrunch cycles per program byte.
+void print_beside_peers(const Totals &ours) {
+  if (ours.pictures != 20) return;  // the figures are for the 20 sample pictures
+  std::printf("-- beside public crunchers (sample pictures, re-encoding off)\n%-44s %7s %8s %6s\n", "cruncher", "bytes",
+              "vs ref", "cyc/B");
+  auto row = [](const char *name, size_t bytes, double cycles) {
+    std::printf("%-44s %7zu %+7.1f%% %6.2f\n", name, bytes,
+                100.0 * (static_cast<double>(bytes) / static_cast<double>(kReferenceBytes) - 1), cycles);
+  };
+  row("ours", ours.output, ours.cycles_per_byte / static_cast<double>(ours.pictures));
+  for (const Peer &peer : kPeers) row(peer.name, peer.total_bytes, peer.mean_cycles_per_byte);
 }
 
 // A generated picture: smooth bands, a dithered gradient and a checkerboard, in each kind.
@@ -153,6 +192,7 @@ int main(int argc, char **argv) {
     samples.add(hires);
     samples.add(mc);
     print_totals("all pictures", samples);
+    if (!reencode) print_beside_peers(samples);
     Totals generated;
     const char *kinds[] = {"generated hires", "generated multicolour", "generated petscii"};
     for (int kind = 0; kind < 3; ++kind) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstring>
 #include <limits>
 
 #include "decrunch_image.h"
@@ -16,68 +15,39 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr unsigned kCoreLinkedAt = kDecrunch_core;  // the build links core here and one page $10 higher
-constexpr unsigned kCoreOffset = sizeof(kDecrunchLo) - (kDecrunch_core_end - kCoreLinkedAt);  // init's size
-constexpr unsigned kCoreBytes = kDecrunch_core_end - kCoreLinkedAt;
-constexpr unsigned kCopyBytes = 512;                        // init copies core and tail in two halves of at most a page
-constexpr unsigned kTailMax = kCopyBytes - 2 - kCoreBytes;  // each half under 256 bytes
-constexpr int kClasses = kDecrunch_OFFSET_CLASSES;
-static_assert(sizeof(kDecrunchLo) == sizeof(kDecrunchHi));
-static_assert(kCoreBytes < kCopyBytes);
+// kDecrunch holds init (copies a page), init2 (two pages), then core.
+constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
+constexpr unsigned kInit2Bytes = kDecrunch_init2_end - kDecrunch_init2;
+constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
+constexpr const uint8_t *kCore = kDecrunch + kInitBytes + kInit2Bytes;
+constexpr unsigned kTailMax = 512 - kCoreBytes;       // init2 copies two pages: core and the tail
+constexpr unsigned kShortTailMax = 256 - kCoreBytes;  // init, one
+static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
 
-// Offset classes as decrunch.s defines them: the nearest in NEAR_BITS bits from offset 1,
-// the farther ones tabulated from class 1 on.
-struct OffsetClass {
-  int prefix_bits, value_bits;
-  bool raw;  // the low 8 bits come as a whole byte
-  unsigned base, size;
-  unsigned bias;  // the length is sent less this: the class's shortest match is bias + 1
-};
-struct OffsetClasses {
-  std::array<OffsetClass, kClasses> c{};
-  unsigned limit = 0;  // one past the largest offset
-  OffsetClasses() {
-    auto core = [](unsigned label) { return kDecrunchLo[kCoreOffset + label - kCoreLinkedAt]; };
-    c[0] = {1, static_cast<int>(kDecrunch_NEAR_BITS), false, 1, 1u << kDecrunch_NEAR_BITS, 0};
-    for (int i = 1; i < kClasses; ++i) {
-      OffsetClass &k = c[i];
-      k.prefix_bits = i < kClasses - 1 ? i + 1 : kClasses - 1;
-      k.raw = true;
-      const unsigned marker = core(kDecrunch_offset_bits + i);  // leaves A after the bits
-      k.value_bits = (marker ? 8 - __builtin_ctz(marker) : 0) + 8;
-      k.base = (core(kDecrunch_offset_base_lo + i - 1) | core(kDecrunch_offset_base_hi + i - 1) << 8) + 1;  // less 1
-      k.size = 1u << k.value_bits;
-      k.bias = core(kDecrunch_length_bias + i - 1);
-    }
-    limit = kDecrunch_OFFSET_END + 1;  // offset - 1 from OFFSET_END on ends the stream
-  }
-  int of(unsigned offset) const {
-    for (int i = 0; i < kClasses; ++i)
-      if (offset >= c[i].base && offset < c[i].base + c[i].size) return i;
-    return -1;
-  }
-  int cost(unsigned offset) const {
-    const OffsetClass &k = c[of(offset)];
-    return k.prefix_bits + k.value_bits;
-  }
-};
-const OffsetClasses classes;
+// The init that copies core with a tail of `kept` bytes, and its size.
+unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
+
+// The offsets as decrunch.s decodes them (new_offset).
+constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
+constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
+constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
 
 int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
 
-// The number a new offset match's length is sent as: the length less its class's bias (the
-// nearest offsets send the length itself: only they may copy a single byte).
-unsigned length_code(unsigned offset, size_t length) {
-  return static_cast<unsigned>(length - classes.c[classes.of(offset)].bias);
+// The decruncher adds 1 to the first piece of a new offset match's length less 1: that piece
+// must not become 256, as it would for 256 and every multiple of 128 from 384 on.
+bool new_length_sendable(uint32_t length) { return length < 256 || length % 128 != 0; }
+unsigned offset_high(unsigned offset) { return ((offset - 1) >> kOffsetLowBits) + 1; }
+// A new offset match: the selector, the gamma high part, the low byte (whose spare bit starts
+// the length's gamma code) and the rest of the length's code.
+int new_match_bits(unsigned offset, unsigned length) {
+  return 1 + gamma_bits(offset_high(offset)) + 8 + gamma_bits(length - 1) - 1;
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
-struct Token {
-  Kind kind;
-  unsigned length, offset;
-};
 
-// The stream as the decruncher reads it, with the number of bytes read before each write.
+// The stream in the order the decruncher reads it: the bytes of the bit register, each taken
+// when its first bit is needed, between whole bytes.
 class BitWriter {
  public:
   Bytes bytes;
@@ -92,16 +62,14 @@ class BitWriter {
     --free_;
     if (b) bytes[at_] |= static_cast<uint8_t>(1 << free_);
   }
-  void bits(unsigned value, int count) {
-    for (int i = count - 1; i >= 0; --i) bit(value >> i & 1);
-  }
-  void gamma(unsigned n) {
+  // The gamma code of n, without its first bit when `skip_first`.
+  void gamma(unsigned n, bool skip_first = false) {
     const int top = 31 - __builtin_clz(n);
     for (int i = top - 1; i >= 0; --i) {
-      bit(1);
+      if (!skip_first || i != top - 1) bit(1);
       bit(n >> i & 1);
     }
-    bit(0);
+    if (!skip_first || top > 0) bit(0);
   }
   void byte(uint8_t b) { bytes.push_back(b); }
 
@@ -111,158 +79,192 @@ class BitWriter {
   bool first_ = true;
 };
 
-void put_offset(BitWriter &w, unsigned offset) {
-  const int i = classes.of(offset);
-  for (int k = 0; k < i && k < kClasses - 1; ++k) w.bit(1);
-  if (i < kClasses - 1) w.bit(0);
-  const OffsetClass &k = classes.c[i];
-  const unsigned value = offset - k.base;
-  if (k.raw) {
-    w.bits(value >> 8, k.value_bits - 8);
-    w.byte(static_cast<uint8_t>(value));
-  } else {
-    w.bits(value, k.value_bits);
-  }
-}
-
-// One arrival in the parse: the cheapest way found to have produced `pos` bytes ending in
-// a literal run (state 0) or a match (state 1).
+// One arrival in the parse: a way to have produced `pos` bytes ending in a literal run or a
+// match, with the offset a repeat match would use. Each position keeps the cheapest few
+// arrivals of each state with different repeat offsets.
 struct Arrival {
-  uint32_t cost = std::numeric_limits<uint32_t>::max();
-  uint32_t from = 0;  // position before the token
-  uint8_t from_state = 0;
-  Token token{kLiteral, 0, 0};
-  unsigned repeat = 0;  // the offset a repeat match would use
+  uint32_t cost = std::numeric_limits<uint32_t>::max();  // in kBit
+  uint32_t repeat = 0;                                   // 0: none yet
+  uint32_t from = 0;                                     // position before the token
+  uint8_t from_slot = 0;
+  Kind kind = kLiteral;
+  uint32_t length = 0, offset = 0;
+};
+struct Token {
+  Kind kind;
+  unsigned length, offset;
 };
 
-constexpr unsigned kLiteralRunsTried = 32;             // from each match; longer runs grow one byte at a time
-constexpr unsigned kMaxLength = kDecrunch_MAX_LENGTH;  // of every token: longer runs take several
-constexpr int kChainLimit = 1024;
-// Costs in the parse are in sixteenths of a bit. Each new token is charged extra for its
-// decoding time, by kind and, for new offsets, by class (the nearest decode fastest): the
-// parse then trades a little size for speed where a token saves only a bit or two. These
-// weights bring the decrunch time of the editor's export programs to 35 cycles per byte for
-// 1 % more size than none would; see docs/performance.md for the trade.
+constexpr int kArrivals = 8;                // per position and state
+constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
+constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
+constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
+constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
+constexpr int kChainLimit = 2048;
+constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
+// Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
+// decoding time, by kind: the parse then trades a little size for speed where a token saves
+// only a bit or two. These bring the editor's export programs from 35.2 to 34.4 cycles per
+// byte for 62 bytes (0.07 %) more; see docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralRunCharge = 16, kRepeatCharge = 20;
-constexpr std::array<uint32_t, kClasses> kNewOffsetCharge = {36, 40, 44, 48};
-static_assert(kClasses == 4, "a charge for each offset class");
+constexpr uint32_t kLiteralCharge = 10, kRepeatCharge = 6, kNewCharge = 14;
 
-// Optimal parse of `r` (the program from its last byte down): arrivals for every length.
-std::vector<std::array<Arrival, 2>> parse(const Bytes &r) {
-  const size_t n = r.size();
-  std::vector<std::array<Arrival, 2>> at(n + 1);
-  at[0][1].cost = 0;  // the start behaves as after a match (the first literal run needs no bit)
-  std::vector<int32_t> head(65536, -1), prev(n, -1);
-  size_t i_now = 0;
-  auto relax = [&](size_t pos, int state, uint32_t cost, size_t from, int from_state, Token t, unsigned repeat) {
-    if (from == i_now)  // a new token (growing a literal run is not one)
-      cost += t.kind == kNew      ? kNewOffsetCharge[classes.of(t.offset)]
-              : t.kind == kRepeat ? kRepeatCharge
-                                  : kLiteralRunCharge;
-    Arrival &a = at[pos][state];
-    if (cost < a.cost) a = Arrival{cost, static_cast<uint32_t>(from), static_cast<uint8_t>(from_state), t, repeat};
-  };
-  auto match_length = [&](size_t i, unsigned offset) {
+class Parse {
+ public:
+  explicit Parse(const Bytes &r) : r_(r), n_(r.size()), at_((n_ + 1) * kSlots) {
+    at_[kArrivals].cost = 0;  // the start behaves as after a match (the first literal run needs no bit)
+    std::vector<int32_t> head(65536, -1), prev(n_, -1);
+    std::vector<std::pair<unsigned, size_t>> found;  // the nearest offset for each longer length
+    for (size_t i = 0; i < n_; ++i) {
+      found.clear();
+      if (i + 1 < n_) {
+        const unsigned pair = r[i] << 8 | r[i + 1];
+        size_t best = 1;
+        int steps = 0;
+        for (int32_t j = head[pair]; j >= 0 && steps < kChainLimit; j = prev[j], ++steps) {
+          const unsigned offset = static_cast<unsigned>(i - j);
+          if (offset > kOffsetEnd) break;
+          if (i + best >= n_ || r[i + best] != r[i + best - offset]) continue;  // cannot be longer
+          const size_t k = match_length(i, offset);
+          if (k > best) {
+            found.push_back({offset, k});
+            best = k;
+            if (i + k == n_) break;
+          }
+        }
+        prev[i] = head[pair];
+        head[pair] = static_cast<int32_t>(i);
+      }
+      step(i, found);
+    }
+  }
+
+  // The tokens of the cheapest parse of the first `length` bytes (none if there is none).
+  std::vector<Token> tokens_to(size_t length) const {
+    int slot = 0;
+    for (int s = 1; s < kSlots; ++s)
+      if (at_[length * kSlots + s].cost < at_[length * kSlots + slot].cost) slot = s;
+    std::vector<Token> tokens;
+    if (at_[length * kSlots + slot].cost == kNone) return tokens;
+    for (size_t pos = length; pos > 0;) {
+      const Arrival &a = at_[pos * kSlots + slot];
+      tokens.push_back({a.kind, a.length, a.offset});
+      pos = a.from;
+      slot = a.from_slot;
+    }
+    std::reverse(tokens.begin(), tokens.end());
+    return tokens;
+  }
+
+ private:
+  // The match at i with `offset`; one found at i - 1 with the same offset is one shorter
+  // here, so that long runs cost no more than short ones.
+  size_t match_length(size_t i, unsigned offset) {
+    Known &known = known_[offset % known_.size()];
+    if (known.offset == offset && known.at + 1 == i && known.length > 0) {
+      known = {offset, i, known.length - 1};
+      return known.length;
+    }
     size_t k = 0;
-    while (i + k < n && r[i + k] == r[i + k - offset]) ++k;
+    while (i + k < n_ && r_[i + k] == r_[i + k - offset]) ++k;
+    known = {offset, i, k};
     return k;
-  };
-  auto lengths = [](size_t lo, size_t hi, auto each) {
-    for (size_t k = lo; k <= hi && k <= kMaxLength; ++k) each(k);
-  };
-  for (size_t i = 0; i < n; ++i) {
-    i_now = i;
-    // Candidates: the nearest offset for each longer length (hash chain of byte pairs).
-    std::vector<std::pair<unsigned, size_t>> found;
-    if (i + 1 < n) {
-      size_t best = 1;
-      int steps = 0;
-      for (int32_t j = head[r[i] << 8 | r[i + 1]]; j >= 0 && steps < kChainLimit; j = prev[j], ++steps) {
-        const unsigned offset = static_cast<unsigned>(i - j);
-        if (offset >= classes.limit) break;
-        if (i + best >= n || r[i + best] != r[i + best - offset]) continue;  // cannot be longer
-        const size_t k = match_length(i, offset);
-        if (k > best) {
-          found.push_back({offset, k});
-          best = k;
-          if (i + k == n || k >= kMaxLength) break;  // no token is longer
-        }
+  }
+  // Keeps `a` among the cheapest arrivals of its state at `pos`, one per repeat offset.
+  void put(size_t pos, int state, const Arrival &a) {
+    Arrival *s = &at_[pos * kSlots + state * kArrivals];
+    int q = kArrivals - 1;
+    for (int k = 0; k < kArrivals; ++k)
+      if (s[k].cost != kNone && s[k].repeat == a.repeat) {
+        if (s[k].cost <= a.cost) return;
+        q = k;
+        break;
       }
-      prev[i] = head[r[i] << 8 | r[i + 1]];
-      head[r[i] << 8 | r[i + 1]] = static_cast<int32_t>(i);
+    if (s[q].cost <= a.cost && s[q].cost != kNone && s[q].repeat != a.repeat) return;
+    for (; q > 0 && s[q - 1].cost > a.cost; --q) s[q] = s[q - 1];
+    s[q] = a;
+  }
+  // Lengths lo..hi of a match at i: every one up to kLengthsTried, then only those that end
+  // where a tail may start (near the program's start) and the longest.
+  template <typename F>
+  void lengths(size_t i, size_t lo, size_t hi, F each) const {
+    hi = std::min(hi, kMaxLength);
+    const size_t tail_zone = n_ - i > kLengthsTried ? n_ - i - kLengthsTried : 0;
+    for (size_t k = lo; k <= hi;
+         k = k >= kLengthsTried && k + 1 < std::min(hi, tail_zone) ? std::min(hi, tail_zone) : k + 1)
+      each(static_cast<uint32_t>(k));
+  }
+  void step(size_t i, const std::vector<std::pair<unsigned, size_t>> &found) {
+    const Arrival *runs = &at_[i * kSlots], *matches = runs + kArrivals;
+    const uint32_t from = static_cast<uint32_t>(i);
+    for (uint8_t q = 0; q < kArrivals; ++q) {
+      const Arrival &run = runs[q];
+      if (run.cost == kNone) continue;
+      if (run.length < kMaxLength) {
+        Arrival grown = run;  // this run one byte longer
+        grown.cost += kBit * (8 + gamma_bits(run.length + 1) - gamma_bits(run.length));
+        ++grown.length;
+        put(i + 1, 0, grown);
+      }
+      if (run.repeat && run.repeat <= i)
+        lengths(i, 1, match_length(i, run.repeat), [&](uint32_t k) {
+          put(i + k, 1,
+              {run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, from, q, kRepeat, k, run.repeat});
+        });
     }
-    for (int state = 0; state < 2; ++state) {
-      const Arrival here = at[i][state];
-      if (here.cost == std::numeric_limits<uint32_t>::max()) continue;
-      if (state == 1) {
-        const size_t most = std::min<size_t>(n - i, kLiteralRunsTried);
-        for (size_t k = 1; k <= most; ++k)
-          relax(i + k, 0, here.cost + kBit * (1 + gamma_bits(k) + 8 * k), i, 1, {kLiteral, static_cast<unsigned>(k), 0},
-                here.repeat);
-      } else {
-        // Longer runs: this run grown by one byte. A run of the longest length is followed
-        // as a match is, so that another literal run may go on from it.
-        const unsigned k = here.token.length;
-        if (k < kMaxLength)
-          relax(i + 1, k + 1 == kMaxLength ? 1 : 0, here.cost + kBit * (8 + gamma_bits(k + 1) - gamma_bits(k)),
-                here.from, 1, {kLiteral, k + 1, 0}, here.repeat);
-      }
-      if (state == 0 && here.repeat && here.repeat <= i) {
-        lengths(1, match_length(i, here.repeat), [&](size_t k) {
-          relax(i + k, 1, here.cost + kBit * (1 + gamma_bits(k)), i, 0,
-                {kRepeat, static_cast<unsigned>(k), here.repeat}, here.repeat);
-        });
-      }
-      for (unsigned offset = classes.c[0].base; offset < classes.c[0].base + classes.c[0].size && offset <= i; ++offset)
-        if (r[i] == r[i - offset]) {  // a single byte from near by
-          relax(i + 1, 1, here.cost + kBit * (1 + classes.cost(offset) + gamma_bits(1)), i, state, {kNew, 1, offset},
-                offset);
-          break;
-        }
-      size_t shorter = 1;
-      for (const auto &candidate : found) {
-        const unsigned offset = candidate.first;
-        const size_t longest = candidate.second;
-        const int offset_cost = 1 + classes.cost(offset);
-        const size_t shortest = std::max<size_t>(shorter + 1, classes.c[classes.of(offset)].bias + 1);
-        lengths(shortest, longest, [&](size_t k) {
-          relax(i + k, 1, here.cost + kBit * (offset_cost + gamma_bits(length_code(offset, k))), i, state,
-                {kNew, static_cast<unsigned>(k), offset}, offset);
-        });
-        shorter = longest;
-      }
+    for (uint8_t q = 0; q < kArrivals; ++q) {
+      const Arrival &m = matches[q];
+      if (m.cost == kNone) continue;
+      const uint32_t most = static_cast<uint32_t>(std::min<size_t>(n_ - i, kLiteralRunsTried));
+      for (uint32_t k = 1; k <= most; ++k)
+        put(i + k, 0,
+            {m.cost + kBit * (1 + gamma_bits(k) + 8 * k) + kLiteralCharge, m.repeat, from,
+             static_cast<uint8_t>(kArrivals + q), kLiteral, k, 0});
+    }
+    uint8_t best = 0;  // a new offset costs the same after either state
+    for (uint8_t s = 1; s < kSlots; ++s)
+      if (runs[s].cost < runs[best].cost) best = s;
+    if (runs[best].cost == kNone) return;
+    size_t shorter = 1;
+    for (const auto &candidate : found) {
+      const unsigned offset = candidate.first;
+      lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
+        if (!new_length_sendable(k)) --k;  // one byte shorter instead
+        put(i + k, 1,
+            {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
+      });
+      shorter = candidate.second;
     }
   }
-  return at;
-}
 
-// The tokens of the cheapest parse of the first `length` bytes.
-std::vector<Token> tokens_to(const std::vector<std::array<Arrival, 2>> &at, size_t length) {
-  std::vector<Token> tokens;
-  int state = at[length][0].cost <= at[length][1].cost ? 0 : 1;
-  for (size_t pos = length; pos > 0;) {
-    const Arrival &a = at[pos][state];
-    tokens.push_back(a.token);
-    pos = a.from;
-    state = a.from_state;
-  }
-  std::reverse(tokens.begin(), tokens.end());
-  return tokens;
-}
+  const Bytes &r_;
+  size_t n_;
+  std::vector<Arrival> at_;
+  struct Known {
+    unsigned offset = 0;
+    size_t at = 0, length = 0;
+  };
+  std::array<Known, 256> known_{};
+};
 
 // Encodes the tokens of r; `reads[i]` = stream bytes read before output byte i is written.
 Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint32_t> *reads, CrunchStats *stats) {
   BitWriter w;
   size_t pos = 0;
+  auto new_offset = [&w](unsigned offset, unsigned length) {
+    w.bit(1);
+    w.gamma(offset_high(offset));
+    if (offset_high(offset) == kEndHigh) return;
+    w.byte(static_cast<uint8_t>(((offset - 1) & 0x7F) << 1 | (length - 1 > 1)));
+    w.gamma(length - 1, true);
+  };
   for (size_t t = 0; t < tokens.size(); ++t) {
     const Token &k = tokens[t];
     const size_t before = w.bytes.size() * 8;
-    if (t > 0) w.bit(k.kind == kNew);
     if (k.kind == kNew) {
-      put_offset(w, k.offset);
-      w.gamma(length_code(k.offset, k.length));
+      new_offset(k.offset, k.length);
     } else {
+      if (t > 0) w.bit(0);
       w.gamma(k.length);
     }
     if (stats) {
@@ -276,9 +278,19 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     if (stats && k.kind == kLiteral) stats->literal_bytes += k.length;
     pos += k.length;
   }
-  w.bit(1);
-  put_offset(w, classes.limit);
+  new_offset((kEndHigh - 1) << kOffsetLowBits | 1, 2);  // the high part that ends the stream
   return w.bytes;
+}
+
+// The lowest stream start from `from` on at which no write of the decruncher (the i-th at
+// end - 1 - i, after reads[i] stream bytes) reaches a stream byte not read yet: a start s is
+// safe when s <= end - 1 - i - p + reads[i] for every write i at or above s (i < end - s).
+unsigned lowest_safe_start(const std::vector<uint32_t> &reads, size_t coded, unsigned end, size_t p, unsigned from) {
+  std::vector<long> lowest(coded + 1, std::numeric_limits<long>::max());  // of the first m limits
+  for (size_t i = 0; i < coded; ++i) lowest[i + 1] = std::min(lowest[i], static_cast<long>(end - 1 - i - p + reads[i]));
+  for (long s = from;; ++s)
+    if (s <= lowest[std::clamp<long>(static_cast<long>(end) - s, 0, static_cast<long>(coded))])
+      return static_cast<unsigned>(s);
 }
 
 void put16(Bytes &b, size_t at, unsigned value) {
@@ -295,18 +307,6 @@ Bytes basic_line(unsigned address) {
   put16(line, 0, kBasicStart + static_cast<unsigned>(line.size()) - 2);
   return line;
 }
-
-// Core relocated to run at `page` * 256: the bytes that differ between the two links are
-// the high bytes of core's own addresses.
-Bytes relocated_core(unsigned page) {
-  Bytes core(kDecrunchLo + kCoreOffset, kDecrunchLo + sizeof(kDecrunchLo));
-  for (size_t i = 0; i < core.size(); ++i)
-    if (kDecrunchLo[kCoreOffset + i] != kDecrunchHi[kCoreOffset + i])
-      core[i] = static_cast<uint8_t>(core[i] - (kCoreLinkedAt >> 8) + page);
-  return core;
-}
-
-unsigned core_at(unsigned label) { return label - kCoreLinkedAt; }
 
 }  // namespace
 
@@ -379,78 +379,76 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   }
 
   Bytes r(prg.rbegin(), prg.rend() - 2);  // the program from its last byte down
-  const auto at = parse(r);
+  const Parse parse(r);
   std::vector<uint32_t> reads(n);
   const unsigned end = static_cast<unsigned>(load + n);
 
-  // The smallest tail for which the writes never reach unread stream bytes while the stream
-  // lies straight after the BASIC line; failing that, the stream is placed above the program.
-  for (size_t tail = 0;; ++tail) {
-    const bool above = tail > std::min<size_t>(kTailMax, n - 1);  // the stream holds at least one token
-    const size_t kept = above ? 0 : tail;
-    const std::vector<Token> tokens = tokens_to(at, n - kept);
+  // The tail (at least one byte; with a program of one byte the stream holds it too) and
+  // the zero gap before the stream that make the smallest file in which the writes never
+  // reach unread stream bytes.
+  struct Layout {
+    size_t kept = 0, coded = 0, size = 0;
+    unsigned stream_at = 0, line_bytes = 0;
+    Bytes stream;
     CrunchStats counted;
-    const Bytes stream = encode(tokens, r, &reads, &counted);
-    const size_t p = stream.size();
-    unsigned line_bytes = static_cast<unsigned>(basic_line(kBasicStart).size());
-    unsigned stream_at = kBasicStart + line_bytes;
-    if (above) stream_at = std::max(stream_at, end);
-    unsigned init_at = static_cast<unsigned>(stream_at + p);
-    if (basic_line(init_at).size() != line_bytes) {  // a fifth digit
-      line_bytes = static_cast<unsigned>(basic_line(init_at).size());
-      stream_at = above ? std::max<unsigned>(kBasicStart + line_bytes, end) : kBasicStart + line_bytes;
-      init_at = static_cast<unsigned>(stream_at + p);
+  } best;
+  for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1)); ++tail) {
+    Layout l;
+    l.kept = tail;
+    l.coded = n > tail ? n - tail : n;
+    const std::vector<Token> tokens = parse.tokens_to(l.coded);
+    if (tokens.empty()) continue;  // no token ends there
+    l.stream = encode(tokens, r, &reads, &l.counted);
+    const size_t p = l.stream.size();
+    for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
+      l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
+      l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+      digits_at = static_cast<unsigned>(l.stream_at + p);
     }
-    if (!above) {
-      bool safe = true;
-      for (size_t i = 0; i < n - kept && safe; ++i) {
-        const unsigned w = end - 1 - static_cast<unsigned>(i);
-        safe = !(w >= stream_at && w < stream_at + p - reads[i]);
-      }
-      if (!safe) continue;
-    }
-    const unsigned core_load = init_at + kCoreOffset;
-    const unsigned file_end = static_cast<unsigned>(core_load + kCoreBytes + kept);
-    // init copies whole pages upwards: the copy must not overlap what it still has to read.
-    const unsigned run = (std::max(end, core_load + kCopyBytes) + 255) & ~255u;
-    if (file_end > kBasicEnd || run + kCopyBytes > kBasicEnd) {
-      *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
-      return false;
-    }
-
-    Bytes file = basic_line(init_at);
-    file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
-    file.resize(2 + stream_at - kBasicStart, 0);
-    file.insert(file.end(), stream.rbegin(), stream.rend());
-    const size_t init_pos = file.size();
-    file.insert(file.end(), kDecrunchLo, kDecrunchLo + kCoreOffset);
-    const unsigned half = static_cast<unsigned>(kCoreBytes + kept + 1) / 2;
-    file[init_pos + kDecrunch_copy_half] = static_cast<uint8_t>(half);
-    put16(file, init_pos + kDecrunch_init_src, core_load - 1);
-    put16(file, init_pos + kDecrunch_init_dst, run - 1);
-    put16(file, init_pos + kDecrunch_init_src2, core_load - 1 + half);
-    put16(file, init_pos + kDecrunch_init_dst2, run - 1 + half);
-    put16(file, init_pos + kDecrunch_init_jmp, run);
-    const size_t core_pos = file.size();
-    const Bytes core = relocated_core(run >> 8);
-    file.insert(file.end(), core.begin(), core.end());
-    put16(file, core_pos + core_at(kDecrunch_dst_ptr), end - 1);
-    file[core_pos + core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
-    file[core_pos + core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
-    file[core_pos + core_at(kDecrunch_tail_len)] = static_cast<uint8_t>(kept);
-    put16(file, core_pos + core_at(kDecrunch_tail_dst), load - 1);
-    put16(file, core_pos + core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
-    file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + kept);
-
-    if (stats) {
-      *stats = counted;
-      stats->input_bytes = n;
-      stats->output_bytes = file.size();
-      stats->stream_bytes = p;
-      stats->tail_bytes = kept;
-      stats->decruncher_bytes = file.size() - p - kept - 2 - (stream_at - kBasicStart - line_bytes);
-    }
-    *out = std::move(file);
-    return true;
+    l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
+    if (!best.size || l.size < best.size) best = std::move(l);
+    if (best.stream_at == kBasicStart + best.line_bytes) break;  // no gap: a longer tail only adds bytes
   }
+  if (!best.size || best.size > kBasicEnd) {
+    *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
+    return false;
+  }
+  const size_t kept = best.kept, p = best.stream.size();
+  const unsigned stream_at = best.stream_at, line_bytes = best.line_bytes;
+  const unsigned init_at = static_cast<unsigned>(stream_at + p);
+  const Bytes &stream = best.stream;
+  Bytes file = basic_line(init_at);
+  file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  file.resize(2 + stream_at - kBasicStart, 0);
+  file.insert(file.end(), stream.rbegin(), stream.rend());
+  const size_t init_pos = file.size(), core_pos = init_pos + init_bytes(kept);
+  const unsigned core_load = init_at + init_bytes(kept);
+  if (kept <= kShortTailMax) {
+    file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
+    put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, core_load);
+  } else {
+    file.insert(file.end(), kDecrunch + kInitBytes, kCore);
+    put16(file, init_pos + kDecrunch_init2_src - kDecrunch_init2, core_load);
+    put16(file, init_pos + kDecrunch_init2_src2 - kDecrunch_init2, core_load + 256);
+  }
+  file.insert(file.end(), kCore, kCore + kCoreBytes);
+  auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
+  put16(file, core_at(kDecrunch_dst_ptr), end - 1);
+  file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+  file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
+  file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
+  put16(file, core_at(kDecrunch_tail_dst), load - 1);
+  put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
+  file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + static_cast<long>(kept));
+
+  if (stats) {
+    *stats = best.counted;
+    stats->input_bytes = n;
+    stats->output_bytes = file.size();
+    stats->stream_bytes = p;
+    stats->tail_bytes = kept;
+    stats->decruncher_bytes = file.size() - p - kept - 2 - (stream_at - kBasicStart - line_bytes);
+  }
+  *out = std::move(file);
+  return true;
 }
