@@ -38,9 +38,7 @@ using Bar = std::tuple<int, int, int>;
 using Bars = std::vector<Bar>;
 
 inline GtkListStore *list_of(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
-inline GtkTreeView *view_of(int side) {
-  return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
-}
+inline GtkTreeView *view_of(int side) { return GTK_TREE_VIEW(side ? treeview_rasters_left : treeview_rasters_right); }
 inline GtkWidget *area_of(int side) { return side == 1 ? drawingarea_left_border : drawingarea_right_border; }
 
 inline Bars bars(int side) {
@@ -138,13 +136,12 @@ inline void set_zoom(int z) {
   pump_events(50);
 }
 
-// The colour a side's border area shows at (x, line) in zoom-1 terms.
+// Checks that each probe's side border area shows its colour at (x, line) in zoom-1 terms, at
+// zoom 1 and 3, with a picture loaded and without one; without one there is no selection mark
+// (colour 1) and the black outer strip shows. Ends at zoom 1.
 struct Probe {
   int side, x, line, colour;
 };
-
-// Checks the probes on screen at zoom 1 and 3, with a picture loaded and without one;
-// without one there is no selection mark (colour 1) and the black outer strip shows. Ends at zoom 1.
 inline void expect_shown(const std::vector<Probe> &probes) {
   for (int z : {1, 3})
     for (int loaded : {1, 0})

@@ -33,13 +33,10 @@ TEST(LineKeys, PaintMoveAndExtend) {
       {"Control+keypad 3 paints 11", {100, 100, 0}, GDK_KP_3, CONTROL, 1, {101, 101, 0}, {100, 1, 11}},
       {"Control+Shift+keypad 3 paints 3", {100, 100, 0}, GDK_KP_3, CONTROL | SHIFT, 1, {101, 101, 0}, {100, 1, 3}},
       {"Shift+keypad 3 extends 8 down", {100, 100, 0}, GDK_KP_3, SHIFT, 1, {100, 108, 1}, {}},
-      {"Shift+keypad 7 extends to 51", {100, 100, 0}, GDK_KP_7, SHIFT, 1, {100, 51, 1}, {}},
       {"keypad 8 does nothing", {100, 100, 0}, GDK_KP_8, 0, 0, {100, 100, 0}, {}},
-      {"a shifted letter does nothing", {100, 100, 0}, GDK_Q, SHIFT, 0, {100, 100, 0}, {}},
       {"q on the last line stays there", {250, 250, 0}, GDK_q, 0, 1, {250, 250, 0}, {250, 1, 8}},
       {"e fills an upward range", {105, 95, 1}, GDK_e, 0, 1, {105, 95, 1}, {95, 11, 10}},
       {"Delete clears a range", {105, 95, 1}, GDK_Delete, ALT, 1, {105, 95, 1}, {95, 11, -1}},
-      {"keypad Page_Up goes 8 up", {100, 100, 0}, GDK_KP_Page_Up, 0, 1, {92, 92, 0}, {}},
       {"Page_Up on 58 stays", {58, 58, 0}, GDK_Page_Up, 0, 1, {58, 58, 0}, {}},
       {"Page_Up on 59 goes to 51", {59, 59, 0}, GDK_Page_Up, 0, 1, {51, 51, 0}, {}},
       {"Page_Down on 243 stays", {243, 243, 0}, GDK_Page_Down, 0, 1, {243, 243, 0}, {}},
@@ -50,7 +47,6 @@ TEST(LineKeys, PaintMoveAndExtend) {
       {"Page_Down moves on from the anchor", {95, 105, 1}, GDK_Page_Down, 0, 1, {103, 103, 0}, {}},
       {"Home on an upward range goes to its top", {105, 95, 1}, GDK_Home, 0, 1, {95, 95, 0}, {}},
       {"Home on a downward range goes to 51", {95, 105, 1}, GDK_Home, 0, 1, {51, 51, 0}, {}},
-      {"End goes to 250", {95, 105, 1}, GDK_End, CONTROL, 1, {250, 250, 0}, {}},
       {"Shift+Up with the end on 51 refuses", {60, 51, 1}, GDK_Up, SHIFT, 0, {60, 51, 1}, {}},
       {"Shift+Up with the end on 52 reaches 51", {52, 52, 0}, GDK_Up, SHIFT, 1, {52, 51, 1}, {}},
       {"Shift+Down with the end on 250 refuses", {240, 250, 1}, GDK_Down, SHIFT, 0, {240, 250, 1}, {}},
@@ -230,26 +226,23 @@ TEST_F(Borders, ListEditing) {
   }
 }
 
-// No picture, border colour 0: the picture area is blue and the borders colour 0, in each
-// palette. Then a loaded picture (an Art Studio file of varied bytes) at zoom z shows each of
-// its pixels as a z x z block, and the picker strip swatches of 16z x 16z separated by colour
-// 0, with top and bottom rows in colour 0 and a white frame round the current colour (5) only;
-// a press picks the swatch under it, of a double click only the single presses pick.
+// No picture, border colour 0: the picture area is blue and the borders colour 0. Then a loaded
+// picture (an Art Studio file of varied bytes) at zoom z shows each of its pixels as a z x z
+// block, and the picker strip swatches of 16z x 16z separated by colour 0, with top and bottom
+// rows in colour 0 and a white frame round the current colour (5) only; a press picks the
+// swatch under it, of a double click only the single presses pick.
 TEST_F(Borders, ScreenAndPickerArePixelExactAtEveryZoom) {
   gtk_window_move(GTK_WINDOW(window_main), 0, 0);  // keep the 4x view on the screen
   g_clear_object(&pixbuf_picture);
   picture_loaded = border_color_index = 0;
-  for (const char *palette : {"menuitem_palette_ccs64", "menuitem_palette_peptos"}) {
-    activate(palette);
-    pump_events(50);
-    for (GtkWidget *area : {drawingarea_picture, drawingarea_upper_border, drawingarea_lower_border,
-                            drawingarea_left_border, drawingarea_right_border}) {
-      GdkPixbuf *shot = grab_widget(area);
-      EXPECT_EQ(pixel_at(shot, gdk_pixbuf_get_width(shot) / 2, gdk_pixbuf_get_height(shot) / 2),
-                rgb_of(area == drawingarea_picture ? 6 : 0))
-          << palette << " " << gtk_widget_get_name(area);
-      g_object_unref(shot);
-    }
+  redraw_all_areas();
+  for (GtkWidget *area : {drawingarea_picture, drawingarea_upper_border, drawingarea_lower_border,
+                          drawingarea_left_border, drawingarea_right_border}) {
+    GdkPixbuf *shot = grab_widget(area);
+    EXPECT_EQ(pixel_at(shot, gdk_pixbuf_get_width(shot) / 2, gdk_pixbuf_get_height(shot) / 2),
+              rgb_of(area == drawingarea_picture ? 6 : 0))
+        << gtk_widget_get_name(area);
+    g_object_unref(shot);
   }
 
   TempDir dir;

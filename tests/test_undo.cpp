@@ -197,17 +197,13 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
     unsigned keyval, state;
     Bars painted;
     int cursor;
-  } steps[] = {
-      {GDK_e, GDK_MOD1_MASK | GDK_MOD2_MASK, first, 101},
-      {GDK_y, kCtrl, both, 102},
-      {GDK_Down, 0, both, 103},
-      {GDK_z, kCtrl, first, 101},
-      {GDK_z, kCtrl, {}, 100},
-      {GDK_z, kCtrl, {}, 100},
-      {GDK_Z, kCtrlShift, first, 101},
-      {GDK_Z, kCtrlShift, both, 103},
-      {GDK_Z, kCtrlShift, both, 103},
-  };
+  } steps[] = {{GDK_e, GDK_MOD1_MASK | GDK_MOD2_MASK, first, 101},
+               {GDK_y, kCtrl, both, 102},
+               {GDK_Down, 0, both, 103},
+               {GDK_z, kCtrl, first, 101},
+               {GDK_z, kCtrl, {}, 100},
+               {GDK_Z, kCtrlShift, first, 101},
+               {GDK_Z, kCtrlShift, both, 103}};
   for (const auto &step : steps) {
     send_key(step.keyval, step.state);
     EXPECT_EQ(lines(1), painted(step.painted)) << step.keyval << " " << step.state;
