@@ -15,10 +15,7 @@ constexpr const char *kModes[] = {"menuitem_interface_extended", "menuitem_inter
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
   // What the lists hold, then what the arrays show and the lists hold again.
   // clang-format off
-  const struct {
-    const char *what;
-    Bars list, back;
-  } cases[] = {
+  const std::tuple<const char *, Bars, Bars> cases[] = {
       {"overlap", {{60, 10, 2}, {65, 10, 5}}, {{60, 5, 2}, {65, 10, 5}}},
       {"touching, same colour", {{60, 5, 3}, {65, 5, 3}}, {{60, 10, 3}}},
       {"border colour", {{60, 10, 6}, {100, 5, 1}}, {{100, 5, 1}}},
@@ -27,12 +24,12 @@ TEST_F(Conversion, SwitchingModeConvertsTheBars) {
   // clang-format on
   for (int side : {1, 0}) {
     SCOPED_TRACE(side ? "left" : "right");
-    for (const auto &c : cases) {
-      set_bars(side, c.list);
+    for (const auto &[what, list, back] : cases) {
+      set_bars(side, list);
       activate("menuitem_interface_compact");
-      EXPECT_EQ(lines(side), painted(c.back)) << c.what;
+      EXPECT_EQ(lines(side), painted(back)) << what;
       activate("menuitem_interface_extended");
-      EXPECT_EQ(bars(side), c.back) << c.what;
+      EXPECT_EQ(bars(side), back) << what;
     }
     activate("menuitem_interface_compact");
     set_lines(side, painted({}, 0));
@@ -103,11 +100,7 @@ TEST_F(ProjectBars, BothModesWriteAndReadTheGroups) {
   EXPECT_EQ(dump(), "[left]\n" + none + "\n[right]\nstart=60;65;100;\nheight=10;10;0;\ncolor=2;5;3;\n");
 
   // clang-format off
-  const struct {
-    const char *what;
-    std::string body;
-    Bars extended, compact;
-  } cases[] = {
+  const std::tuple<const char *, std::string, Bars, Bars> cases[] = {  // what, body, as listed, as painted
       {"limits", "start=50;248;100;250;\nheight=5;4;0;1;\ncolor=2;2;3;2;", {{100, 0, 3}, {250, 1, 2}}, {{250, 1, 2}}},
       {"first and last line", "start=50;51;51;240;240;\nheight=10;200;201;11;12;\ncolor=1;1;1;1;2;",
        {{51, 200, 1}, {240, 11, 1}}, {{51, 200, 1}}},
@@ -122,15 +115,15 @@ TEST_F(ProjectBars, BothModesWriteAndReadTheGroups) {
   // clang-format on
   for (const char *mode : kModes) {
     activate(mode);
-    for (const auto &c : cases) {
-      SCOPED_TRACE(std::string(mode) + ": " + c.what);
+    for (const auto &[what, body, extended, compact] : cases) {
+      SCOPED_TRACE(std::string(mode) + ": " + what);
       for (int side : {1, 0}) set_bars(side, {{55, 2, 7}}), set_lines(side, painted({}, 7));
-      fill("[left]\n" + c.body + "\n[right]\n" + c.body + "\n");
+      fill("[left]\n" + body + "\n[right]\n" + body + "\n");
       for (int side : {1, 0}) {
         if (interface_extended == 1)
-          EXPECT_EQ(bars(side), c.extended) << side;
+          EXPECT_EQ(bars(side), extended) << side;
         else
-          EXPECT_EQ(lines(side), painted(c.compact)) << side;
+          EXPECT_EQ(lines(side), painted(compact)) << side;
       }
     }
   }

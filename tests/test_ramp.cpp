@@ -21,13 +21,8 @@ std::vector<int> colours_of(const std::vector<LineRun> &runs, int first) {
 // runs). Over every length the runs fill the lines exactly and, up and down, mirror each other.
 TEST(Ramp, ShapesAndStretching) {
   const std::vector<int> blue{6, 14, 3, 1}, grey{0, 11, 12, 15, 1};
-  const struct {
-    const char *what;
-    std::vector<int> ramp;
-    RampShape shape;
-    int lines;
-    std::vector<int> colours;
-  } cases[] = {
+  // What; the ramp, its shape and the lines; the colours of the lines.
+  const std::tuple<const char *, std::vector<int>, RampShape, int, std::vector<int>> cases[] = {
       // clang-format off
       {"7-line blue up and down", blue, RampShape::RisingFalling, 7, {6, 14, 3, 1, 3, 14, 6}},
       {"falling", blue, RampShape::Falling, 4, {1, 3, 14, 6}},
@@ -40,8 +35,8 @@ TEST(Ramp, ShapesAndStretching) {
       {"no lines", blue, RampShape::Rising, 0, {}},
       // clang-format on
   };
-  for (const auto &c : cases)
-    EXPECT_EQ(colours_of(ramp_runs(ramp_shape(c.ramp, c.shape), 100, c.lines), 100), c.colours) << c.what;
+  for (const auto &[what, ramp, shape, lines, colours] : cases)
+    EXPECT_EQ(colours_of(ramp_runs(ramp_shape(ramp, shape), 100, lines), 100), colours) << what;
   for (int lines = 1; lines <= 200; lines++) {
     const std::vector<int> shown = colours_of(ramp_runs(ramp_shape(grey, RampShape::RisingFalling), 51, lines), 51);
     ASSERT_EQ(static_cast<int>(shown.size()), lines);

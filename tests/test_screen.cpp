@@ -19,14 +19,8 @@ const Bar sevens{first_picture_line, picture_lines, 7};  // every picture line i
 // are where moving goes wrong.
 TEST(LineKeys, PaintMoveAndExtend) {
   constexpr unsigned ALT = GDK_MOD1_MASK;
-  const struct {
-    const char *what;
-    Selection before;
-    unsigned keyval, state;
-    int result;
-    Selection after;
-    Bar painted;
-  } cases[] = {
+  // What; the selection before, the key and its state; the answer, the selection after, what is painted.
+  const std::tuple<const char *, Selection, unsigned, unsigned, int, Selection, Bar> cases[] = {
       // clang-format off
       {"1 paints 0 and steps down", {100, 100, 0}, GDK_1, 0, 1, {101, 101, 0}, {100, 1, 0}},
       {"Shift+Alt+i paints 15", {100, 100, 0}, GDK_i, SHIFT | ALT, 1, {101, 101, 0}, {100, 1, 15}},
@@ -53,15 +47,15 @@ TEST(LineKeys, PaintMoveAndExtend) {
       {"Shift+End again still answers 1", {100, 250, 1}, GDK_End, SHIFT, 1, {100, 250, 1}, {}},
       // clang-format on
   };
-  for (const auto &c : cases)
+  for (const auto &[what, before, keyval, state, result, after, paint] : cases)
     for (int side : {1, 0}) {
-      SCOPED_TRACE(std::string(c.what) + (side == 1 ? " (left)" : " (right)"));
+      SCOPED_TRACE(std::string(what) + (side == 1 ? " (left)" : " (right)"));
       reset_arrays();
       set_lines(side, painted({sevens}));
-      set_selection(side, c.before);
-      EXPECT_EQ(rasterarray_key_press(side, c.keyval, c.state), c.result);
-      EXPECT_EQ(selection(side), c.after);
-      EXPECT_EQ(lines(side), painted({sevens, c.painted}));
+      set_selection(side, before);
+      EXPECT_EQ(rasterarray_key_press(side, keyval, state), result);
+      EXPECT_EQ(selection(side), after);
+      EXPECT_EQ(lines(side), painted({sevens, paint}));
       EXPECT_EQ(lines(1 - side), painted({}));
     }
   // Keypad * repeats the range's colours down to line 250; a range ending on 250 has no room.
@@ -81,13 +75,8 @@ TEST(LineKeys, PaintMoveAndExtend) {
 // the row selected after it and the bars.
 TEST_F(Borders, BarKeys) {
   auto middle = [](int colour) { return Bars{three[0], {70, 2, colour}, three[2]}; };
-  const struct {
-    const char *what;
-    int from;
-    unsigned keyval, state;
-    int result, selected;
-    Bars after;
-  } cases[] = {
+  // What; the row selected before, the key and its state; the answer, the row selected after, the bars.
+  const std::tuple<const char *, int, unsigned, unsigned, int, int, Bars> cases[] = {
       {"e paints 10", 1, GDK_e, 0, 1, 1, middle(10)},
       {"Control+keypad 3 paints 11", 1, GDK_KP_3, CONTROL, 1, 1, middle(11)},
       {"keypad 2 paints 2", 1, GDK_KP_2, 0, 1, 1, middle(2)},
@@ -101,14 +90,14 @@ TEST_F(Borders, BarKeys) {
       {"Delete on the last bar selects none", 2, GDK_Delete, 0, 1, -1, {three[0], three[1]}},
       {"without a selected bar no key acts", -1, GDK_1, 0, 0, -1, three},
   };
-  for (const auto &c : cases)
+  for (const auto &[what, from, keyval, state, result, selected, after] : cases)
     for (int side : {1, 0}) {
-      SCOPED_TRACE(std::string(c.what) + (side == 1 ? " (left)" : " (right)"));
+      SCOPED_TRACE(std::string(what) + (side == 1 ? " (left)" : " (right)"));
       set_bars(side, three);
-      if (c.from >= 0) select_row(side, c.from);
-      EXPECT_EQ((side ? rastermodel_key_press_left : rastermodel_key_press_right)(c.keyval, c.state), c.result);
-      EXPECT_EQ(selected_row(side), c.selected);
-      EXPECT_EQ(bars(side), c.after);
+      if (from >= 0) select_row(side, from);
+      EXPECT_EQ((side ? rastermodel_key_press_left : rastermodel_key_press_right)(keyval, state), result);
+      EXPECT_EQ(selected_row(side), selected);
+      EXPECT_EQ(bars(side), after);
     }
   // Without a picture the border swallows every key.
   picture_loaded = 0;
@@ -150,14 +139,8 @@ TEST_F(Borders, BothModesDrawTheirBars) {
 // colour there.
 TEST_F(Borders, CompactMouseSelection) {
   activate("menuitem_interface_compact");
-  const struct {
-    const char *what;
-    int zoom;
-    GdkEventType type;
-    unsigned button, state;
-    double y;
-    Selection after;
-  } cases[] = {
+  // What; the zoom, the event, button, state and y; the selection after.
+  const std::tuple<const char *, int, GdkEventType, unsigned, unsigned, double, Selection> cases[] = {
       // clang-format off
       {"first line", 1, GDK_BUTTON_PRESS, 1, 0, 48, {51, 51, 0}},
       {"last line", 2, GDK_BUTTON_PRESS, 1, 0, 494, {250, 250, 0}},
@@ -172,14 +155,14 @@ TEST_F(Borders, CompactMouseSelection) {
       // clang-format on
   };
   for (int side : {1, 0})
-    for (const auto &c : cases) {
-      SCOPED_TRACE(std::string(c.what) + (side == 1 ? " (left)" : " (right)"));
+    for (const auto &[what, zoom, type, button, state, y, after] : cases) {
+      SCOPED_TRACE(std::string(what) + (side == 1 ? " (left)" : " (right)"));
       reset_arrays();
       set_lines(side, painted({{40, 30, 3}, {70, 10, 5}}));
       set_selection(side, {100, 100, 0});
-      options_expansion = c.zoom;
-      EXPECT_TRUE(press(side, c.y, c.type, c.button, c.state));
-      EXPECT_EQ(selection(side), c.after);
+      options_expansion = zoom;
+      EXPECT_TRUE(press(side, y, type, button, state));
+      EXPECT_EQ(selection(side), after);
       EXPECT_EQ(selection(1 - side), (Selection{51, 51, 0}));
     }
 }
@@ -189,20 +172,17 @@ TEST_F(Borders, CompactMouseSelection) {
 // goes after the bars' last line, else into the first gap; Delete all asks first.
 TEST_F(Borders, ListEditing) {
   const Bar before{100, 10, 3};
-  const struct {
-    int column;
-    const char *text;
-    Bar after;
-  } cases[] = {
+  const std::tuple<int, const char *, Bar> cases[] = {
+      // column, text, the bar after
       {0, "50", before},           {0, "251", before},    {0, "51", {51, 10, 3}},    {0, "250", {250, 10, 3}},
       {0, "120abc", {120, 10, 3}}, {0, "abc", before},    {1, "200", {100, 151, 3}}, {1, "201", before},
       {1, "-1", before},           {1, "0", {100, 0, 3}}, {2, "16", before},         {2, "-1", before},
       {2, "15", {100, 10, 15}},
   };
-  for (const auto &c : cases) {
+  for (const auto &[column, text, after] : cases) {
     set_bars(1, {before});
-    edit_cell(1, c.column, "0", c.text);
-    EXPECT_EQ(bars(1), Bars{c.after}) << "column " << c.column << " text '" << c.text << "'";
+    edit_cell(1, column, "0", text);
+    EXPECT_EQ(bars(1), Bars{after}) << "column " << column << " text '" << text << "'";
   }
   set_bars(1, {{60, 1, 1}, {100, 2, 2}});
   edit_cell(1, 0, "0", "150");

@@ -193,21 +193,18 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   ASSERT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
   constexpr unsigned kCtrl = GDK_CONTROL_MASK, kCtrlShift = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
   const Bars both{{100, 1, 10}, {101, 1, 13}}, first{{100, 1, 10}};
-  const struct {
-    unsigned keyval, state;
-    Bars painted;
-    int cursor;
-  } steps[] = {{GDK_e, GDK_MOD1_MASK | GDK_MOD2_MASK, first, 101},
-               {GDK_y, kCtrl, both, 102},
-               {GDK_Down, 0, both, 103},
-               {GDK_z, kCtrl, first, 101},
-               {GDK_z, kCtrl, {}, 100},
-               {GDK_Z, kCtrlShift, first, 101},
-               {GDK_Z, kCtrlShift, both, 103}};
-  for (const auto &step : steps) {
-    send_key(step.keyval, step.state);
-    EXPECT_EQ(lines(1), painted(step.painted)) << step.keyval << " " << step.state;
-    EXPECT_EQ(selection(1), (Selection{step.cursor, step.cursor, 0})) << step.keyval << " " << step.state;
+  // The key and its state; the lines painted after it, the cursor line.
+  const std::tuple<unsigned, unsigned, Bars, int> steps[] = {{GDK_e, GDK_MOD1_MASK | GDK_MOD2_MASK, first, 101},
+                                                             {GDK_y, kCtrl, both, 102},
+                                                             {GDK_Down, 0, both, 103},
+                                                             {GDK_z, kCtrl, first, 101},
+                                                             {GDK_z, kCtrl, {}, 100},
+                                                             {GDK_Z, kCtrlShift, first, 101},
+                                                             {GDK_Z, kCtrlShift, both, 103}};
+  for (const auto &[keyval, state, paint, cursor] : steps) {
+    send_key(keyval, state);
+    EXPECT_EQ(lines(1), painted(paint)) << keyval << " " << state;
+    EXPECT_EQ(selection(1), (Selection{cursor, cursor, 0})) << keyval << " " << state;
   }
   EXPECT_EQ(gtk_window_get_focus(GTK_WINDOW(window_main)), drawingarea_left_border);
 }

