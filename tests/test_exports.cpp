@@ -101,6 +101,11 @@ TEST_F(PrgExport, PlayerShowsThePictureAndPlaysTheBars) {
     ASSERT_EQ(kind.write(dir.file("out.prg").c_str()), 1);
     EXPECT_EQ(std::memcmp(&before, &picture_data, sizeof(PictureData)), 0);
     const std::string text = read_text(dir.file("out.prg"));
+    if (kind.reencode) {  // the option is honoured: the same image in other bytes
+      options_reencode_graphics = 0;
+      ASSERT_EQ(kind.write(dir.file("plain.prg").c_str()), 1);
+      EXPECT_NE(read_text(dir.file("plain.prg")), text);
+    }
 
     auto m = std::make_unique<C64>();
     ASSERT_TRUE(c64_start(m.get(), Bytes(text.begin(), text.end())));
