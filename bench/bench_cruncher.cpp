@@ -20,6 +20,7 @@
 #include "options.h"
 #include "rasterarray.h"
 #include "sfxrun.h"
+#include "state.h"
 
 namespace {
 

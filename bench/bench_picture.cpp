@@ -15,6 +15,7 @@
 #include "hiresdecoder.h"
 #include "rasterarray.h"
 #include "reencode.h"
+#include "state.h"
 
 namespace {
 

@@ -77,7 +77,7 @@ void update_bank(C64 *m) { m->vic.memory.bank = static_cast<uint16_t>((~cia_port
 
 // The end of one bus cycle: the chips run it, interrupt lines follow.
 void end_cycle(C64 *m) {
-  const uint64_t frames = m->vic.frames;
+  const uint64_t frames = m->vic.beam.frames;
   vic2_cycle(&m->vic);
   cia_cycle(&m->cia[0]);
   cia_cycle(&m->cia[1]);
@@ -85,7 +85,7 @@ void end_cycle(C64 *m) {
   const bool nmi = cia_irq(&m->cia[1]);
   if (nmi && !m->nmi_line) m->cpu.nmi = true;
   m->nmi_line = nmi;
-  if (m->vic.frames != frames) {
+  if (m->vic.beam.frames != frames) {
     m->last_border_writes.swap(m->border_writes);
     m->border_writes.clear();
   }
@@ -110,8 +110,8 @@ uint8_t io_read(C64 *m, uint16_t address) {
 void io_write(C64 *m, uint16_t address, uint8_t value) {
   if (address < kVicEnd) {
     if ((address & (VIC2_REGISTER_COUNT - 1)) == VIC2_BORDER)
-      m->border_writes.push_back(
-          {static_cast<uint16_t>(m->vic.line), static_cast<uint8_t>(m->vic.cycle), static_cast<uint8_t>(value & 15)});
+      m->border_writes.push_back({static_cast<uint16_t>(m->vic.beam.line), static_cast<uint8_t>(m->vic.beam.cycle),
+                                  static_cast<uint8_t>(value & 15)});
     vic2_write(&m->vic, address, value);
   } else if (address >= kColorRamStart && address < kCia1Start) {
     m->color_ram[address & (kC64ColorRamSize - 1)] = value & 15;
@@ -206,7 +206,7 @@ bool c64_start(C64 *m, const std::vector<uint8_t> &prg, Vic2Model model, std::st
   const std::pair<int, uint8_t> video[] = {
       {VIC2_CTRL1, 0x1B},        {VIC2_CTRL2, 0xC8},        {VIC2_MEMORY, 0x15},       {VIC2_BORDER, kLightBlue},
       {VIC2_BACKGROUND0, kBlue}, {VIC2_BACKGROUND0 + 1, 1}, {VIC2_BACKGROUND0 + 2, 2}, {VIC2_BACKGROUND0 + 3, 3}};
-  for (auto [reg, value] : video) m->vic.reg[reg] = m->vic.shown[reg] = value;
+  for (auto [reg, value] : video) m->vic.regs.reg[reg] = m->vic.drawing.shown[reg] = value;
   for (Cia &cia : m->cia) cia_init(&cia);
   m->cia[0].reg[CIA_TA_LO] = kCia1TimerPal & 0xFF;
   m->cia[0].reg[CIA_TA_HI] = kCia1TimerPal >> 8;
@@ -237,7 +237,7 @@ bool c64_start_file(C64 *m, const std::string &path, Vic2Model model, std::strin
 }
 
 void c64_run_frames(C64 *m, uint64_t frames) {
-  while (m->vic.frames < frames) {
+  while (m->vic.beam.frames < frames) {
     if (m->cpu.jammed)
       end_cycle(m);
     else
@@ -245,4 +245,4 @@ void c64_run_frames(C64 *m, uint64_t frames) {
   }
 }
 
-void c64_run_frame(C64 *m) { c64_run_frames(m, m->vic.frames + 1); }
+void c64_run_frame(C64 *m) { c64_run_frames(m, m->vic.beam.frames + 1); }

@@ -43,36 +43,37 @@ uint8_t fetch(const Vic2 *v, uint16_t address) {
 }
 
 bool bad_line(const Vic2 *v) {
-  const uint8_t ctrl1 = v->reg[VIC2_CTRL1];
-  if (v->line < kVic2FirstBadLine || v->line > kVic2LastBadLine) return false;
-  if (!v->den_seen && !(v->line == kVic2FirstBadLine && (ctrl1 & VIC2_CTRL1_DEN))) return false;
-  return (v->line & VIC2_CTRL1_YSCROLL) == (ctrl1 & VIC2_CTRL1_YSCROLL);
+  const uint8_t ctrl1 = v->regs.reg[VIC2_CTRL1];
+  if (v->beam.line < kVic2FirstBadLine || v->beam.line > kVic2LastBadLine) return false;
+  if (!v->video.den_seen && !(v->beam.line == kVic2FirstBadLine && (ctrl1 & VIC2_CTRL1_DEN))) return false;
+  return (v->beam.line & VIC2_CTRL1_YSCROLL) == (ctrl1 & VIC2_CTRL1_YSCROLL);
 }
 
 void check_raster_irq(Vic2 *v) {
-  if (v->line == v->raster_compare) v->irq_flags |= VIC2_IRQ_RASTER;
+  if (v->beam.line == v->regs.raster_compare) v->regs.irq_flags |= VIC2_IRQ_RASTER;
 }
 
 // The vertical flip-flop's two rules, applied in the last cycle of a line and at the left edge.
 void vertical_border_rules(Vic2 *v, uint8_t ctrl1) {
   const bool rsel = ctrl1 & VIC2_CTRL1_RSEL;
-  if (v->line == kVic2WindowBottom[rsel]) v->vertical_border = true;
-  if (v->line == kVic2WindowTop[rsel] && (ctrl1 & VIC2_CTRL1_DEN)) v->vertical_border = false;
+  if (v->beam.line == kVic2WindowBottom[rsel]) v->border.vertical = true;
+  if (v->beam.line == kVic2WindowTop[rsel] && (ctrl1 & VIC2_CTRL1_DEN)) v->border.vertical = false;
 }
 
 void apply_due_writes(Vic2 *v) {
-  while (v->pending_count && v->pending[v->pending_head].clock + kVic2WriteDelay <= v->clock) {
-    const Vic2::PendingWrite &w = v->pending[v->pending_head];
-    v->shown[w.reg] = w.value;
-    v->pending_head = (v->pending_head + 1) % std::size(v->pending);
-    v->pending_count--;
+  while (v->drawing.pending_count &&
+         v->drawing.pending[v->drawing.pending_head].clock + kVic2WriteDelay <= v->beam.clock) {
+    const Vic2PendingWrite &w = v->drawing.pending[v->drawing.pending_head];
+    v->drawing.shown[w.reg] = w.value;
+    v->drawing.pending_head = (v->drawing.pending_head + 1) % std::size(v->drawing.pending);
+    v->drawing.pending_count--;
   }
 }
 
 // The 8 pixels of graphics column k in the mode shown.
 void column_pixels(const Vic2 *v, int k, uint8_t px[8]) {
-  const uint8_t *s = v->shown;
-  const uint8_t g = v->graphics[k], c = v->matrix[k], colour = v->colours[k];
+  const uint8_t *s = v->drawing.shown;
+  const uint8_t g = v->video.graphics[k], c = v->video.matrix[k], colour = v->video.colours[k];
   const int mode = (s[VIC2_CTRL1] & (VIC2_CTRL1_ECM | VIC2_CTRL1_BMM)) | (s[VIC2_CTRL2] & VIC2_CTRL2_MCM);
   uint8_t pair[4];
   bool multi = false;
@@ -121,8 +122,8 @@ struct Sequencer {
 };
 
 uint8_t graphics_pixel(const Vic2 *v, Sequencer *seq, int x) {
-  const int offset = x - kVic2GraphicsLeft - (v->shown[VIC2_CTRL2] & VIC2_CTRL2_XSCROLL);
-  if (offset < 0 || offset >= 8 * kVic2Columns) return v->shown[VIC2_BACKGROUND0];
+  const int offset = x - kVic2GraphicsLeft - (v->drawing.shown[VIC2_CTRL2] & VIC2_CTRL2_XSCROLL);
+  if (offset < 0 || offset >= 8 * kVic2Columns) return v->drawing.shown[VIC2_BACKGROUND0];
   const int k = offset >> 3;
   if (k != seq->column) {
     column_pixels(v, k, seq->px);
@@ -135,92 +136,93 @@ uint8_t graphics_pixel(const Vic2 *v, Sequencer *seq, int x) {
 void draw(Vic2 *v) {
   apply_due_writes(v);
   const int width = v->model->cycles_per_line * 8;
-  int row = v->line, x = 8 * (v->cycle - 2);
-  if (v->cycle == 1) {
+  int row = v->beam.line, x = 8 * (v->beam.cycle - 2);
+  if (v->beam.cycle == 1) {
     row = row ? row - 1 : v->model->lines - 1;
     x = width - 8;
   }
-  uint8_t *out = v->frame[v->drawing] + row * width + x;
-  const uint8_t ctrl1 = v->shown[VIC2_CTRL1];
-  const bool csel = v->shown[VIC2_CTRL2] & VIC2_CTRL2_CSEL;
+  uint8_t *out = v->drawing.frame[v->drawing.current] + row * width + x;
+  const uint8_t ctrl1 = v->drawing.shown[VIC2_CTRL1];
+  const bool csel = v->drawing.shown[VIC2_CTRL2] & VIC2_CTRL2_CSEL;
   const int left = kVic2WindowLeft[csel], right = kVic2WindowRight[csel];
-  const uint8_t border = v->shown[VIC2_BORDER] & 15;
+  const uint8_t border = v->drawing.shown[VIC2_BORDER] & 15;
   const bool edge = (left >= x && left < x + 8) || (right >= x && right < x + 8);
-  if (!edge && v->main_border) {
+  if (!edge && v->border.main) {
     const uint64_t fill = border * kFill;
     std::memcpy(out, &fill, 8);
     return;
   }
   const int offset = x - kVic2GraphicsLeft;
-  if (!edge && !(v->shown[VIC2_CTRL2] & VIC2_CTRL2_XSCROLL) && offset >= 0 && offset < 8 * kVic2Columns) {
+  if (!edge && !(v->drawing.shown[VIC2_CTRL2] & VIC2_CTRL2_XSCROLL) && offset >= 0 && offset < 8 * kVic2Columns) {
     column_pixels(v, offset >> 3, out);  // a whole column in this cycle's 8 pixels
     return;
   }
   Sequencer seq;
   for (int i = 0; i < 8; i++) {
-    if (x + i == right) v->main_border = true;
+    if (x + i == right) v->border.main = true;
     if (x + i == left) {
       vertical_border_rules(v, ctrl1);
-      if (!v->vertical_border) v->main_border = false;
+      if (!v->border.vertical) v->border.main = false;
     }
-    out[i] = v->main_border ? border : graphics_pixel(v, &seq, x + i);
+    out[i] = v->border.main ? border : graphics_pixel(v, &seq, x + i);
   }
 }
 
 // The memory accesses of this cycle.
 void access(Vic2 *v, bool bad) {
-  const int c = v->cycle;
-  const uint8_t ctrl1 = v->reg[VIC2_CTRL1], memory = v->reg[VIC2_MEMORY];
+  const int c = v->beam.cycle;
+  const uint8_t ctrl1 = v->regs.reg[VIC2_CTRL1], memory = v->regs.reg[VIC2_MEMORY];
   if (c == kVic2VcLoadCycle) {
-    v->vc = v->vcbase;
-    v->vmli = 0;
-    if (bad) v->rc = 0;
+    v->video.vc = v->video.vcbase;
+    v->video.vmli = 0;
+    if (bad) v->video.rc = 0;
   }
   if (c >= kVic2FirstGraphicsCycle && c < kVic2FirstGraphicsCycle + kVic2Columns) {
     const int k = c - kVic2FirstGraphicsCycle;
     uint16_t address;
-    if (v->display_state) {
+    if (v->video.display_state) {
       if (ctrl1 & VIC2_CTRL1_BMM)
-        address = static_cast<uint16_t>((memory & VIC2_MEMORY_BITMAP) << 10 | v->vc << 3 | v->rc);
+        address = static_cast<uint16_t>((memory & VIC2_MEMORY_BITMAP) << 10 | v->video.vc << 3 | v->video.rc);
       else
-        address = static_cast<uint16_t>((memory & VIC2_MEMORY_CHARS) << 10 | v->matrix[v->vmli] << 3 | v->rc);
+        address = static_cast<uint16_t>((memory & VIC2_MEMORY_CHARS) << 10 | v->video.matrix[v->video.vmli] << 3 |
+                                        v->video.rc);
       if (ctrl1 & VIC2_CTRL1_ECM) address &= kEcmAddressMask;
-      v->graphics[k] = fetch(v, address);
-      v->vc = (v->vc + 1) & kVic2VcMask;
-      v->vmli++;
+      v->video.graphics[k] = fetch(v, address);
+      v->video.vc = (v->video.vc + 1) & kVic2VcMask;
+      v->video.vmli++;
     } else {
-      v->graphics[k] = fetch(v, ctrl1 & VIC2_CTRL1_ECM ? kIdleAddressEcm : kIdleAddress);
-      v->matrix[k] = v->colours[k] = 0;
+      v->video.graphics[k] = fetch(v, ctrl1 & VIC2_CTRL1_ECM ? kIdleAddressEcm : kIdleAddress);
+      v->video.matrix[k] = v->video.colours[k] = 0;
     }
   }
   // The c-access in the second half of the cycle reads what VC points at after the g-access.
   if (bad && c >= kVic2FirstMatrixCycle && c <= kVic2LastMatrixCycle) {
-    v->matrix[v->vmli] = fetch(v, static_cast<uint16_t>((memory & VIC2_MEMORY_MATRIX) << 6 | v->vc));
-    v->colours[v->vmli] = v->memory.color_ram[v->vc] & 15;
+    v->video.matrix[v->video.vmli] = fetch(v, static_cast<uint16_t>((memory & VIC2_MEMORY_MATRIX) << 6 | v->video.vc));
+    v->video.colours[v->video.vmli] = v->memory.color_ram[v->video.vc] & 15;
   }
   if (c == kVic2RowCounterCycle) {
-    if (v->rc == 7) {
-      v->vcbase = v->vc;
-      if (!bad) v->display_state = false;
+    if (v->video.rc == 7) {
+      v->video.vcbase = v->video.vc;
+      if (!bad) v->video.display_state = false;
     }
-    if (v->display_state) v->rc = (v->rc + 1) & 7;
+    if (v->video.display_state) v->video.rc = (v->video.rc + 1) & 7;
   }
 }
 
 void step_beam(Vic2 *v) {
-  v->clock++;
-  const int cycle = v->cycle + 1;
+  v->beam.clock++;
+  const int cycle = v->beam.cycle + 1;
   if (cycle <= v->model->cycles_per_line) {
-    v->cycle = cycle;
-    if (cycle == kVic2RasterIrqCycleLine0 && v->line == 0) check_raster_irq(v);
+    v->beam.cycle = cycle;
+    if (cycle == kVic2RasterIrqCycleLine0 && v->beam.line == 0) check_raster_irq(v);
     return;
   }
-  vertical_border_rules(v, v->reg[VIC2_CTRL1]);
-  v->cycle = 1;
-  if (++v->line == v->model->lines) {
-    v->line = 0;
-    v->vcbase = 0;
-    v->den_seen = false;
+  vertical_border_rules(v, v->regs.reg[VIC2_CTRL1]);
+  v->beam.cycle = 1;
+  if (++v->beam.line == v->model->lines) {
+    v->beam.line = 0;
+    v->video.vcbase = 0;
+    v->video.den_seen = false;
   } else {
     check_raster_irq(v);
   }
@@ -232,46 +234,46 @@ void vic2_init(Vic2 *v, Vic2Model model, Vic2Memory memory) {
   std::memset(static_cast<void *>(v), 0, sizeof *v);
   v->model = &vic2_models[model];
   v->memory = memory;
-  v->line = 0;
-  v->cycle = 1;
-  v->vertical_border = v->main_border = true;
+  v->beam.line = 0;
+  v->beam.cycle = 1;
+  v->border.vertical = v->border.main = true;
 }
 
 bool vic2_blocks(const Vic2 *v, bool write) {
-  const int c = v->cycle;
+  const int c = v->beam.cycle;
   if (c < (write ? kVic2FirstMatrixCycle : kVic2BaLowCycle) || c > kVic2LastMatrixCycle) return false;
   return bad_line(v);
 }
 
 void vic2_cycle(Vic2 *v) {
-  if (v->line == kVic2FirstBadLine && (v->reg[VIC2_CTRL1] & VIC2_CTRL1_DEN)) v->den_seen = true;
+  if (v->beam.line == kVic2FirstBadLine && (v->regs.reg[VIC2_CTRL1] & VIC2_CTRL1_DEN)) v->video.den_seen = true;
   const bool bad = bad_line(v);
-  if (bad) v->display_state = true;
+  if (bad) v->video.display_state = true;
   access(v, bad);
   draw(v);
-  if (v->cycle == 1 && v->line == 0) {
-    v->drawing ^= 1;
-    v->frames++;
+  if (v->beam.cycle == 1 && v->beam.line == 0) {
+    v->drawing.current ^= 1;
+    v->beam.frames++;
   }
   step_beam(v);
 }
 
-bool vic2_irq(const Vic2 *v) { return v->irq_flags & v->reg[VIC2_IRQ_MASK] & VIC2_IRQ_ALL; }
+bool vic2_irq(const Vic2 *v) { return v->regs.irq_flags & v->regs.reg[VIC2_IRQ_MASK] & VIC2_IRQ_ALL; }
 
 uint8_t vic2_peek(const Vic2 *v, int reg) {
   reg &= VIC2_REGISTER_COUNT - 1;
   switch (reg) {
-    case VIC2_CTRL1: return static_cast<uint8_t>((v->reg[reg] & 0x7F) | (v->line >> 1 & VIC2_CTRL1_RST8));
-    case VIC2_RASTER: return static_cast<uint8_t>(v->line);
-    case VIC2_CTRL2: return v->reg[reg] | 0xC0;
-    case VIC2_MEMORY: return v->reg[reg] | 0x01;
-    case VIC2_IRQ_FLAGS: return static_cast<uint8_t>(v->irq_flags | 0x70 | (vic2_irq(v) ? VIC2_IRQ_ANY : 0));
-    case VIC2_IRQ_MASK: return v->reg[reg] | 0xF0;
+    case VIC2_CTRL1: return static_cast<uint8_t>((v->regs.reg[reg] & 0x7F) | (v->beam.line >> 1 & VIC2_CTRL1_RST8));
+    case VIC2_RASTER: return static_cast<uint8_t>(v->beam.line);
+    case VIC2_CTRL2: return v->regs.reg[reg] | 0xC0;
+    case VIC2_MEMORY: return v->regs.reg[reg] | 0x01;
+    case VIC2_IRQ_FLAGS: return static_cast<uint8_t>(v->regs.irq_flags | 0x70 | (vic2_irq(v) ? VIC2_IRQ_ANY : 0));
+    case VIC2_IRQ_MASK: return v->regs.reg[reg] | 0xF0;
     case VIC2_SPRITE_COLLISIONS:
     case VIC2_DATA_COLLISIONS: return 0;
     default:
       if (reg > VIC2_LAST_COLOUR) return 0xFF;
-      return reg >= VIC2_BORDER ? v->reg[reg] | 0xF0 : v->reg[reg];
+      return reg >= VIC2_BORDER ? v->regs.reg[reg] | 0xF0 : v->regs.reg[reg];
   }
 }
 
@@ -281,32 +283,33 @@ void vic2_write(Vic2 *v, int reg, uint8_t value) {
   reg &= VIC2_REGISTER_COUNT - 1;
   switch (reg) {
     case VIC2_CTRL1:
-      v->raster_compare = static_cast<uint16_t>((v->raster_compare & 0xFF) | (value & VIC2_CTRL1_RST8) << 1);
+      v->regs.raster_compare = static_cast<uint16_t>((v->regs.raster_compare & 0xFF) | (value & VIC2_CTRL1_RST8) << 1);
       check_raster_irq(v);
       break;
     case VIC2_RASTER:
-      v->raster_compare = static_cast<uint16_t>((v->raster_compare & 0x100) | value);
+      v->regs.raster_compare = static_cast<uint16_t>((v->regs.raster_compare & 0x100) | value);
       check_raster_irq(v);
       return;
-    case VIC2_IRQ_FLAGS: v->irq_flags &= ~value & VIC2_IRQ_ALL; return;
+    case VIC2_IRQ_FLAGS: v->regs.irq_flags &= ~value & VIC2_IRQ_ALL; return;
     case VIC2_IRQ_MASK: value &= VIC2_IRQ_ALL; break;
     default:
       if (reg > VIC2_LAST_COLOUR) return;
       if (reg >= VIC2_BORDER) value &= 15;
   }
-  v->reg[reg] = value;
+  v->regs.reg[reg] = value;
   if (!is_delayed(reg)) return;
-  if (v->pending_count == std::size(v->pending)) {  // cannot happen at one write per cycle
-    v->shown[v->pending[v->pending_head].reg] = v->pending[v->pending_head].value;
-    v->pending_head = (v->pending_head + 1) % std::size(v->pending);
-    v->pending_count--;
+  if (v->drawing.pending_count == std::size(v->drawing.pending)) {  // cannot happen at one write per cycle
+    v->drawing.shown[v->drawing.pending[v->drawing.pending_head].reg] =
+        v->drawing.pending[v->drawing.pending_head].value;
+    v->drawing.pending_head = (v->drawing.pending_head + 1) % std::size(v->drawing.pending);
+    v->drawing.pending_count--;
   }
-  const int slot = (v->pending_head + v->pending_count) % std::size(v->pending);
-  v->pending[slot] = {v->clock, static_cast<uint8_t>(reg), value};
-  v->pending_count++;
+  const int slot = (v->drawing.pending_head + v->drawing.pending_count) % std::size(v->drawing.pending);
+  v->drawing.pending[slot] = {v->beam.clock, static_cast<uint8_t>(reg), value};
+  v->drawing.pending_count++;
 }
 
-const uint8_t *vic2_frame(const Vic2 *v) { return v->frame[v->drawing ^ 1]; }
+const uint8_t *vic2_frame(const Vic2 *v) { return v->drawing.frame[v->drawing.current ^ 1]; }
 
 int vic2_frame_width(const Vic2 *v) { return v->model->cycles_per_line * 8; }
 

@@ -104,32 +104,51 @@ struct Vic2Memory {
   uint16_t bank;  // $0000, $4000, $8000 or $C000
 };
 
+// A register write on its way to the drawing.
+struct Vic2PendingWrite {
+  uint64_t clock;
+  uint8_t reg, value;
+};
+
+// The chip's state, grouped by the unit that keeps it.
 struct Vic2 {
   const Vic2ModelInfo *model;
+  // Raster and cycle counters: where the beam is, and how far the chip has run.
+  struct Beam {
+    int line, cycle;  // raster line and cycle 1..cycles_per_line
+    uint64_t clock;   // cycles since power-on
+    uint64_t frames;  // frames completed
+  } beam;
+  // The border unit's flip-flops.
+  struct Border {
+    bool vertical, main;
+  } border;
+  // Memory pointers: what the chip's accesses read.
   Vic2Memory memory;
-  uint8_t reg[VIC2_REGISTER_COUNT];  // as last written
-  int line, cycle;                   // the beam: raster line and cycle 1..cycles_per_line
-  uint64_t clock;                    // cycles since power-on
-  uint64_t frames;                   // frames completed
-  uint16_t raster_compare;
-  uint8_t irq_flags;
-  bool den_seen;       // DEN was set in some cycle of line $30: this frame has bad lines
-  bool display_state;  // else idle
-  uint16_t vc, vcbase;
-  uint8_t rc, vmli;
-  bool vertical_border, main_border;
-  uint8_t matrix[kVic2Columns], colours[kVic2Columns], graphics[kVic2Columns];
-  // What the drawing sees: the colour and mode registers kVic2WriteDelay cycles ago, and the
-  // writes still on their way.
-  uint8_t shown[VIC2_REGISTER_COUNT];
-  struct PendingWrite {
-    uint64_t clock;
-    uint8_t reg, value;
-  } pending[8];
-  uint8_t pending_head, pending_count;
-  // Two frames: one being drawn, one complete.
-  uint8_t frame[2][kVic2MaxFrameWidth * kVic2MaxLines];
-  uint8_t drawing;  // index of the frame being drawn
+  // The registers as last written, the raster compare value and the interrupt latch.
+  struct Registers {
+    uint8_t reg[VIC2_REGISTER_COUNT];
+    uint16_t raster_compare;
+    uint8_t irq_flags;
+  } regs;
+  // The video matrix and graphics accesses: counters, states and the data of this row.
+  struct Video {
+    bool den_seen;       // DEN was set in some cycle of line $30: this frame has bad lines
+    bool display_state;  // else idle
+    uint16_t vc, vcbase;
+    uint8_t rc, vmli;
+    uint8_t matrix[kVic2Columns], colours[kVic2Columns], graphics[kVic2Columns];
+  } video;
+  // The drawing: the colour and mode registers as it sees them (kVic2WriteDelay cycles
+  // late) with the writes still on their way, and two frames, one being drawn (`current`)
+  // and one complete.
+  struct Drawing {
+    uint8_t shown[VIC2_REGISTER_COUNT];
+    Vic2PendingWrite pending[8];
+    uint8_t pending_head, pending_count;
+    uint8_t frame[2][kVic2MaxFrameWidth * kVic2MaxLines];
+    uint8_t current;
+  } drawing;
 };
 
 // Powers the chip on at cycle 1 of line 0 with all registers zero.

@@ -9,6 +9,7 @@
 
 #include "fuzz_common.h"
 #include "options.h"
+#include "state.h"
 #include "support.h"
 
 namespace {

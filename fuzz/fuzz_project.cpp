@@ -10,13 +10,12 @@
 #include <array>
 #include <cstdlib>
 
-#include "callbacks.h"
 #include "fuzz_common.h"
-#include "main.h"
 #include "options.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "state.h"
 #include "support.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include "c64pixbufs.h"
 
 #include "c64_charsets_xpm.h"
+#include "state.h"
 
 int set_uppercase = 1;
 GdkPixbuf *uppercase_fonts = nullptr;

@@ -3,7 +3,6 @@
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
-extern int set_uppercase;
 extern GdkPixbuf *uppercase_fonts;
 extern GdkPixbuf *lowercase_fonts;
 extern GdkPixbuf *uppercase_font_array[256];

@@ -1,39 +1,15 @@
-// callbacks: every signal handler of the main window, the picture, project and export
-// commands, the screen view, and the state those commands own.
+// callbacks: every signal handler of the main window and the picture, project and export
+// commands behind them. The state they share is declared in state.h.
 #pragma once
 
 #include <gtk/gtk.h>
 
 #include <vector>
 
-#include "geometry.h"
-#include "hiresdecoder.h"
-
-extern int picture_loaded;
-extern GdkPixbuf *pixbuf_picture;
-extern int border_color_index;
-extern cairo_surface_t *surface_border_color;
-extern char *utf8_path_and_filename_picture;
-extern char *utf8_path_and_filename_project;
-// The active input mode: 1 Extended (the bar lists), 0 Compact (the line arrays). Only the
-// input-mode menu items change it, and they keep options_input_mode equal to it.
-extern int interface_extended;
-
-extern GtkWidget *drawingarea_upper_border;
-extern GtkWidget *drawingarea_lower_border;
-extern GtkWidget *drawingarea_left_border;
-extern GtkWidget *drawingarea_right_border;
-extern GtkWidget *drawingarea_picture;
-extern GtkWidget *drawingarea_border_color;
-
 // Shutdown.
 void cleanup_before_quitting(void);
 void on_menuitem_quit_activate(GtkMenuItem *menuitem, gpointer user_data);
 gboolean on_window_main_delete_event(GtkWidget *widget, GdkEvent *event, gpointer user_data);
-
-// Screen view.
-void set_zoom_level(void);
-void redraw_all_areas(void);
 
 // Picture and project commands.
 // True when a picture is loaded; else reports " Info: First open a picture or project".
@@ -50,12 +26,12 @@ int export_petscii_to_executable(const char *filename);
 void export_get_bar_tables(unsigned char *left, unsigned char *right);
 // The bytes the export of the current picture's kind writes (uncompressed); 0 for no kind.
 int export_build_executable(std::vector<unsigned char> *prg);
-// Runs the cruncher on the written PRG, replacing it; 1 when it ended with status 0.
+// Runs the cruncher on the written PRG, replacing it, with the watch cursor shown; 1 when
+// it ended with status 0.
 int export_run_cruncher(const char *filename);
 
-// PNG export: the 384 x 272 screenshot of the screen with its bars (the caller destroys
-// it), and writing it to `filename` with a status message; 1 when written.
-cairo_surface_t *export_png_compose(void);
+// PNG export: writes the 384 x 272 screenshot of the screen with its bars to `filename`
+// and reports it in the status bar; 1 when written.
 int export_png_to_file(const char *filename);
 
 // Menu items.
@@ -80,8 +56,6 @@ void on_menuitem_reencode_graphics_activate(GtkMenuItem *menuitem, gpointer user
 void on_menuitem_select_left_border_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_select_right_border_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_tools_auto_expand_picture_activate(GtkMenuItem *menuitem, gpointer user_data);
-// The About box handler lives in controls.cpp with the rest of the user feedback.
-void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data);
 
 // Tool buttons.
 void on_toolbutton_add_bar_left_clicked(GtkToolButton *toolbutton, gpointer user_data);

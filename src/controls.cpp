@@ -4,17 +4,16 @@
 // of the loaded options to the menus at start-up.
 //
 // Owns no state of its own. May touch: window_main and the widgets registered on it
-// (through lookup_widget), the option globals (read only).
+// (through lookup_widget), the dialogs it builds (dialogs.h), the option globals (read
+// only).
 #include "controls.h"
 
 #include <array>
 #include <string>
 
-#include "callbacks.h"
-#include "interface.h"
-#include "main.h"
-#include "options.h"
+#include "dialogs.h"
 #include "rasters_icon_xpm.h"
+#include "state.h"
 #include "support.h"
 
 namespace {
@@ -77,6 +76,29 @@ void controls_report_error(const GError *error, const char *fallback) {
   OwnedString message(g_strdup_printf(" Error: %s", text));
   controls_update_main_statusbar(message.get());
   controls_show_message_dialog(text, GTK_MESSAGE_ERROR);
+}
+
+namespace {
+
+// GLib writes a file through a temporary one beside it and names that one ("p.ini.I1SCZ3")
+// when it cannot be created: the message is given the file the user chose instead.
+std::string message_naming(const char *message, const char *path) {
+  std::string text = message;
+  OwnedString shown(g_filename_display_name(path));
+  const std::string temporary = std::string(shown.get()) + ".";
+  constexpr std::size_t kSuffix = 7;  // "." and the six random characters
+  const std::size_t at = text.find(temporary);
+  if (at != std::string::npos && at + temporary.size() - 1 + kSuffix <= text.size())
+    text.erase(at + temporary.size() - 1, kSuffix);
+  return text;
+}
+
+}  // namespace
+
+void controls_report_write_error(GError *error, const char *path, const char *fallback) {
+  OwnedError owned(error);
+  const std::string text = owned ? message_naming(owned->message, path) : fallback;
+  controls_report_error(nullptr, text.c_str());
 }
 
 int controls_get_user_confirmation(const char *question) {

@@ -4,8 +4,6 @@
 
 #include <gtk/gtk.h>
 
-#define QUILLBAR_NAME_VERSION "Quillbar 1.4.2"
-
 void controls_update_main_window_title(const char *name);
 void controls_update_main_statusbar(const char *text);
 void controls_show_message_dialog(const char *message, int type);
@@ -13,6 +11,11 @@ void controls_show_message_dialog(const char *message, int type);
 // error's message (`fallback` when there is no error object) and an error box showing it.
 void controls_report_info(const char *text);
 void controls_report_error(const GError *error, const char *fallback);
+// Reports a failed write of `path` the same way, taking the error (which may be null; then
+// `fallback` is shown), with the message naming `path` rather than a temporary file.
+void controls_report_write_error(GError *error, const char *path, const char *fallback);
 int controls_get_user_confirmation(const char *question);
 void controls_adjust_from_options(void);
 void controls_attach_icon_to_window(GtkWidget *window);
+// Help > About: the About box.
+void on_menuitem_about_activate(GtkMenuItem *menuitem, gpointer user_data);

@@ -3,15 +3,17 @@
 //
 // Owns: filter_lastopen (the picture chooser's last filter, for this run only). May touch:
 // the three directory options (replaced when a chooser is accepted) and the dialogs it
-// builds. The choosers never read or write the chosen files.
+// builds (dialogs.h); reads the picture and project paths to suggest an export's name.
+// The choosers never read or write the chosen files.
 #include "fileopen.h"
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
+#include "dialogs.h"
 #include "hiresdecoder.h"
-#include "interface.h"
-#include "options.h"
+#include "state.h"
 #include "support.h"
 
 namespace {
@@ -153,4 +155,35 @@ void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview)
   OwnedPixbuf shown(image);
   if (shown) gtk_image_set_from_pixbuf(GTK_IMAGE(preview), shown.get());
   gtk_file_chooser_set_preview_widget_active(chooser, ok == 1);
+}
+
+namespace {
+
+// The name offered in an export chooser: the project's file name, or else the picture's,
+// with its extension (from the last ".") replaced by `extension`.
+OwnedString suggested_export_name(const char *extension) {
+  const char *path = utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
+  if (!path) return nullptr;
+  OwnedString base(g_path_get_basename(path));
+  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+  return OwnedString(g_strconcat(base.get(), extension, nullptr));
+}
+
+// The chosen name, with `extension` appended unless it already ends in it, in lower or
+// upper case.
+OwnedString export_name_with_extension(const char *chosen, const char *extension) {
+  OwnedString upper(g_ascii_strup(extension, -1));
+  const bool has = g_str_has_suffix(chosen, extension) || g_str_has_suffix(chosen, upper.get());
+  return OwnedString(has ? g_strdup(chosen) : g_strconcat(chosen, extension, nullptr));
+}
+
+}  // namespace
+
+char *fileopen_choose_export_name(int (*chooser)(const char *, char **), const char *extension) {
+  OwnedString suggestion = suggested_export_name(extension);
+  char *chosen = nullptr;
+  const bool picked = chooser(suggestion.get(), &chosen) == 1;
+  OwnedString chosen_name(chosen);
+  if (!picked || !chosen_name) return nullptr;
+  return export_name_with_extension(chosen_name.get(), extension).release();
 }

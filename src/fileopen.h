@@ -13,3 +13,9 @@ int fileopen_save_png_file(const char *suggested_name, char **path);
 int fileopen_save_executable_file(const char *suggested_name, char **path);
 // The picture chooser's preview: the selected file decoded as a C64 picture, or hidden.
 void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview);
+
+// Runs the export `chooser`, offering the project's file name (or else the picture's) with
+// its extension replaced by `extension`. The file to write, which is the chosen name with
+// `extension` appended unless it already ends in it in lower or upper case (the caller
+// frees it); null when the user cancelled.
+char *fileopen_choose_export_name(int (*chooser)(const char *, char **), const char *extension);

@@ -36,6 +36,17 @@ constexpr int png_height = 272;
 constexpr int png_first_column = (screen_width - png_width) / 2;  // 16
 constexpr int png_first_line = 16;
 
+// A bar as both input modes and the project file hand it over: first line, number of
+// lines, colour.
+struct LineRun {
+  int start;
+  int height;
+  int color;
+};
+
+// The side borders, as the functions that take a side number them.
+enum BorderSide : int { side_right = 0, side_left = 1 };
+
 // The y position of raster line `line` in a side border area at `zoom`.
 constexpr int line_y(int line, int zoom) { return (line - first_shown_line) * zoom; }
 

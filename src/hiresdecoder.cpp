@@ -17,6 +17,7 @@
 
 #include "c64pixbufs.h"
 #include "pixbufs.h"
+#include "state.h"
 #include "support.h"
 
 PictureData picture_data = {};

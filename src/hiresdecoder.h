@@ -14,8 +14,6 @@ struct PictureData {
   guint32 format;
 };
 
-extern PictureData picture_data;
-
 // What a picture holds, which picks the player of the executable export.
 enum class PictureKind { none, petscii, hires, multicolor };
 

@@ -1,10 +1,10 @@
-// interface: construction of the main window, the two file choosers and the yes/no
-// question box. The menus, the tool bar and the signal wiring are data tables walked by
-// one builder each; the rest of the tree is built by hand below. Every widget is
-// registered under its name on its toplevel, so that lookup_widget finds it.
+// interface: construction of the main window. The menus, the tool bar and the signal
+// wiring are data tables walked by one builder each; the rest of the tree is built by hand
+// below. Every widget is registered under its name on its toplevel, so that lookup_widget
+// finds it. The dialogs are built in dialogs.cpp.
 //
-// Owns nothing at run time; connects the handlers of callbacks.h (and the About handler
-// of controls, the preview's menu handler) and touches no global state.
+// Owns nothing at run time; connects the handlers of callbacks, controls (About), preview,
+// rampdialog and undo, and touches no global state. Only start-up includes it.
 #include "interface.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -13,13 +13,11 @@
 #include <tuple>
 
 #include "callbacks.h"
+#include "controls.h"
 #include "preview.h"
 #include "rampdialog.h"
 #include "support.h"
 #include "undo.h"
-
-#define _(text) g_dgettext("quillbar", text)
-#define N_(text) (text)
 
 namespace {
 
@@ -157,14 +155,6 @@ const SignalRow kSignalRows[] = {
     {"drawingarea_border_color", "button_press_event", G_CALLBACK(on_drawingarea_border_color_button_press_event)},
 };
 
-// Registers `widget` under `name` on `toplevel` (holding a reference) and shows it unless
-// told otherwise; returns the widget for chaining.
-GtkWidget *named(GtkWidget *toplevel, GtkWidget *widget, const char *name, bool show = true) {
-  if (show) gtk_widget_show(widget);
-  GLADE_HOOKUP_OBJECT(toplevel, widget, name);
-  return widget;
-}
-
 GtkWidget *registered(GtkWidget *toplevel, const char *name) {
   return GTK_WIDGET(g_object_get_data(G_OBJECT(toplevel), name));
 }
@@ -193,11 +183,12 @@ GtkWidget *new_menu_item(const MenuRow &row, GtkAccelGroup *accel_group, std::ar
 void build_menus(GtkWidget *window, GtkWidget *menubar, GtkAccelGroup *accel_group, GtkTooltips *tooltips) {
   std::array<GSList *, 4> groups{};
   for (const MenuRow &row : kMenuRows) {
-    GtkWidget *item = named(window, new_menu_item(row, accel_group, groups), row.name);
+    GtkWidget *item = support_named_widget(window, new_menu_item(row, accel_group, groups), row.name);
     gtk_container_add(GTK_CONTAINER(row.parent ? registered(window, row.parent) : menubar), item);
 
     if (row.kind == Kind::Image) {
-      GtkWidget *image = named(window, gtk_image_new_from_stock(row.stock, GTK_ICON_SIZE_MENU), row.image);
+      GtkWidget *image =
+          support_named_widget(window, gtk_image_new_from_stock(row.stock, GTK_ICON_SIZE_MENU), row.image);
       gtk_image_menu_item_set_image(GTK_IMAGE_MENU_ITEM(item), image);
     }
     if (row.kind == Kind::Separator) gtk_widget_set_sensitive(item, FALSE);
@@ -205,7 +196,8 @@ void build_menus(GtkWidget *window, GtkWidget *menubar, GtkAccelGroup *accel_gro
       gtk_check_menu_item_set_active(GTK_CHECK_MENU_ITEM(item), row.active);
     if (row.key) gtk_widget_add_accelerator(item, "activate", accel_group, row.key, row.mods, GTK_ACCEL_VISIBLE);
     if (row.tooltip) gtk_tooltips_set_tip(tooltips, item, _(row.tooltip), nullptr);
-    if (row.submenu) gtk_menu_item_set_submenu(GTK_MENU_ITEM(item), named(window, gtk_menu_new(), row.submenu, false));
+    if (row.submenu)
+      gtk_menu_item_set_submenu(GTK_MENU_ITEM(item), support_named_widget(window, gtk_menu_new(), row.submenu, false));
   }
 }
 
@@ -221,7 +213,7 @@ void build_toolbar(GtkWidget *window, GtkWidget *toolbar, GtkTooltips *tooltips)
     } else {
       item = gtk_separator_tool_item_new();
     }
-    gtk_container_add(GTK_CONTAINER(toolbar), named(window, GTK_WIDGET(item), row.name));
+    gtk_container_add(GTK_CONTAINER(toolbar), support_named_widget(window, GTK_WIDGET(item), row.name));
   }
 }
 
@@ -245,8 +237,8 @@ GtkWidget *new_drawing_area(int width, int height, gint events, bool focusable) 
 // An aspect frame without label holding a stretching alignment, the frame used around
 // the screen view and around the colour picker.
 GtkWidget *new_aspect_frame(GtkWidget *window, const char *frame_name, const char *alignment_name, GtkWidget *child) {
-  GtkWidget *frame = named(window, gtk_aspect_frame_new(nullptr, 0.5, 0.5, 1.0, TRUE), frame_name);
-  GtkWidget *alignment = named(window, gtk_alignment_new(0.5, 0.5, 1.0, 1.0), alignment_name);
+  GtkWidget *frame = support_named_widget(window, gtk_aspect_frame_new(nullptr, 0.5, 0.5, 1.0, TRUE), frame_name);
+  GtkWidget *alignment = support_named_widget(window, gtk_alignment_new(0.5, 0.5, 1.0, 1.0), alignment_name);
   gtk_container_add(GTK_CONTAINER(frame), alignment);
   gtk_container_add(GTK_CONTAINER(alignment), child);
   return frame;
@@ -254,18 +246,18 @@ GtkWidget *new_aspect_frame(GtkWidget *window, const char *frame_name, const cha
 
 GtkWidget *new_raster_list(GtkWidget *window, const char *box_name, const char *label_name, const char *label,
                            int label_xpad, const char *scrolled_name, const char *treeview_name) {
-  GtkWidget *box = named(window, gtk_vbox_new(FALSE, 0), box_name);
-  GtkWidget *title = named(window, gtk_label_new(label), label_name);
+  GtkWidget *box = support_named_widget(window, gtk_vbox_new(FALSE, 0), box_name);
+  GtkWidget *title = support_named_widget(window, gtk_label_new(label), label_name);
   gtk_label_set_justify(GTK_LABEL(title), GTK_JUSTIFY_CENTER);
   gtk_misc_set_padding(GTK_MISC(title), label_xpad, 0);
   pack(box, title, false, false);
 
-  GtkWidget *scrolled = named(window, gtk_scrolled_window_new(nullptr, nullptr), scrolled_name);
+  GtkWidget *scrolled = support_named_widget(window, gtk_scrolled_window_new(nullptr, nullptr), scrolled_name);
   gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), GTK_POLICY_AUTOMATIC, GTK_POLICY_AUTOMATIC);
   gtk_scrolled_window_set_shadow_type(GTK_SCROLLED_WINDOW(scrolled), GTK_SHADOW_IN);
   pack(box, scrolled, true, true);
 
-  GtkWidget *treeview = named(window, gtk_tree_view_new(), treeview_name);
+  GtkWidget *treeview = support_named_widget(window, gtk_tree_view_new(), treeview_name);
   gtk_tree_view_set_enable_search(GTK_TREE_VIEW(treeview), FALSE);
   gtk_container_add(GTK_CONTAINER(scrolled), treeview);
   return box;
@@ -287,37 +279,39 @@ GtkWidget *create_window_main(void) {
   GLADE_HOOKUP_OBJECT_NO_REF(window, tooltips, "tooltips");
   GtkAccelGroup *accel_group = gtk_accel_group_new();
 
-  GtkWidget *vbox_topmost = named(window, gtk_vbox_new(FALSE, 0), "vbox_topmost");
+  GtkWidget *vbox_topmost = support_named_widget(window, gtk_vbox_new(FALSE, 0), "vbox_topmost");
   gtk_container_add(GTK_CONTAINER(window), vbox_topmost);
 
-  GtkWidget *menubar = named(window, gtk_menu_bar_new(), "menubar_main");
+  GtkWidget *menubar = support_named_widget(window, gtk_menu_bar_new(), "menubar_main");
   pack(vbox_topmost, menubar, false, false);
   build_menus(window, menubar, accel_group, tooltips);
 
-  GtkWidget *hbox_topmost = named(window, gtk_hbox_new(FALSE, 0), "hbox_topmost");
+  GtkWidget *hbox_topmost = support_named_widget(window, gtk_hbox_new(FALSE, 0), "hbox_topmost");
   pack(vbox_topmost, hbox_topmost, true, true);
 
   // The simulated screen: left border | upper border, picture, lower border | right border.
-  GtkWidget *hbox_areas = named(window, gtk_hbox_new(FALSE, 0), "hbox_drawingareas");
+  GtkWidget *hbox_areas = support_named_widget(window, gtk_hbox_new(FALSE, 0), "hbox_drawingareas");
   pack(hbox_topmost, new_aspect_frame(window, "aspectframe_drawingareas", "alignment_drawingareas", hbox_areas), false,
        true);
   auto side_border = [&](const char *name) {
-    pack(hbox_areas, named(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true), name),
+    pack(hbox_areas,
+         support_named_widget(window, new_drawing_area(vert_border_width, vert_border_height, kBorderEvents, true),
+                              name),
          false, true);
   };
   side_border("drawingarea_left_border");
-  GtkWidget *vbox_areas = named(window, gtk_vbox_new(FALSE, 0), "vbox_drawingareas");
+  GtkWidget *vbox_areas = support_named_widget(window, gtk_vbox_new(FALSE, 0), "vbox_drawingareas");
   pack(hbox_areas, vbox_areas, false, true);
   for (auto [name, width, height] : {std::tuple{"drawingarea_upper_border", horiz_border_width, horiz_border_height},
                                      std::tuple{"drawingarea_picture", picture_width, picture_height},
                                      std::tuple{"drawingarea_lower_border", horiz_border_width, horiz_border_height}})
-    pack(vbox_areas, named(window, new_drawing_area(width, height, 0, false), name), true, true);
+    pack(vbox_areas, support_named_widget(window, new_drawing_area(width, height, 0, false), name), true, true);
   side_border("drawingarea_right_border");
 
   // The Extended mode's controls: tool bar and the two bar lists.
-  GtkWidget *hbox_controls = named(window, gtk_hbox_new(FALSE, 0), "hbox_controls");
+  GtkWidget *hbox_controls = support_named_widget(window, gtk_hbox_new(FALSE, 0), "hbox_controls");
   pack(hbox_topmost, hbox_controls, true, true);
-  GtkWidget *toolbar = named(window, gtk_toolbar_new(), "toolbar_main");
+  GtkWidget *toolbar = support_named_widget(window, gtk_toolbar_new(), "toolbar_main");
   gtk_toolbar_set_style(GTK_TOOLBAR(toolbar), GTK_TOOLBAR_BOTH);
   gtk_toolbar_set_orientation(GTK_TOOLBAR(toolbar), GTK_ORIENTATION_VERTICAL);
   pack(hbox_controls, toolbar, false, false);
@@ -332,16 +326,17 @@ GtkWidget *create_window_main(void) {
        true, true);
 
   // Border colour picker.
-  GtkWidget *hbox_zoom = named(window, gtk_hbox_new(FALSE, 0), "hbox_zoom");
+  GtkWidget *hbox_zoom = support_named_widget(window, gtk_hbox_new(FALSE, 0), "hbox_zoom");
   pack(vbox_topmost, hbox_zoom, false, false);
-  GtkWidget *label_border_color = named(window, gtk_label_new(_("Base color: ")), "label_border_color");
+  GtkWidget *label_border_color = support_named_widget(window, gtk_label_new(_("Base color: ")), "label_border_color");
   gtk_misc_set_padding(GTK_MISC(label_border_color), 5, 0);
   pack(hbox_zoom, label_border_color, false, false);
-  GtkWidget *picker = named(window, new_drawing_area(palette_width, palette_height, GDK_BUTTON_PRESS_MASK, false),
-                            "drawingarea_border_color");
+  GtkWidget *picker =
+      support_named_widget(window, new_drawing_area(palette_width, palette_height, GDK_BUTTON_PRESS_MASK, false),
+                           "drawingarea_border_color");
   pack(hbox_zoom, new_aspect_frame(window, "aspectframe_border_color", "alignment_border_color", picker), false, false);
 
-  GtkWidget *statusbar = named(window, gtk_statusbar_new(), "statusbar_main");
+  GtkWidget *statusbar = support_named_widget(window, gtk_statusbar_new(), "statusbar_main");
   gtk_statusbar_set_has_resize_grip(GTK_STATUSBAR(statusbar), FALSE);
   pack(vbox_topmost, statusbar, false, false);
 
@@ -349,71 +344,4 @@ GtkWidget *create_window_main(void) {
   gtk_window_add_accel_group(GTK_WINDOW(window), accel_group);
   g_object_unref(accel_group);  // the window holds its own reference
   return window;
-}
-
-namespace {
-
-struct ChooserRow {
-  const char *name, *title;
-  GtkFileChooserAction action;
-  const char *vbox_name, *action_area_name;
-  const char *cancel_name, *ok_name, *ok_stock;
-};
-
-GtkWidget *new_file_chooser(const ChooserRow &row) {
-  GtkWidget *dialog = gtk_file_chooser_dialog_new(_(row.title), nullptr, row.action, nullptr, nullptr);
-  gtk_container_set_border_width(GTK_CONTAINER(dialog), 5);
-  gtk_window_set_position(GTK_WINDOW(dialog), GTK_WIN_POS_CENTER);
-  gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
-  gtk_window_set_type_hint(GTK_WINDOW(dialog), GDK_WINDOW_TYPE_HINT_DIALOG);
-  GLADE_HOOKUP_OBJECT_NO_REF(dialog, dialog, row.name);
-
-  named(dialog, GTK_DIALOG(dialog)->vbox, row.vbox_name);
-  GtkWidget *action_area = named(dialog, GTK_DIALOG(dialog)->action_area, row.action_area_name);
-  gtk_button_box_set_layout(GTK_BUTTON_BOX(action_area), GTK_BUTTONBOX_END);
-
-  GtkWidget *cancel = named(dialog, gtk_button_new_from_stock("gtk-cancel"), row.cancel_name);
-  gtk_dialog_add_action_widget(GTK_DIALOG(dialog), cancel, GTK_RESPONSE_CANCEL);
-  GTK_WIDGET_SET_FLAGS(cancel, GTK_CAN_DEFAULT);
-  GtkWidget *ok = named(dialog, gtk_button_new_from_stock(row.ok_stock), row.ok_name);
-  gtk_dialog_add_action_widget(GTK_DIALOG(dialog), ok, GTK_RESPONSE_OK);
-  GTK_WIDGET_SET_FLAGS(ok, GTK_CAN_DEFAULT);
-  gtk_widget_grab_default(ok);
-  return dialog;
-}
-
-}  // namespace
-
-GtkWidget *create_filechooserdialog_open(void) {
-  return new_file_chooser({"filechooserdialog_open", N_("Open picture file"), GTK_FILE_CHOOSER_ACTION_OPEN,
-                           "dialog_vbox1", "dialog_action_area1", "button1", "button2", "gtk-open"});
-}
-
-GtkWidget *create_filechooserdialog_save(void) {
-  return new_file_chooser({"filechooserdialog_save", N_("Save work to file"), GTK_FILE_CHOOSER_ACTION_SAVE,
-                           "dialog_vbox2", "dialog_action_area2", "button3", "button4", "gtk-save"});
-}
-
-GtkWidget *create_dialog_yes_no_confirmation(void) {
-  GtkWidget *dialog = gtk_dialog_new();
-  gtk_window_set_title(GTK_WINDOW(dialog), _("Confirmation request"));
-  gtk_window_set_position(GTK_WINDOW(dialog), GTK_WIN_POS_CENTER);
-  gtk_window_set_modal(GTK_WINDOW(dialog), TRUE);
-  gtk_window_set_type_hint(GTK_WINDOW(dialog), GDK_WINDOW_TYPE_HINT_DIALOG);
-  GLADE_HOOKUP_OBJECT_NO_REF(dialog, dialog, "dialog_yes_no_confirmation");
-
-  GtkWidget *vbox = named(dialog, GTK_DIALOG(dialog)->vbox, "vbox_yes_no_confirmation");
-  GtkWidget *label = named(dialog, gtk_label_new(""), "label_yes_no_confirmation");
-  gtk_label_set_justify(GTK_LABEL(label), GTK_JUSTIFY_CENTER);
-  pack(vbox, label, false, false, 5);
-
-  GtkWidget *buttons = named(dialog, GTK_DIALOG(dialog)->action_area, "hbuttonbox_yes_no_confirmation");
-  gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_SPREAD);
-  GtkWidget *yes = named(dialog, gtk_button_new_from_stock("gtk-yes"), "button_yes_no_confirmation_yes");
-  gtk_dialog_add_action_widget(GTK_DIALOG(dialog), yes, GTK_RESPONSE_YES);
-  GTK_WIDGET_SET_FLAGS(yes, GTK_CAN_DEFAULT);
-  GtkWidget *no = named(dialog, gtk_button_new_from_stock("gtk-no"), "button_yes_no_confirmation_no");
-  gtk_dialog_add_action_widget(GTK_DIALOG(dialog), no, GTK_RESPONSE_NO);
-  GTK_WIDGET_SET_FLAGS(no, GTK_CAN_DEFAULT);
-  return dialog;
 }

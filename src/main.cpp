@@ -1,13 +1,15 @@
 // main: the program's entry point. Sets the locale, initialises the toolkit, runs the
-// start-up sequence (support.cpp) and then the main loop until the user quits.
+// start-up sequence (startup.cpp) and then the main loop until the user quits.
 
-#include "main.h"
+#include <gtk/gtk.h>
+
+#include "startup.h"
 
 int main(int argc, char *argv[]) {
-  main_set_app_folder(argc > 0 ? argv[0] : nullptr);
+  startup_set_app_folder(argc > 0 ? argv[0] : nullptr);
   gtk_set_locale();
   gtk_init(&argc, &argv);
-  main_start_up();
+  startup_build_editor();
   gtk_main();
   return 0;
 }

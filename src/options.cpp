@@ -12,7 +12,7 @@
 #include <array>
 #include <memory>
 
-#include "main.h"
+#include "state.h"
 #include "support.h"
 
 char *options_picture_dir_string = nullptr;

@@ -3,16 +3,6 @@
 
 #include <glib.h>
 
-extern char *options_picture_dir_string;
-extern char *options_export_png_dir_string;
-extern char *options_export_dir_string;
-extern int options_input_mode;
-extern int options_palette;
-extern int options_expansion;
-extern int options_reencode_graphics;
-extern gint *options_window_position;
-extern char *utf8_path_configfile;
-
 // Sets the configuration file's path (making its folder) and loads it.
 void options_module_init(void);
 // Reads the file into the options, or writes it when it does not exist yet.

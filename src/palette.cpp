@@ -1,10 +1,11 @@
 // palette: the four fixed C64 palettes (Pepto, High contrast, Pixcen, CCS64) as 8-bit
 // and as 0..1 double tables, the lookups by colour index and by RGB value, and drawing in
 // those colours with cairo.
-// Reads options_palette to pick the palette in force; keeps no state of its own.
+// Reads options_palette to pick the palette in force (or takes the palette it is given);
+// keeps no state of its own.
 #include "palette.h"
 
-#include "options.h"
+#include "state.h"
 
 namespace {
 
@@ -61,12 +62,11 @@ const PaletteTables kPalettes[] = {{&palette_rgb, &palette_rgb_double},
                                    {&palette_pixcen_rgb, &palette_pixcen_rgb_double},
                                    {&palette_ccs64_rgb, &palette_ccs64_rgb_double}};
 
+bool is_palette(int palette) { return palette >= 0 && palette < 4; }
+
 // The tables of the palette in force, or NULL when options_palette names none.
 const PaletteBytes *selected_bytes() {
-  return options_palette >= 0 && options_palette < 4 ? kPalettes[options_palette].bytes : nullptr;
-}
-const PaletteDoubles *selected_doubles() {
-  return options_palette >= 0 && options_palette < 4 ? kPalettes[options_palette].doubles : nullptr;
+  return is_palette(options_palette) ? kPalettes[options_palette].bytes : nullptr;
 }
 
 template <typename T>
@@ -84,7 +84,11 @@ void palette_get_rgb_at_index(int index, unsigned char rgb[3]) {
 }
 
 void palette_get_rgb_double_at_index(int index, double rgb[3]) {
-  if (const PaletteDoubles *table = selected_doubles()) copy_entry(*table, index, rgb);
+  palette_get_rgb_double_in(options_palette, index, rgb);
+}
+
+void palette_get_rgb_double_in(int palette, int index, double rgb[3]) {
+  if (is_palette(palette)) copy_entry(*kPalettes[palette].doubles, index, rgb);
 }
 
 void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]) { copy_entry(palette_rgb, index, rgb); }

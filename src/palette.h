@@ -19,6 +19,9 @@ extern const PaletteDoubles palette_ccs64_rgb_double;
 
 void palette_get_rgb_at_index(int index, unsigned char rgb[3]);
 void palette_get_rgb_double_at_index(int index, double rgb[3]);
+// The same in the palette numbered `palette` (0..3, as options_palette numbers them);
+// the output is left as it is for any other number.
+void palette_get_rgb_double_in(int palette, int index, double rgb[3]);
 void palette_get_pepto_rgb_at_index(int index, unsigned char rgb[3]);
 // The index whose colour in the palette in force is exactly `rgb`; 0 when none is.
 unsigned int palette_get_index_for_rgb(const unsigned char rgb[3]);

@@ -14,13 +14,10 @@
 #include "callbacks.h"
 #include "cruncher.h"
 #include "geometry.h"
-#include "main.h"
-#include "options.h"
 #include "palette.h"
 #include "prg_templates.h"
+#include "state.h"
 #include "support.h"
-
-#define _(text) g_dgettext("quillbar", text)
 
 GtkWidget *window_preview = nullptr;
 
@@ -47,12 +44,6 @@ struct Preview {
   uint64_t paced_frames = 0;
 };
 Preview preview;
-
-GtkWidget *named(GtkWidget *toplevel, GtkWidget *widget, const char *name) {
-  gtk_widget_show(widget);
-  GLADE_HOOKUP_OBJECT(toplevel, widget, name);
-  return widget;
-}
 
 const Vic2ModelInfo &model_info() { return vic2_models[preview.model]; }
 
@@ -245,29 +236,32 @@ GtkWidget *create_window_preview(void) {
   gtk_window_set_resizable(GTK_WINDOW(window), FALSE);
   GLADE_HOOKUP_OBJECT_NO_REF(window, window, "window_preview");
 
-  GtkWidget *vbox = named(window, gtk_vbox_new(FALSE, kSpacing), "vbox_preview");
+  GtkWidget *vbox = support_named_widget(window, gtk_vbox_new(FALSE, kSpacing), "vbox_preview");
   gtk_container_add(GTK_CONTAINER(window), vbox);
-  GtkWidget *controls = named(window, gtk_hbox_new(FALSE, kSpacing), "hbox_preview_controls");
+  GtkWidget *controls = support_named_widget(window, gtk_hbox_new(FALSE, kSpacing), "hbox_preview_controls");
   gtk_container_set_border_width(GTK_CONTAINER(controls), kSpacing);
   gtk_box_pack_start(GTK_BOX(vbox), controls, FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(controls),
-                     named(window, gtk_label_new_with_mnemonic(_("_Machine:")), "label_preview_machine"), FALSE, FALSE,
-                     0);
-  GtkWidget *combo = named(window, gtk_combo_box_new_text(), "combobox_preview_machine");
+                     support_named_widget(window, gtk_label_new_with_mnemonic(_("_Machine:")), "label_preview_machine"),
+                     FALSE, FALSE, 0);
+  GtkWidget *combo = support_named_widget(window, gtk_combo_box_new_text(), "combobox_preview_machine");
   for (const MachineChoice &choice : kMachines) gtk_combo_box_append_text(GTK_COMBO_BOX(combo), choice.label);
   gtk_label_set_mnemonic_widget(GTK_LABEL(lookup_widget(window, "label_preview_machine")), combo);
   gtk_box_pack_start(GTK_BOX(controls), combo, FALSE, FALSE, 0);
-  GtkWidget *restart = named(window, gtk_button_new_with_mnemonic(_("_Restart")), "button_preview_restart");
-  gtk_button_set_image(GTK_BUTTON(restart), named(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON),
-                                                  "image_preview_restart"));
+  GtkWidget *restart =
+      support_named_widget(window, gtk_button_new_with_mnemonic(_("_Restart")), "button_preview_restart");
+  gtk_button_set_image(GTK_BUTTON(restart),
+                       support_named_widget(window, gtk_image_new_from_stock("gtk-refresh", GTK_ICON_SIZE_BUTTON),
+                                            "image_preview_restart"));
   gtk_box_pack_start(GTK_BOX(controls), restart, FALSE, FALSE, 0);
   GtkWidget *crunched =
-      named(window, gtk_check_button_new_with_mnemonic(_("_Crunched")), "checkbutton_preview_crunched");
+      support_named_widget(window, gtk_check_button_new_with_mnemonic(_("_Crunched")), "checkbutton_preview_crunched");
   gtk_widget_set_tooltip_text(crunched, _("Run the program as the cruncher writes it, unpacking included"));
   gtk_box_pack_start(GTK_BOX(controls), crunched, FALSE, FALSE, 0);
 
-  gtk_box_pack_start(GTK_BOX(vbox), named(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE, FALSE, 0);
-  GtkWidget *status = named(window, gtk_label_new(""), "label_preview_status");
+  gtk_box_pack_start(GTK_BOX(vbox), support_named_widget(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE,
+                     FALSE, 0);
+  GtkWidget *status = support_named_widget(window, gtk_label_new(""), "label_preview_status");
   gtk_misc_set_alignment(GTK_MISC(status), 0.0, 0.5);
   gtk_misc_set_padding(GTK_MISC(status), kSpacing, kSpacing);
   gtk_box_pack_start(GTK_BOX(vbox), status, FALSE, FALSE, 0);
@@ -312,6 +306,6 @@ int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *fra
   return differing;
 }
 
-uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.frames : 0; }
+uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.beam.frames : 0; }
 
 bool preview_running(void) { return preview.timer != 0; }

@@ -10,9 +10,9 @@
 #include "callbacks.h"
 #include "controls.h"
 #include "geometry.h"
-#include "main.h"
 #include "palette.h"
 #include "rastermodel.h"
+#include "state.h"
 #include "support.h"
 #include "undo.h"
 
@@ -36,12 +36,6 @@ constexpr std::array<ShapeRow, 3> shape_rows{{
 int last_choice = 1;  // blue
 int last_shape = 2;   // rising then falling
 std::string last_custom;
-
-GtkWidget *named(GtkWidget *dialog, GtkWidget *widget, const char *name) {
-  gtk_widget_show(widget);
-  GLADE_HOOKUP_OBJECT(dialog, widget, name);
-  return widget;
-}
 
 GtkWidget *registered(GtkWidget *dialog, const std::string &name) {
   return GTK_WIDGET(g_object_get_data(G_OBJECT(dialog), name.c_str()));
@@ -99,9 +93,9 @@ void pick_custom(GtkEditable *entry, gpointer) {
 }
 
 GtkWidget *new_frame(GtkWidget *dialog, GtkWidget *box, const char *name, const char *title, const char *box_name) {
-  GtkWidget *frame = named(dialog, gtk_frame_new(title), name);
+  GtkWidget *frame = support_named_widget(dialog, gtk_frame_new(title), name);
   gtk_box_pack_start(GTK_BOX(box), frame, FALSE, FALSE, 4);
-  GtkWidget *inner = named(dialog, gtk_vbox_new(FALSE, 2), box_name);
+  GtkWidget *inner = support_named_widget(dialog, gtk_vbox_new(FALSE, 2), box_name);
   gtk_container_set_border_width(GTK_CONTAINER(inner), 6);
   gtk_container_add(GTK_CONTAINER(frame), inner);
   return inner;
@@ -142,9 +136,9 @@ GtkWidget *create_dialog_ramp(void) {
   if (window_main) gtk_window_set_transient_for(GTK_WINDOW(dialog), GTK_WINDOW(window_main));
   GLADE_HOOKUP_OBJECT_NO_REF(dialog, dialog, "dialog_ramp");
 
-  GtkWidget *vbox = named(dialog, GTK_DIALOG(dialog)->vbox, "vbox_ramp");
+  GtkWidget *vbox = support_named_widget(dialog, GTK_DIALOG(dialog)->vbox, "vbox_ramp");
   gtk_container_set_border_width(GTK_CONTAINER(vbox), 6);
-  GtkWidget *target = named(dialog, gtk_label_new(""), "label_ramp_target");
+  GtkWidget *target = support_named_widget(dialog, gtk_label_new(""), "label_ramp_target");
   gtk_box_pack_start(GTK_BOX(vbox), target, FALSE, FALSE, 4);
 
   // The ramps: each preset with its strip, then the custom ramp with the colour strip.
@@ -159,25 +153,27 @@ GtkWidget *create_dialog_ramp(void) {
     GtkWidget *radio = gtk_radio_button_new_with_label(group, custom ? "Custom" : ramp_presets[choice].label);
     group = gtk_radio_button_get_group(GTK_RADIO_BUTTON(radio));
     gtk_size_group_add_widget(labels, radio);
-    gtk_box_pack_start(GTK_BOX(row), named(dialog, radio, choice_name(choice).c_str()), FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(row), support_named_widget(dialog, radio, choice_name(choice).c_str()), FALSE, FALSE, 0);
     if (custom) {
-      GtkWidget *entry = named(dialog, gtk_entry_new(), "entry_ramp_custom");
+      GtkWidget *entry = support_named_widget(dialog, gtk_entry_new(), "entry_ramp_custom");
       gtk_entry_set_text(GTK_ENTRY(entry), last_custom.c_str());
       g_signal_connect(entry, "changed", G_CALLBACK(pick_custom), nullptr);
       gtk_box_pack_start(GTK_BOX(row), entry, TRUE, TRUE, 0);
     } else {
       const std::string strip = std::string("drawingarea_ramp_") + ramp_presets[choice].key;
-      GtkWidget *area = named(dialog, new_strip(ramp_preset_colours(ramp_presets[choice])), strip.c_str());
+      GtkWidget *area =
+          support_named_widget(dialog, new_strip(ramp_preset_colours(ramp_presets[choice])), strip.c_str());
       gtk_box_pack_start(GTK_BOX(row), area, FALSE, FALSE, 0);
     }
   }
   g_object_unref(labels);
-  GtkWidget *hint = named(dialog, gtk_label_new("Click colours to add them to the custom ramp:"), "label_ramp_palette");
+  GtkWidget *hint = support_named_widget(dialog, gtk_label_new("Click colours to add them to the custom ramp:"),
+                                         "label_ramp_palette");
   gtk_misc_set_alignment(GTK_MISC(hint), 0.0, 0.5);
   gtk_box_pack_start(GTK_BOX(ramps), hint, FALSE, FALSE, 2);
   std::vector<int> all_colours(16);
   for (int i = 0; i < 16; ++i) all_colours[i] = i;
-  GtkWidget *palette = named(dialog, new_strip(all_colours), "drawingarea_ramp_palette");
+  GtkWidget *palette = support_named_widget(dialog, new_strip(all_colours), "drawingarea_ramp_palette");
   gtk_widget_add_events(palette, GDK_BUTTON_PRESS_MASK);
   g_signal_connect(palette, "button_press_event", G_CALLBACK(on_palette_strip_pressed), nullptr);
   GtkWidget *palette_row = gtk_hbox_new(FALSE, 0);
@@ -190,17 +186,17 @@ GtkWidget *create_dialog_ramp(void) {
   for (const ShapeRow &row : shape_rows) {
     GtkWidget *radio = gtk_radio_button_new_with_mnemonic(group, row.label);
     group = gtk_radio_button_get_group(GTK_RADIO_BUTTON(radio));
-    gtk_box_pack_start(GTK_BOX(shapes), named(dialog, radio, row.name), FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(shapes), support_named_widget(dialog, radio, row.name), FALSE, FALSE, 0);
   }
 
-  GtkWidget *message = named(dialog, gtk_label_new(""), "label_ramp_message");
+  GtkWidget *message = support_named_widget(dialog, gtk_label_new(""), "label_ramp_message");
   gtk_label_set_line_wrap(GTK_LABEL(message), TRUE);
   gtk_box_pack_start(GTK_BOX(vbox), message, FALSE, FALSE, 4);
 
-  named(dialog, GTK_DIALOG(dialog)->action_area, "dialog_action_area_ramp");
-  GtkWidget *cancel = named(dialog, gtk_button_new_from_stock("gtk-cancel"), "button_ramp_cancel");
+  support_named_widget(dialog, GTK_DIALOG(dialog)->action_area, "dialog_action_area_ramp");
+  GtkWidget *cancel = support_named_widget(dialog, gtk_button_new_from_stock("gtk-cancel"), "button_ramp_cancel");
   gtk_dialog_add_action_widget(GTK_DIALOG(dialog), cancel, GTK_RESPONSE_CANCEL);
-  GtkWidget *ok = named(dialog, gtk_button_new_from_stock("gtk-ok"), "button_ramp_ok");
+  GtkWidget *ok = support_named_widget(dialog, gtk_button_new_from_stock("gtk-ok"), "button_ramp_ok");
   gtk_dialog_add_action_widget(GTK_DIALOG(dialog), ok, GTK_RESPONSE_OK);
   GTK_WIDGET_SET_FLAGS(ok, GTK_CAN_DEFAULT);
   gtk_widget_grab_default(ok);

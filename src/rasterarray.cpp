@@ -5,8 +5,9 @@
 // them back, and fills them from the picture's outer columns (auto-extend). Holds the
 // helpers that Extended mode shares: the colour keys, cutting lines into runs, reading a
 // picture column, and reading and writing a group's three bar lists.
-// Reads the zoom (options_expansion), the palette and the key file or picture it is
-// given; touches no widget and no other module's state.
+// Reads the palette, the zoom it is given (or options_expansion for the _left / _right
+// drawing functions) and the key file or picture it is given; touches no widget and no
+// other module's state. The project file's groups are read and written by projectfile.
 #include "rasterarray.h"
 
 #include <algorithm>
@@ -15,8 +16,9 @@
 #include <gdk/gdk.h>
 #include <gdk/gdkkeysyms.h>
 
-#include "options.h"
 #include "palette.h"
+#include "projectfile.h"
+#include "state.h"
 
 int colors_left[RASTER_LINES] = {};
 int colors_right[RASTER_LINES] = {};
@@ -37,7 +39,7 @@ constexpr int colour_white = 1;
 }();
 
 // One side's array and selection.
-struct Side {
+struct SideLines {
   int *colors;
   int &start;
   int &end;
@@ -46,19 +48,27 @@ struct Side {
   int bottom() const { return std::max(start, end); }
 };
 
-Side side_of(int side) {
-  if (side == 1) return {colors_left, selection_start_left, selection_end_left, selection_active_left};
-  return {colors_right, selection_start_right, selection_end_right, selection_active_right};
+SideLines side_of(int side) {
+  const LineSelection s = rasterarray_selection_of(side);
+  return {rasterarray_lines_of(side), s.start, s.end, s.active};
 }
 
 // x of the outer strip and of the bars in a side's area at zoom z.
-int strip_x(int side, int z) { return side == 1 ? 0 : bar_width * z; }
-int bars_x(int side, int z) { return side == 1 ? outer_strip_width * z : 0; }
+int strip_x(int side, int z) { return side == side_left ? 0 : bar_width * z; }
+int bars_x(int side, int z) { return side == side_left ? outer_strip_width * z : 0; }
+
+// A white segment of the outer strip beside the cursor line or the range.
+void mark_selection(int side, cairo_t *cr, int z) {
+  SideLines s = side_of(side);
+  const int top = s.active == 1 ? s.top() : s.start;
+  const int count = s.active == 1 ? s.bottom() - s.top() + 1 : 1;
+  palette_fill_rect(cr, colour_white, strip_x(side, z), line_y(top, z), outer_strip_width * z, count * z);
+}
 
 // Writes value into the range, or into the cursor line; with step the cursor then
 // moves one line down (not past the last picture line).
 int paint(int side, int value, bool step) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (s.active == 1) {
     std::fill(s.colors + s.top(), s.colors + s.bottom() + 1, value);
     return 1;
@@ -71,7 +81,7 @@ int paint(int side, int value, bool step) {
 // The movements; with extend the moving end goes and the range grows or shrinks, else the
 // cursor moves (a range collapses first). Each returns 1 when the area must be redrawn.
 int move_up(int side, int extend, int step) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (extend) {
     if (s.end - step < first_picture_line) return 0;
     s.end -= step;
@@ -87,7 +97,7 @@ int move_up(int side, int extend, int step) {
 }
 
 int move_down(int side, int extend, int collapse, int step) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (extend) {
     if (s.end + step > last_picture_line) return 0;
     s.end += step;
@@ -103,7 +113,7 @@ int move_down(int side, int extend, int collapse, int step) {
 }
 
 int move_home(int side, int extend) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (extend) {  // extend the range to the first picture line, on either border
     s.end = first_picture_line;
     s.active = 1;
@@ -118,7 +128,7 @@ int move_home(int side, int extend) {
 }
 
 int move_end(int side, int extend) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (extend) {
     s.end = last_picture_line;
     s.active = 1;
@@ -131,7 +141,7 @@ int move_end(int side, int extend) {
 
 // Repeats the selected lines, as a pattern, down to the picture's last line.
 int rasterarray_expand_selection(int side) {
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   if (s.active != 1) return 0;
   const int top = s.top(), bottom = s.bottom(), length = bottom - top + 1;
   for (int line = bottom + 1; line <= last_picture_line; ++line)
@@ -191,7 +201,7 @@ namespace {
 
 void button_press(int side, int row, unsigned int state, int double_click) {
   if (static_cast<unsigned int>(row) >= static_cast<unsigned int>(picture_lines)) return;
-  Side s = side_of(side);
+  SideLines s = side_of(side);
   const int line = row + first_picture_line;
   if (state == GDK_SHIFT_MASK) {  // Shift alone: range from the anchor to here
     s.end = line;
@@ -208,51 +218,57 @@ void button_press(int side, int row, unsigned int state, int double_click) {
   s.active = 1;
 }
 
-void render_lines(int side, cairo_t *cr, int with_selection) {
-  const int z = options_expansion;
-  const int *colors = side_of(side).colors;
-  for (int line = first_picture_line; line <= last_picture_line; ++line)
-    if (colors[line] >= 0) palette_fill_rect(cr, colors[line] & 15, bars_x(side, z), line_y(line, z), bar_width * z, z);
-  palette_fill_rect(cr, colour_black, strip_x(side, z), 0, outer_strip_width * z, vert_border_height * z);
-  if (with_selection == 1) rasterarray_mark_selection(side, cr);
+int wrap_line(int index) { return ((index % RASTER_LINES) + RASTER_LINES) % RASTER_LINES; }
+
+}  // namespace
+
+int *rasterarray_lines_of(int side) { return side == side_left ? colors_left : colors_right; }
+
+LineSelection rasterarray_selection_of(int side) {
+  if (side == side_left) return {selection_start_left, selection_end_left, selection_active_left};
+  return {selection_start_right, selection_end_right, selection_active_right};
 }
 
-void get_bars(int side, unsigned char out[picture_lines], int fallback) {
+void rasterarray_button_press_left(int row, unsigned int state, int double_click) {
+  button_press(side_left, row, state, double_click);
+}
+void rasterarray_button_press_right(int row, unsigned int state, int double_click) {
+  button_press(side_right, row, state, double_click);
+}
+
+// ---- Drawing ----
+
+void rasterarray_render_lines(int side, cairo_t *cr, int with_selection, int zoom) {
   const int *colors = side_of(side).colors;
+  for (int line = first_picture_line; line <= last_picture_line; ++line)
+    if (colors[line] >= 0)
+      palette_fill_rect(cr, colors[line] & 15, bars_x(side, zoom), line_y(line, zoom), bar_width * zoom, zoom);
+  palette_fill_rect(cr, colour_black, strip_x(side, zoom), 0, outer_strip_width * zoom, vert_border_height * zoom);
+  if (with_selection == 1) mark_selection(side, cr, zoom);
+}
+
+void rasterarray_render_lines_left(cairo_t *cr, int with_selection) {
+  rasterarray_render_lines(side_left, cr, with_selection, options_expansion);
+}
+void rasterarray_render_lines_right(cairo_t *cr, int with_selection) {
+  rasterarray_render_lines(side_right, cr, with_selection, options_expansion);
+}
+
+// ---- Export table, clearing, single entries ----
+
+void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback) {
+  rasterarray_table_of_lines(colors_left, out, fallback);
+}
+void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback) {
+  rasterarray_table_of_lines(colors_right, out, fallback);
+}
+
+void rasterarray_table_of_lines(const int *colors, unsigned char out[picture_lines], int fallback) {
   for (int i = 0; i < picture_lines; ++i) {
     const int entry = colors[first_picture_line + i];
     out[i] = static_cast<unsigned char>(entry >= 0 ? entry : fallback);
   }
 }
-
-int wrap_line(int index) { return ((index % RASTER_LINES) + RASTER_LINES) % RASTER_LINES; }
-
-}  // namespace
-
-void rasterarray_button_press_left(int row, unsigned int state, int double_click) {
-  button_press(1, row, state, double_click);
-}
-void rasterarray_button_press_right(int row, unsigned int state, int double_click) {
-  button_press(0, row, state, double_click);
-}
-
-// ---- Drawing ----
-
-void rasterarray_render_lines_left(cairo_t *cr, int with_selection) { render_lines(1, cr, with_selection); }
-void rasterarray_render_lines_right(cairo_t *cr, int with_selection) { render_lines(0, cr, with_selection); }
-
-void rasterarray_mark_selection(int side, cairo_t *cr) {
-  const int z = options_expansion;
-  Side s = side_of(side);
-  const int top = s.active == 1 ? s.top() : s.start;
-  const int count = s.active == 1 ? s.bottom() - s.top() + 1 : 1;
-  palette_fill_rect(cr, colour_white, strip_x(side, z), line_y(top, z), outer_strip_width * z, count * z);
-}
-
-// ---- Export table, clearing, single entries ----
-
-void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback) { get_bars(1, out, fallback); }
-void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback) { get_bars(0, out, fallback); }
 
 void rasterarray_delete_all_bars(void) {
   std::fill(std::begin(colors_left), std::end(colors_left), -1);
@@ -276,10 +292,10 @@ int rasterarray_key_press(int side, unsigned int keyval, unsigned int state) {
 }
 
 int rasterarray_key_press_left(unsigned int keyval, unsigned int state) {
-  return rasterarray_key_press(1, keyval, state);
+  return rasterarray_key_press(side_left, keyval, state);
 }
 int rasterarray_key_press_right(unsigned int keyval, unsigned int state) {
-  return rasterarray_key_press(0, keyval, state);
+  return rasterarray_key_press(side_right, keyval, state);
 }
 
 int rasterarray_key_color(unsigned int keyval, unsigned int state) {
@@ -323,67 +339,26 @@ int rasterarray_index_for_packed_rgb(int rgb) {
   return static_cast<int>(palette_get_index_for_rgb(bytes));
 }
 
-namespace {
-constexpr std::array<const char *, 3> bar_keys{"start", "height", "color"};
-constexpr std::array<const char *, 2> groups{"right", "left"};  // indexed by the side flag
-}  // namespace
-
-std::vector<LineRun> rasterarray_read_bar_group(GKeyFile *key_file, const char *group) {
-  std::array<gint *, 3> lists{};
-  std::array<gsize, 3> lengths{};
-  for (size_t k = 0; k < bar_keys.size(); ++k) {
-    lists[k] = g_key_file_get_integer_list(key_file, group, bar_keys[k], &lengths[k], nullptr);
-    if (!lists[k]) lengths[k] = 0;
-  }
-  const gsize n = *std::min_element(lengths.begin(), lengths.end());
-  std::vector<LineRun> bars;
-  for (gsize i = 0; i < n; ++i) bars.push_back({lists[0][i], lists[1][i], lists[2][i]});
-  for (gint *list : lists) g_free(list);
-  return bars;
-}
-
-void rasterarray_write_bar_group(GKeyFile *key_file, const char *group, const std::vector<LineRun> &bars) {
-  std::array<std::vector<gint>, 3> lists;
-  for (const LineRun &bar : bars) {
-    lists[0].push_back(bar.start);
-    lists[1].push_back(bar.height);
-    lists[2].push_back(bar.color);
-  }
-  gint none = 0;  // the library wants a list even when it is empty
-  for (size_t k = 0; k < bar_keys.size(); ++k)
-    g_key_file_set_integer_list(key_file, group, bar_keys[k], lists[k].empty() ? &none : lists[k].data(),
-                                lists[k].size());
-}
-
 // ---- Project files ----
 
 void rasterarray_dump_models_to_key_file(GKeyFile *key_file) {
-  rasterarray_dump_models_to_key_file_internal(key_file, colors_left, groups[1]);
-  rasterarray_dump_models_to_key_file_internal(key_file, colors_right, groups[0]);
+  for (BorderSide side : {side_left, side_right})
+    rasterarray_dump_models_to_key_file_internal(key_file, rasterarray_lines_of(side), projectfile_groups[side]);
 }
 
 // The runs of lines 51..250 are the bars; uncoloured runs are left out.
 void rasterarray_dump_models_to_key_file_internal(GKeyFile *key_file, const int *colors, const char *group) {
-  rasterarray_write_bar_group(key_file, group,
-                              rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line));
+  projectfile_write_bar_group(key_file, group, rasterarray_runs(colors));
 }
 
-// Paints the file's bars in file order, so that a later bar wins where bars overlap.
-// Bars reaching outside the picture lines or without lines are skipped. A colour is
-// taken modulo 16 with the sign of the stored value; a bar whose colour comes out
-// negative leaves its lines uncoloured, also over an earlier bar.
+std::vector<LineRun> rasterarray_runs(const int *colors) {
+  return rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line);
+}
+
+// Both arrays are read; lines outside the picture lines stay uncoloured.
 void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
-  rasterarray_delete_all_bars();
-  for (int side : {1, 0}) {
-    int *colors = side_of(side).colors;
-    for (const LineRun &bar : rasterarray_read_bar_group(key_file, groups[side])) {
-      if (bar.start < first_picture_line || bar.height < 1 ||
-          static_cast<long long>(bar.start) + bar.height > last_picture_line + 1)
-        continue;
-      const int colour = bar.color % 16;
-      std::fill(colors + bar.start, colors + bar.start + bar.height, colour < 0 ? -1 : colour);
-    }
-  }
+  for (BorderSide side : {side_left, side_right})
+    projectfile_compact_lines(key_file, projectfile_groups[side], rasterarray_lines_of(side));
 }
 
 // ---- Auto-extension ----
@@ -392,8 +367,8 @@ void rasterarray_fill_models_from_key_file(GKeyFile *key_file) {
 // colour where that pixel is in the border colour.
 void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour) {
   if (!picture) return;
-  for (int side : {1, 0}) {
-    const int x = side == 1 ? 0 : gdk_pixbuf_get_width(picture) - 1;
+  for (BorderSide side : {side_left, side_right}) {
+    const int x = side == side_left ? 0 : gdk_pixbuf_get_width(picture) - 1;
     const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
     int *colors = side_of(side).colors;
     for (size_t r = 0; r < column.size(); ++r)

@@ -10,28 +10,29 @@
 
 #include "geometry.h"
 
-// Indexed by raster line 0..311; entries are colour indices 0..15 or -1 (no colour).
-extern int colors_left[RASTER_LINES];
-extern int colors_right[RASTER_LINES];
-
-// Each side's anchor, moving end and range flag; start and end stay within the picture lines.
-extern int selection_start_left, selection_start_right;
-extern int selection_end_left, selection_end_right;
-extern int selection_active_left, selection_active_right;
-
 // Mouse selection; row is relative to the picture's top, state the unmasked modifier state.
 void rasterarray_button_press_left(int row, unsigned int state, int double_click);
 void rasterarray_button_press_right(int row, unsigned int state, int double_click);
 
-// Drawing into a border area (the caller has painted the border colour).
+// The line array and the selection of a side.
+struct LineSelection {
+  int &start, &end, &active;
+};
+int *rasterarray_lines_of(int side);
+LineSelection rasterarray_selection_of(int side);
+
+// Drawing into a border area at `zoom` (the caller has painted the border colour); the
+// _left / _right forms draw at the zoom in force.
+void rasterarray_render_lines(int side, cairo_t *cr, int with_selection, int zoom);
 void rasterarray_render_lines_left(cairo_t *cr, int with_selection);
 void rasterarray_render_lines_right(cairo_t *cr, int with_selection);
-void rasterarray_mark_selection(int side, cairo_t *cr);
 
 // Per-line colour table of the picture lines for the executable export; `fallback` where
 // a line has no colour.
 void rasterarray_get_bars_left(unsigned char out[picture_lines], int fallback);
 void rasterarray_get_bars_right(unsigned char out[picture_lines], int fallback);
+// The same table from any line array (`colors` indexed by raster line): plain data.
+void rasterarray_table_of_lines(const int *colors, unsigned char out[picture_lines], int fallback);
 
 void rasterarray_delete_all_bars(void);
 // A single entry; the line is taken modulo 312.
@@ -59,17 +60,12 @@ void rasterarray_expand_picture(GdkPixbuf *picture, int border_colour);
 // Control alone. -1 for any other key.
 int rasterarray_key_color(unsigned int keyval, unsigned int state);
 
-// A bar as both modes hand it over: first line, number of lines, colour.
-struct LineRun {
-  int start;
-  int height;
-  int color;
-};
-
 // Cuts values[0 .. count-1] (values[0] standing for line `first_line`) into maximal runs of
 // equal entries; every run of a value 0 or more becomes a bar, in line order. Runs of
 // negative values give none.
 std::vector<LineRun> rasterarray_find_runs(const int *values, int count, int first_line);
+// The runs of a side's array on the picture lines: its bars as a project file holds them.
+std::vector<LineRun> rasterarray_runs(const int *colors);
 
 // Column x of an image, top row first, as 0xRRGGBB; a pixel in the border colour's RGB
 // reads as -1. Only the rows beside the picture lines are read.
@@ -77,9 +73,3 @@ std::vector<int> rasterarray_read_picture_column(GdkPixbuf *picture, int x, int 
 
 // The palette index of a 0xRRGGBB value (0 when no colour of the palette in force matches).
 int rasterarray_index_for_packed_rgb(int rgb);
-
-// The three parallel integer lists "start", "height" and "color" of a project file group.
-// Reading gives as many bars as the shortest list has values; a missing or malformed list
-// counts as empty. Writing always sets all three lists, also when they are empty.
-std::vector<LineRun> rasterarray_read_bar_group(GKeyFile *key_file, const char *group);
-void rasterarray_write_bar_group(GKeyFile *key_file, const char *group, const std::vector<LineRun> &bars);

@@ -3,13 +3,14 @@
 // the side border areas, picking a bar with the mouse, the per-line colour table for the
 // executable export and the keys that edit the selected bar; converting the bars to and
 // from Compact mode's line arrays, turning the picture's outer columns into bars
-// (auto-extend), and writing and reading the lists in a project key file.
+// (auto-extend), and writing and reading the lists in a project key file (by projectfile's
+// group functions).
 //
 // May touch: the two list stores and their views, the drawing areas of the side borders
-// (redraw requests only), the palette lookups and, when converting between the modes,
-// the line arrays (through rasterarray's functions). The tool buttons, the views'
-// cursor-changed handlers and the border areas' event handlers live in callbacks.cpp
-// and call in here.
+// (redraw requests only), the palette lookups, the undo history (a cell edit is one step)
+// and, when converting between the modes, the line arrays (through rasterarray's
+// functions). The tool buttons, the views' cursor-changed handlers and the border areas'
+// event handlers live in callbacks.cpp and call in here, the latter through inputmode.
 #include "rastermodel.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -20,11 +21,10 @@
 #include <climits>
 #include <cstdlib>
 
-#include "callbacks.h"
-#include "main.h"
-#include "options.h"
 #include "palette.h"
+#include "projectfile.h"
 #include "rasterarray.h"
+#include "state.h"
 #include "support.h"
 #include "undo.h"
 
@@ -47,13 +47,13 @@ gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePat
                                                  gpointer line);
 gboolean rastermodel_foreach_find_first_unused_line(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter,
                                                     gpointer line);
-gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer cr);
-void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr);
+gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *path, GtkTreeIter *iter, gpointer drawing);
+void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr, int zoom);
 // Makes `row` the view's cursor row, which also selects it.
 void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row);
 // Steps `row` back to the previous row (GTK 2's tree model only steps forward); on failure
 // the row is marked invalid.
-int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row);
+int step_to_previous_row(GtkTreeModel *model, GtkTreeIter *row);
 // One list's part of the conversions, the auto-extension and the project reading.
 void rastermodel_fill_models_from_arrays_inner(GtkListStore *list);
 void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_colour);
@@ -75,7 +75,9 @@ RasterBar read_bar(GtkTreeModel *model, GtkTreeIter *row) {
   return bar;
 }
 
-bool is_left(GtkTreeModel *model) { return model == GTK_TREE_MODEL(model_rasters_left); }
+BorderSide side_of_list(GtkTreeModel *list) {
+  return list == GTK_TREE_MODEL(model_rasters_left) ? side_left : side_right;
+}
 
 // The row selected in `view`, when exactly one is.
 bool get_single_selected(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
@@ -133,14 +135,6 @@ gboolean foreach_pick_bar(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, 
   return TRUE;
 }
 
-gboolean foreach_fill_table(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *row, gpointer data) {
-  auto *out = static_cast<unsigned char *>(data);
-  RasterBar bar = read_bar(model, row);
-  for (int line = first_picture_line; line <= last_picture_line; ++line)
-    if (bar.covers(line)) out[line - first_picture_line] = static_cast<unsigned char>(bar.color);
-  return FALSE;
-}
-
 // A "Color" cell shows its number on the colour itself, in black or white, whichever
 // stands out more.
 void paint_color_cell(GtkTreeViewColumn *, GtkCellRenderer *cell, GtkTreeModel *model, GtkTreeIter *row, gpointer) {
@@ -154,9 +148,15 @@ void paint_color_cell(GtkTreeViewColumn *, GtkCellRenderer *cell, GtkTreeModel *
 }
 
 GtkTreeView *view_of_side(int side) {
-  return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
+  return GTK_TREE_VIEW(side == side_left ? treeview_rasters_left : treeview_rasters_right);
 }
-GtkListStore *list_of_side(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
+GtkListStore *list_of_side(int side) { return side == side_left ? model_rasters_left : model_rasters_right; }
+
+// What a walk over a list draws into, and at which zoom.
+struct Drawing {
+  cairo_t *cr;
+  int zoom;
+};
 
 // --- Keys -------------------------------------------------------------------------
 
@@ -177,26 +177,6 @@ constexpr std::array<KeyBinding, 5> key_table{{
     {GDK_Down, false, KeyAction::Next},
     {GDK_Delete, false, KeyAction::Remove},
 }};
-
-}  // namespace
-
-// --- Lists and views --------------------------------------------------------------
-
-void rastermodel_module_init(void) {
-  treeview_rasters_left = lookup_widget(window_main, "treeview_rasters_left");
-  treeview_rasters_right = lookup_widget(window_main, "treeview_rasters_right");
-  model_rasters_left = create_bar_store();
-  model_rasters_right = create_bar_store();
-  for (auto [view, store] :
-       {std::pair{treeview_rasters_left, model_rasters_left}, std::pair{treeview_rasters_right, model_rasters_right}}) {
-    if (!view) continue;  // without its view the list keeps the creator's reference
-    rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
-    gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
-    g_object_unref(store);  // from here on the view holds the only reference
-  }
-}
-
-namespace {
 
 void rastermodel_insert_bar_treeview_columns(GtkTreeView *view) {
   constexpr std::array<const char *, RASTER_N_COLUMNS> titles{"Line", "Height", "Color"};
@@ -253,12 +233,6 @@ void rastermodel_update_post_editing(void) {
   if (drawingarea_right_border) gtk_widget_queue_draw(drawingarea_right_border);
 }
 
-}  // namespace
-
-// --- Adding and removing bars -----------------------------------------------------
-
-namespace {
-
 void rastermodel_add_bar(GtkListStore *list) {
   GtkTreeModel *model = GTK_TREE_MODEL(list);
   int line = first_picture_line - 1;
@@ -275,23 +249,12 @@ void rastermodel_add_bar(GtkListStore *list) {
   gtk_list_store_set(list, &row, RASTER_COLUMN_LINE, line, RASTER_COLUMN_HEIGHT, 1, RASTER_COLUMN_COLOR, 1, -1);
 }
 
-}  // namespace
-
-void rastermodel_add_bar_left(void) { rastermodel_add_bar(model_rasters_left); }
-void rastermodel_add_bar_right(void) { rastermodel_add_bar(model_rasters_right); }
-
-namespace {
-
 gboolean rastermodel_foreach_find_last_used_line(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer line) {
   auto *last = static_cast<int *>(line);
   RasterBar bar = read_bar(model, iter);
   if (bar.start + bar.height - 1 > *last) *last = bar.start + bar.height - 1;
   return FALSE;
 }
-
-}  // namespace
-
-namespace {
 
 // Stops at the first row that starts after the end of the row before it (line 51 for
 // the first row) and leaves that free line in `line`. Only neighbouring rows are
@@ -316,91 +279,29 @@ void rastermodel_remove_bar(GtkTreeView *view, GtkListStore *list) {
   if (get_single_selected(view, GTK_TREE_MODEL(list), &row)) remove_row(view, list, &row);
 }
 
-}  // namespace
-
-void rastermodel_remove_bar_left(void) {
-  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
-}
-void rastermodel_remove_bar_right(void) {
-  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
-}
-
-void rastermodel_delete_all_bars(void) {
-  clear_list(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
-  clear_list(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
-}
-
-// --- Drawing ----------------------------------------------------------------------
-
-namespace {
-
-void rastermodel_render_lines(int side, cairo_t *cr, int with_selection) {
-  GtkListStore *list = side ? model_rasters_left : model_rasters_right;
-  GtkWidget *view = side ? treeview_rasters_left : treeview_rasters_right;
-  if (list) gtk_tree_model_foreach(GTK_TREE_MODEL(list), rastermodel_foreach_render_lines, cr);
-
-  // The outer edge of each border area is always black.
-  int z = options_expansion;
-  palette_fill_rect(cr, 0, side ? 0 : bar_width * z, 0, outer_strip_width * z, vert_border_height * z);
-
-  if (with_selection == 1 && list && view) rastermodel_mark_selection(GTK_TREE_VIEW(view), GTK_TREE_MODEL(list), cr);
-}
-
-}  // namespace
-
-void rastermodel_render_lines_left(cairo_t *cr, int with_selection) { rastermodel_render_lines(1, cr, with_selection); }
-void rastermodel_render_lines_right(cairo_t *cr, int with_selection) {
-  rastermodel_render_lines(0, cr, with_selection);
-}
-
-namespace {
-
 // Later rows paint over earlier ones, so where bars overlap the later one shows.
-gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer cr) {
+gboolean rastermodel_foreach_render_lines(GtkTreeModel *model, GtkTreePath *, GtkTreeIter *iter, gpointer drawing) {
   RasterBar bar = read_bar(model, iter);
-  int z = options_expansion;
+  const auto [cr, z] = *static_cast<Drawing *>(drawing);
   const PixelRows rows = line_rows(bar.start, bar.height, z);
-  palette_fill_rect(static_cast<cairo_t *>(cr), bar.color & 15, is_left(model) ? outer_strip_width * z : 0, rows.y,
+  palette_fill_rect(cr, bar.color & 15, side_of_list(model) == side_left ? outer_strip_width * z : 0, rows.y,
                     bar_width * z, rows.height);
   return FALSE;
 }
 
-}  // namespace
-
-namespace {
-
 // A white segment of the outer strip beside the selected bar.
-void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr) {
+void rastermodel_mark_selection(GtkTreeView *view, GtkTreeModel *model, cairo_t *cr, int z) {
   GtkTreeIter row;
   if (!get_single_selected(view, model, &row)) return;
   RasterBar bar = read_bar(model, &row);
-  int z = options_expansion;
   const PixelRows rows = line_rows(bar.start, bar.height, z);
-  palette_fill_rect(cr, 1, is_left(model) ? 0 : bar_width * z, rows.y, outer_strip_width * z, rows.height);
+  palette_fill_rect(cr, 1, side_of_list(model) == side_left ? 0 : bar_width * z, rows.y, outer_strip_width * z,
+                    rows.height);
 }
-
-}  // namespace
-
-// --- Per-line table, mouse pick, cursor -------------------------------------------
-
-namespace {
 
 void rastermodel_get_bars(GtkTreeModel *model, unsigned char out[picture_lines], int fallback) {
-  for (int i = 0; i < picture_lines; ++i) out[i] = static_cast<unsigned char>(fallback);
-  // Rows are visited in list order, so the last row covering a line gives its colour.
-  if (model) gtk_tree_model_foreach(model, foreach_fill_table, out);
+  rastermodel_table_of_rows(rastermodel_get_rows(side_of_list(model)), out, fallback);
 }
-
-}  // namespace
-
-void rastermodel_get_bars_left(unsigned char out[picture_lines], int fallback) {
-  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_left), out, fallback);
-}
-void rastermodel_get_bars_right(unsigned char out[picture_lines], int fallback) {
-  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_right), out, fallback);
-}
-
-namespace {
 
 // Where bars overlap the first covering row is picked, although the last one is drawn on top.
 void rastermodel_button_press(GtkTreeView *view, GtkTreeModel *model, int row) {
@@ -408,28 +309,11 @@ void rastermodel_button_press(GtkTreeView *view, GtkTreeModel *model, int row) {
   gtk_tree_model_foreach(model, foreach_pick_bar, &pick);
 }
 
-}  // namespace
-
-void rastermodel_button_press_left(int row) {
-  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), row);
-}
-void rastermodel_button_press_right(int row) {
-  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), row);
-}
-
-namespace {
-
 void rastermodel_move_cursor(GtkTreeView *view, GtkTreeModel *model, GtkTreeIter *row) {
   GtkTreePath *path = gtk_tree_model_get_path(model, row);
   gtk_tree_view_set_cursor(view, path, nullptr, FALSE);
   gtk_tree_path_free(path);
 }
-
-}  // namespace
-
-// --- Keys -------------------------------------------------------------------------
-
-namespace {
 
 int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int keyval, unsigned int state) {
   GtkTreeIter row;
@@ -449,7 +333,7 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
   }
   switch (binding->action) {
     case KeyAction::Previous:
-      if (!gtk_tree_model_iter_previous(model, &row)) return 0;
+      if (!step_to_previous_row(model, &row)) return 0;
       rastermodel_move_cursor(view, model, &row);
       return 1;
     case KeyAction::Next:
@@ -461,20 +345,8 @@ int rastermodel_key_press(GtkTreeView *view, GtkTreeModel *model, unsigned int k
   return 0;
 }
 
-}  // namespace
-
-int rastermodel_key_press_left(unsigned int keyval, unsigned int state) {
-  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval, state);
-}
-int rastermodel_key_press_right(unsigned int keyval, unsigned int state) {
-  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), keyval,
-                               state);
-}
-
-namespace {
-
 // GTK 2's tree model can only step forward; this steps back through the row's path.
-int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
+int step_to_previous_row(GtkTreeModel *model, GtkTreeIter *row) {
   GtkTreePath *path = gtk_tree_model_get_path(model, row);
   gboolean found = gtk_tree_path_prev(path) && gtk_tree_model_get_iter(model, row, path);
   if (!found) row->stamp = 0;
@@ -482,18 +354,10 @@ int gtk_tree_model_iter_previous(GtkTreeModel *model, GtkTreeIter *row) {
   return found;
 }
 
-}  // namespace
-
-// --- Mode conversion, auto-extension and project files ---------------------------
-
-namespace {
-
-int side_of_list(GtkTreeModel *list) { return is_left(list) ? 1 : 0; }
-
 // Adds the bars as rows (the store sorts them into place by start line), detached from
 // the view as when clearing, so that the view takes in the whole refill at once.
 void append_bars(GtkListStore *list, const std::vector<LineRun> &bars) {
-  GtkTreeView *view = GTK_TREE_VIEW(is_left(GTK_TREE_MODEL(list)) ? treeview_rasters_left : treeview_rasters_right);
+  GtkTreeView *view = view_of_side(side_of_list(GTK_TREE_MODEL(list)));
   g_object_ref(list);
   if (view) gtk_tree_view_set_model(view, nullptr);
   for (const LineRun &bar : bars)
@@ -513,31 +377,10 @@ std::vector<LineRun> rows_of(GtkTreeModel *model) {
   return rows;
 }
 
-}  // namespace
-
-void rastermodel_fill_models_from_arrays(void) {
-  rastermodel_delete_all_bars();
-  rastermodel_fill_models_from_arrays_inner(model_rasters_left);
-  rastermodel_fill_models_from_arrays_inner(model_rasters_right);
-}
-
-namespace {
-
 // Every run of equal colour beside the picture becomes one bar.
 void rastermodel_fill_models_from_arrays_inner(GtkListStore *list) {
-  const int *colors = side_of_list(GTK_TREE_MODEL(list)) == 1 ? colors_left : colors_right;
-  append_bars(list, rasterarray_find_runs(colors + first_picture_line, picture_lines, first_picture_line));
+  append_bars(list, rasterarray_runs(rasterarray_lines_of(side_of_list(GTK_TREE_MODEL(list)))));
 }
-
-}  // namespace
-
-void rastermodel_fill_arrays_from_models(int border_colour) {
-  rasterarray_delete_all_bars();
-  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_left), border_colour);
-  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_right), border_colour);
-}
-
-namespace {
 
 // Each line takes what is shown on it: the colour of the last row covering it, and no
 // colour where no row covers it or the row is in the border colour.
@@ -549,7 +392,119 @@ void rastermodel_fill_arrays_from_models_inner(GtkTreeModel *list, int border_co
     rasterarray_set_color_at_index(side, first_picture_line + i, shown[i] == border_colour ? -1 : shown[i]);
 }
 
+// Runs of equal pixels down the picture's outer column become bars, except those in the
+// border colour.
+void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour) {
+  if (!picture) return;
+  const int x = side_of_list(GTK_TREE_MODEL(list)) == side_left ? 0 : gdk_pixbuf_get_width(picture) - 1;
+  const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
+  std::vector<LineRun> bars = rasterarray_find_runs(column.data(), static_cast<int>(column.size()), first_picture_line);
+  for (LineRun &bar : bars) bar.color = rasterarray_index_for_packed_rgb(bar.color);
+  append_bars(list, bars);
+}
+
+// Takes the entries of one group as Extended mode does (projectfile_extended_bars).
+void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) {
+  append_bars(list, projectfile_extended_bars(key_file, group));
+}
+
 }  // namespace
+
+// --- Lists and views --------------------------------------------------------------
+
+void rastermodel_module_init(void) {
+  treeview_rasters_left = lookup_widget(window_main, "treeview_rasters_left");
+  treeview_rasters_right = lookup_widget(window_main, "treeview_rasters_right");
+  model_rasters_left = create_bar_store();
+  model_rasters_right = create_bar_store();
+  for (auto [view, store] :
+       {std::pair{treeview_rasters_left, model_rasters_left}, std::pair{treeview_rasters_right, model_rasters_right}}) {
+    if (!view) continue;  // without its view the list keeps the creator's reference
+    rastermodel_insert_bar_treeview_columns(GTK_TREE_VIEW(view));
+    gtk_tree_view_set_model(GTK_TREE_VIEW(view), GTK_TREE_MODEL(store));
+    g_object_unref(store);  // from here on the view holds the only reference
+  }
+}
+
+// --- Adding and removing bars -----------------------------------------------------
+
+void rastermodel_add_bar_left(void) { rastermodel_add_bar(model_rasters_left); }
+void rastermodel_add_bar_right(void) { rastermodel_add_bar(model_rasters_right); }
+
+void rastermodel_remove_bar_left(void) {
+  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
+}
+void rastermodel_remove_bar_right(void) {
+  rastermodel_remove_bar(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
+}
+
+void rastermodel_delete_all_bars(void) {
+  clear_list(GTK_TREE_VIEW(treeview_rasters_left), model_rasters_left);
+  clear_list(GTK_TREE_VIEW(treeview_rasters_right), model_rasters_right);
+}
+
+// --- Drawing ----------------------------------------------------------------------
+
+void rastermodel_render_lines(int side, cairo_t *cr, int with_selection, int zoom) {
+  GtkListStore *list = list_of_side(side);
+  GtkWidget *view = side == side_left ? treeview_rasters_left : treeview_rasters_right;
+  Drawing drawing{cr, zoom};
+  if (list) gtk_tree_model_foreach(GTK_TREE_MODEL(list), rastermodel_foreach_render_lines, &drawing);
+
+  // The outer edge of each border area is always black.
+  palette_fill_rect(cr, 0, side == side_left ? 0 : bar_width * zoom, 0, outer_strip_width * zoom,
+                    vert_border_height * zoom);
+
+  if (with_selection == 1 && list && view)
+    rastermodel_mark_selection(GTK_TREE_VIEW(view), GTK_TREE_MODEL(list), cr, zoom);
+}
+
+void rastermodel_render_lines_left(cairo_t *cr, int with_selection) {
+  rastermodel_render_lines(side_left, cr, with_selection, options_expansion);
+}
+void rastermodel_render_lines_right(cairo_t *cr, int with_selection) {
+  rastermodel_render_lines(side_right, cr, with_selection, options_expansion);
+}
+
+// --- Per-line table, mouse pick, cursor -------------------------------------------
+
+void rastermodel_get_bars_left(unsigned char out[picture_lines], int fallback) {
+  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_left), out, fallback);
+}
+void rastermodel_get_bars_right(unsigned char out[picture_lines], int fallback) {
+  rastermodel_get_bars(GTK_TREE_MODEL(model_rasters_right), out, fallback);
+}
+
+void rastermodel_button_press_left(int row) {
+  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), row);
+}
+void rastermodel_button_press_right(int row) {
+  rastermodel_button_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), row);
+}
+
+// --- Keys -------------------------------------------------------------------------
+
+int rastermodel_key_press_left(unsigned int keyval, unsigned int state) {
+  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_left), GTK_TREE_MODEL(model_rasters_left), keyval, state);
+}
+int rastermodel_key_press_right(unsigned int keyval, unsigned int state) {
+  return rastermodel_key_press(GTK_TREE_VIEW(treeview_rasters_right), GTK_TREE_MODEL(model_rasters_right), keyval,
+                               state);
+}
+
+// --- Mode conversion, auto-extension and project files ---------------------------
+
+void rastermodel_fill_models_from_arrays(void) {
+  rastermodel_delete_all_bars();
+  rastermodel_fill_models_from_arrays_inner(model_rasters_left);
+  rastermodel_fill_models_from_arrays_inner(model_rasters_right);
+}
+
+void rastermodel_fill_arrays_from_models(int border_colour) {
+  rasterarray_delete_all_bars();
+  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_left), border_colour);
+  rastermodel_fill_arrays_from_models_inner(GTK_TREE_MODEL(model_rasters_right), border_colour);
+}
 
 void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) {
   if (!picture) return;
@@ -557,50 +512,27 @@ void rastermodel_expand_picture(GdkPixbuf *picture, int border_colour) {
   rastermodel_expand_picture_inner(model_rasters_right, picture, border_colour);
 }
 
-namespace {
-
-// Runs of equal pixels down the picture's outer column become bars, except those in the
-// border colour.
-void rastermodel_expand_picture_inner(GtkListStore *list, GdkPixbuf *picture, int border_colour) {
-  if (!picture) return;
-  const int x = side_of_list(GTK_TREE_MODEL(list)) == 1 ? 0 : gdk_pixbuf_get_width(picture) - 1;
-  const std::vector<int> column = rasterarray_read_picture_column(picture, x, border_colour);
-  std::vector<LineRun> bars = rasterarray_find_runs(column.data(), static_cast<int>(column.size()), first_picture_line);
-  for (LineRun &bar : bars) bar.color = rasterarray_index_for_packed_rgb(bar.color);
-  append_bars(list, bars);
-}
-
-}  // namespace
-
 // The rows are written as they are, in list order, overlaps included.
 void rastermodel_dump_models_to_key_file(GKeyFile *key_file) {
-  rasterarray_write_bar_group(key_file, "left", rows_of(GTK_TREE_MODEL(model_rasters_left)));
-  rasterarray_write_bar_group(key_file, "right", rows_of(GTK_TREE_MODEL(model_rasters_right)));
+  for (BorderSide side : {side_left, side_right})
+    projectfile_write_bar_group(key_file, projectfile_groups[side], rastermodel_get_rows(side));
 }
 
 void rastermodel_fill_models_from_key_file(GKeyFile *key_file) {
   rastermodel_delete_all_bars();
-  rastermodel_fill_models_from_key_file_internal(model_rasters_left, key_file, "left");
-  rastermodel_fill_models_from_key_file_internal(model_rasters_right, key_file, "right");
+  for (BorderSide side : {side_left, side_right})
+    rastermodel_fill_models_from_key_file_internal(list_of_side(side), key_file, projectfile_groups[side]);
 }
 
-namespace {
-
-// Takes every entry that starts beside the picture and ends by its last line; overlaps
-// and empty bars are kept. A colour is taken modulo 16 with the sign of the stored value;
-// an entry whose colour comes out negative is dropped, since a row always holds a colour 0..15.
-void rastermodel_fill_models_from_key_file_internal(GtkListStore *list, GKeyFile *key_file, const char *group) {
-  std::vector<LineRun> taken;
-  for (LineRun bar : rasterarray_read_bar_group(key_file, group)) {
-    bar.color %= 16;
-    if (bar.start >= first_picture_line && static_cast<long long>(bar.start) + bar.height <= last_picture_line + 1 &&
-        bar.color >= 0)
-      taken.push_back(bar);
+// Rows are taken in list order, so the last row covering a line gives its colour.
+void rastermodel_table_of_rows(const std::vector<LineRun> &rows, unsigned char out[picture_lines], int fallback) {
+  std::fill(out, out + picture_lines, static_cast<unsigned char>(fallback));
+  for (const LineRun &row : rows) {
+    const RasterBar bar{row.start, row.height, row.color};
+    for (int line = first_picture_line; line <= last_picture_line; ++line)
+      if (bar.covers(line)) out[line - first_picture_line] = static_cast<unsigned char>(bar.color);
   }
-  append_bars(list, taken);
 }
-
-}  // namespace
 
 // --- Rows as values, for undo and ramps --------------------------------------------
 

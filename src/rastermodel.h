@@ -9,11 +9,6 @@
 #include "geometry.h"
 #include "rasterarray.h"
 
-extern GtkListStore *model_rasters_left;
-extern GtkListStore *model_rasters_right;
-extern GtkWidget *treeview_rasters_left;
-extern GtkWidget *treeview_rasters_right;
-
 // Columns of a RasterBar row.
 enum { RASTER_COLUMN_LINE = 0, RASTER_COLUMN_HEIGHT = 1, RASTER_COLUMN_COLOR = 2, RASTER_N_COLUMNS = 3 };
 
@@ -28,7 +23,9 @@ void rastermodel_remove_bar_left(void);
 void rastermodel_remove_bar_right(void);
 void rastermodel_delete_all_bars(void);
 
-// Drawing into a border area (the caller has painted the border colour).
+// Drawing into a border area at `zoom` (the caller has painted the border colour); the
+// _left / _right forms draw at the zoom in force.
+void rastermodel_render_lines(int side, cairo_t *cr, int with_selection, int zoom);
 void rastermodel_render_lines_left(cairo_t *cr, int with_selection);
 void rastermodel_render_lines_right(cairo_t *cr, int with_selection);
 
@@ -36,6 +33,9 @@ void rastermodel_render_lines_right(cairo_t *cr, int with_selection);
 // no bar covers a line, the last covering row where bars overlap.
 void rastermodel_get_bars_left(unsigned char out[picture_lines], int fallback);
 void rastermodel_get_bars_right(unsigned char out[picture_lines], int fallback);
+
+// The same table from rows given as values, in list order: plain data, no list needed.
+void rastermodel_table_of_rows(const std::vector<LineRun> &rows, unsigned char out[picture_lines], int fallback);
 
 // A click on `row` (relative to the picture's top) selects the first bar covering it.
 void rastermodel_button_press_left(int row);

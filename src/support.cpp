@@ -1,8 +1,8 @@
-// support: finding widgets by name, the process-wide state of the shell (window_main,
-// app_folder) and the start-up sequence that main() runs.
+// support: the bottom layer of the shell: finding and registering widgets by name, the
+// message catalogue's lookup, replacing files safely and the owners of the toolkit's
+// objects. Includes no other module of the program.
 //
-// May touch: every module's init function, the options and the main window; the files it
-// is asked to replace.
+// May touch: the widgets it is given and the files it is asked to replace.
 #include "support.h"
 
 #include <fcntl.h>
@@ -13,18 +13,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
-
-#include "c64pixbufs.h"
-#include "callbacks.h"
-#include "controls.h"
-#include "interface.h"
-#include "main.h"
-#include "options.h"
-#include "rastermodel.h"
-#include "undo.h"
-
-GtkWidget *window_main = nullptr;
-char *app_folder = nullptr;
 
 GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name) {
   GtkWidget *parent = nullptr;
@@ -42,22 +30,10 @@ GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name) {
   return found;
 }
 
-void main_set_app_folder(const char *argv0) {
-  g_free(app_folder);
-  const char *slash = argv0 ? strrchr(argv0, G_DIR_SEPARATOR) : nullptr;
-  app_folder = slash ? g_strndup(argv0, slash - argv0) : g_strdup(".");
-}
-
-void main_start_up(void) {
-  window_main = create_window_main();
-  gtk_widget_show(window_main);
-  g_signal_connect(G_OBJECT(window_main), "destroy", G_CALLBACK(gtk_main_quit), nullptr);
-  controls_attach_icon_to_window(window_main);
-  c64pixbufs_module_init();
-  rastermodel_module_init();
-  options_module_init();
-  controls_adjust_from_options();
-  undo_module_init();
+GtkWidget *support_named_widget(GtkWidget *toplevel, GtkWidget *widget, const char *name, bool show) {
+  if (show) gtk_widget_show(widget);
+  GLADE_HOOKUP_OBJECT(toplevel, widget, name);
+  return widget;
 }
 
 namespace {

@@ -1,9 +1,13 @@
-// support: finding widgets by name, and small helpers shared by the shell modules.
+// support: finding widgets by name, and small helpers shared by the shell modules. The
+// bottom layer: includes no other module of the program.
 #pragma once
 
 #include <gtk/gtk.h>
 
 #include <memory>
+
+// The program's name and version, as the About box and the project files show it.
+#define QUILLBAR_NAME_VERSION "Quillbar 1.4.2"
 
 // Registers `widget` on `toplevel` under `name`, holding a reference that is dropped
 // when the toplevel is destroyed.
@@ -17,6 +21,15 @@
 // Returns the widget registered under `name` on the toplevel that contains `widget`,
 // or NULL after logging "Widget not found: %s".
 GtkWidget *lookup_widget(GtkWidget *widget, const gchar *name);
+
+// Registers `widget` under `name` on `toplevel` (holding a reference) and shows it unless
+// told otherwise; returns the widget, for building a tree in one expression.
+GtkWidget *support_named_widget(GtkWidget *toplevel, GtkWidget *widget, const char *name, bool show = true);
+
+// The program's strings as the message catalogue translates them; N_ marks a string for
+// the catalogue where it is translated later.
+#define _(text) g_dgettext("quillbar", text)
+#define N_(text) (text)
 
 // Replaces the file at `path` with `length` bytes of `data` without ever leaving it half
 // written: the bytes go to a temporary file beside it, which is renamed over it only after

@@ -10,10 +10,10 @@
 
 #include <algorithm>
 
-#include "callbacks.h"
-#include "main.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "screenview.h"
+#include "state.h"
 #include "support.h"
 
 History undo_history;
@@ -35,17 +35,6 @@ std::vector<LineRun> line_runs(const std::vector<BarRow> &rows) {
   runs.reserve(rows.size());
   for (const BarRow &row : rows) runs.push_back({row.start, row.height, row.color});
   return runs;
-}
-
-int *lines_of(int side) { return side == 1 ? colors_left : colors_right; }
-
-struct SelectionRefs {
-  int &start, &end, &active;
-};
-
-SelectionRefs selection_of(int side) {
-  if (side == 1) return {selection_start_left, selection_end_left, selection_active_left};
-  return {selection_start_right, selection_end_right, selection_active_right};
 }
 
 void set_sensitive(const char *name, int sensitive) {
@@ -85,8 +74,8 @@ EditorState undo_capture_state(void) {
   state.border = border_color_index;
   for (int side : {0, 1}) {
     SideState &s = state.sides[side];
-    std::copy(lines_of(side), lines_of(side) + RASTER_LINES, s.lines.begin());
-    const SelectionRefs selection = selection_of(side);
+    std::copy(rasterarray_lines_of(side), rasterarray_lines_of(side) + RASTER_LINES, s.lines.begin());
+    const LineSelection selection = rasterarray_selection_of(side);
     s.selection_start = selection.start;
     s.selection_end = selection.end;
     s.selection_active = selection.active;
@@ -110,8 +99,8 @@ void undo_restore_state(const EditorState &state) {
   border_color_index = state.border;
   for (int side : {0, 1}) {
     const SideState &s = state.sides[side];
-    std::copy(s.lines.begin(), s.lines.end(), lines_of(side));
-    const SelectionRefs selection = selection_of(side);
+    std::copy(s.lines.begin(), s.lines.end(), rasterarray_lines_of(side));
+    const LineSelection selection = rasterarray_selection_of(side);
     selection.start = s.selection_start;
     selection.end = s.selection_end;
     selection.active = s.selection_active;

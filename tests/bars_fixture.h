@@ -9,11 +9,11 @@
 #include <tuple>
 
 #include "callbacks.h"
-#include "main.h"
 #include "options.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "state.h"
 #include "support.h"
 #include "testutil.h"
 

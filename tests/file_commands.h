@@ -4,11 +4,11 @@
 
 #include "callbacks.h"
 #include "controls.h"
-#include "main.h"
 #include "options.h"
 #include "palette.h"
 #include "rasterarray.h"
 #include "rastermodel.h"
+#include "state.h"
 #include "support.h"
 #include "testutil.h"
 

@@ -14,6 +14,7 @@
 #include "bars_fixture.h"
 #include "c64.h"
 #include "file_commands.h"
+#include "hiresdecoder.h"
 #include "preview.h"
 
 namespace {

@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "callbacks.h"
+#include "controls.h"
+#include "dialogs.h"
 #include "interface.h"
-#include "main.h"
 #include "preview.h"
 #include "rampdialog.h"
+#include "state.h"
 #include "support.h"
 #include "testutil.h"
 #include "undo.h"

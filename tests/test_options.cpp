@@ -6,8 +6,8 @@
 #include <regex>
 
 #include "controls.h"
-#include "main.h"
 #include "options.h"
+#include "state.h"
 #include "support.h"
 #include "testutil.h"
 

@@ -13,6 +13,7 @@
 #include "palette.h"
 #include "pixbufs.h"
 #include "reencode.h"
+#include "state.h"
 #include "testutil.h"
 
 namespace {

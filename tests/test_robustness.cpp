@@ -13,6 +13,7 @@
 #include <set>
 
 #include "file_commands.h"
+#include "hiresdecoder.h"
 
 namespace {
 

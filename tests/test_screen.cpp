@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "bars_fixture.h"
+#include "screenview.h"
 
 namespace {
 

@@ -47,8 +47,8 @@ int main(int argc, char **argv) {
   if (m->cpu.jammed) std::printf("# processor stopped at $%04X (opcode $%02X)\n", m->cpu.pc, c64_peek(m, m->cpu.pc));
   std::printf(
       "# %s, after %d frames, as last written: $D011=%02X $D016=%02X $D018=%02X $D015=%02X $D020=%02X $D021=%02X\n",
-      info->name, frames, m->vic.reg[VIC2_CTRL1], m->vic.reg[VIC2_CTRL2], m->vic.reg[VIC2_MEMORY],
-      m->vic.reg[VIC2_SPRITE_ENABLE], m->vic.reg[VIC2_BORDER], m->vic.reg[VIC2_BACKGROUND0]);
+      info->name, frames, m->vic.regs.reg[VIC2_CTRL1], m->vic.regs.reg[VIC2_CTRL2], m->vic.regs.reg[VIC2_MEMORY],
+      m->vic.regs.reg[VIC2_SPRITE_ENABLE], m->vic.regs.reg[VIC2_BORDER], m->vic.regs.reg[VIC2_BACKGROUND0]);
   std::printf("# last complete frame: colour of each visible side border (-1: more than one);\n");
   std::printf("# writes to $D020 as cycle:colour\n# line left right  writes\n");
   for (int line = first_picture_line - 1; line <= last_picture_line; ++line) {

@@ -117,7 +117,7 @@ TEST(Vic2, GraphicsModes) {
                               {VIC2_BACKGROUND0 + 2, b2},
                               {VIC2_BACKGROUND0 + 3, b3}})
       vic2_write(vic.get(), reg, static_cast<uint8_t>(value));
-    while (vic->frames < 2) vic2_cycle(vic.get());
+    while (vic->beam.frames < 2) vic2_cycle(vic.get());
     const uint8_t *row = vic2_frame(vic.get()) + first_picture_line * vic2_frame_width(vic.get()) + kVic2GraphicsLeft;
     EXPECT_EQ(std::vector<int>(row, row + 8), std::vector<int>(pixels.begin(), pixels.end()));
   }

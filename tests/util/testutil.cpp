@@ -4,8 +4,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "main.h"
 #include "palette.h"
+#include "startup.h"
+#include "state.h"
 #include "support.h"
 
 namespace fs = std::filesystem;
@@ -53,8 +54,8 @@ const std::string &test_config_home() {
 
 GtkWidget *start_app() {
   if (!window_main) {
-    main_set_app_folder("./quillbar");
-    main_start_up();
+    startup_set_app_folder("./quillbar");
+    startup_build_editor();
     pump_events(100);
   }
   return window_main;
