@@ -1,16 +1,12 @@
-// Pictures: the palette lookups, the character sets against the character ROM, picture files
-// (the real sample pictures, the formats no sample has, the errors) and the multicolour
-// re-encoding. That the editor draws a picture as a C64 shows it is checked on the C64 model
-// by the export tests.
+// Pictures: the character sets against the character ROM, picture files (the real sample
+// pictures, the formats no sample has, the errors) and the multicolour re-encoding. That the editor draws a picture as
+// a C64 shows it is checked on the C64 model by the export tests.
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <random>
 
 #include "c64pixbufs.h"
 #include "hiresdecoder.h"
-#include "options.h"
-#include "palette.h"
 #include "pixbufs.h"
 #include "reencode.h"
 #include "state.h"
@@ -79,25 +75,6 @@ PictureData reencoded(const PictureData &in) {
 }
 
 }  // namespace
-
-// In each palette the lookup by value finds every colour again and nothing next to it (0);
-// indexes 16..31 are 0..15 again, and both forms of a colour agree.
-TEST(Palette, LookupsFindEachColourAgain) {
-  for (options_palette = 0; options_palette < 4; options_palette++)
-    for (int i = 0; i < 32; i++) {
-      unsigned char rgb[3], again[3];
-      double fraction[3];
-      palette_get_rgb_at_index(i, rgb);
-      palette_get_rgb_at_index(i % 16, again);
-      palette_get_rgb_double_at_index(i, fraction);
-      EXPECT_EQ(std::memcmp(rgb, again, 3), 0);
-      for (int c = 0; c < 3; c++) EXPECT_NEAR(fraction[c], rgb[c] / 255.0, 1e-10);
-      EXPECT_EQ(palette_get_index_for_rgb(rgb), static_cast<unsigned int>(i % 16)) << options_palette << " " << i;
-      rgb[2] ^= 1;
-      EXPECT_EQ(palette_get_index_for_rgb(rgb), 0u) << options_palette << " " << i;
-    }
-  options_palette = 0;
-}
 
 // In both sets codes 0..127 are the ROM's glyphs and 128..255 their reverse, except that
 // the reversed '@' takes its sixth row from the second row of '@', as in the ROM.
@@ -196,17 +173,10 @@ TEST_F(Decoder, RejectsUnknownAndMismatchedFiles) {
   EXPECT_TRUE(g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT));
 }
 
-// Random bytes look the same re-encoded. The first cell puts its colours in ascending order
-// whatever sources held them and fills unused slots with 13; later cells keep colours in the
-// slots they had.
+// Re-encoded cells look the same (on random data: the export test). The first cell puts its
+// colours in ascending order whatever sources held them and fills unused slots with 13; later
+// cells keep colours in the slots they had.
 TEST(Reencode, ColourOrderEmptySlotsAndSlotHistory) {
-  PictureData random_picture{};
-  std::mt19937 random(1234);
-  for (auto &byte : random_picture.bitmap) byte = static_cast<unsigned char>(random());
-  for (int i = 0; i < 1000; ++i)  // the colour bytes' high nibbles are junk
-    random_picture.screen[i] = random(), random_picture.color[i] = random();
-  random_picture.background = 5;
-  reencoded(random_picture);
   // Per cell: screen high and low nibble, colour (0 is the background), first pixel row;
   // then the screen and colour bytes wanted for cells 0 and 1.
   const struct {

@@ -135,7 +135,7 @@ TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
       case 10: if (pick(8) == 0) activate("menuitem_tools_auto_expand_picture"); break;
       case 11: if (pick(8) == 0) { answer_next_dialog(pick(2) ? GTK_RESPONSE_YES : GTK_RESPONSE_NO); click("toolbutton_delete_all_bars"); } break;
       case 12:
-        if (pick(6) != 0) break;
+        if (pick(3) != 0) break;
         answer_next_dialog(GTK_RESPONSE_OK, [&, side](GtkWidget *chooser) { choose_path(chooser, side ? picture : project); });
         activate(side ? "menuitem_open_picture" : "menuitem_open_project");
         break;
