@@ -42,16 +42,6 @@ std::unique_ptr<C64> run(const Bytes &prg, Vic2Model model, uint64_t frames) {
 const std::tuple<const char *, Vic2Model, int, int> kMachines[] = {
     {"pal", VIC2_PAL_6569, 504, 312}, {"ntsc", VIC2_NTSC_6567R8, 520, 263}, {"paln", VIC2_PALN_6572, 520, 312}};
 
-// A processor at `pc` on flat memory that holds `code` from `at` on, zero elsewhere.
-struct Cpu {
-  std::unique_ptr<M6502FlatMemory> memory = std::make_unique<M6502FlatMemory>();
-  M6502 cpu;
-  Cpu(const Bytes &code, uint16_t at, uint16_t pc) {
-    std::copy(code.begin(), code.end(), memory->bytes + at);
-    m6502_init(&cpu, memory->bus(), pc);
-  }
-};
-
 }  // namespace
 
 // The public functional test image ends in an instruction that jumps to itself; $3469 is the
@@ -61,12 +51,15 @@ TEST(M6502, PassesTheFunctionalTest) {
   if (path.empty()) GTEST_SKIP() << "shared data not available";
   const Bytes image = file_bytes(path);
   ASSERT_EQ(image.size(), 65536u);
-  Cpu c(image, 0, 0x0400);
-  for (uint16_t before = 0; before != c.cpu.pc && c.cpu.cycles < 200000000 && !c.cpu.jammed;) {
-    before = c.cpu.pc;
-    m6502_step(&c.cpu);
+  auto memory = std::make_unique<M6502FlatMemory>();
+  std::copy(image.begin(), image.end(), memory->bytes);
+  M6502 cpu;
+  m6502_init(&cpu, memory->bus(), 0x0400);
+  for (uint16_t before = 0; before != cpu.pc && cpu.cycles < 200000000 && !cpu.jammed;) {
+    before = cpu.pc;
+    m6502_step(&cpu);
   }
-  EXPECT_EQ(c.cpu.pc, 0x3469) << std::hex << "trapped at " << c.cpu.pc;
+  EXPECT_EQ(cpu.pc, 0x3469) << std::hex << "trapped at " << cpu.pc;
 }
 
 // The first cell's top pixel row in each mode from screen byte $A1, colour nibble $D, bitmap
