@@ -279,7 +279,7 @@ TEST_F(Preview, RunsTheExportOnEachMachine) {
   for (int active : {0, 1}) EXPECT_TRUE((screens[{active, false}] == screens[{active, true}])) << active;
   colors_right[130] = 2;
   gtk_button_clicked(GTK_BUTTON(widget("button_preview_restart")));
-  EXPECT_EQ(status(), "PAL-N 6572, frame 60: Bars match the editor");
+  EXPECT_EQ(status(), "PAL-N 6572, frame " + std::to_string(preview_fast_forward_frames) + ": Bars match the editor");
   EXPECT_EQ(shown(screen(), VIC2_PALN_6572, 470, 130), rgb_of(2));
 
   gtk_widget_destroy(window_preview);
@@ -295,7 +295,7 @@ TEST_F(Preview, RunsInRealTimeOnlyWhileShown) {
   activate("menuitem_tools_preview");
   pump_events(300);
   EXPECT_TRUE(preview_running());
-  EXPECT_NEAR(preview_frames(), 75, 5);  // 60 fast-forwarded, then about 15 in 300 ms
+  EXPECT_NEAR(preview_frames(), preview_fast_forward_frames + 15, 5);  // about 15 more in 300 ms
   gtk_widget_hide(window_preview);
   pump_events(100);
   EXPECT_FALSE(preview_running());
