@@ -10,6 +10,32 @@
 
 namespace {
 
+// Checks that each probe's side border area shows its colour at (x, line) in zoom-1 terms, at
+// zoom 1 and 3, with a picture loaded and without one; without one there is no selection mark
+// (colour 1) and the black outer strip shows. Ends at zoom 1.
+struct Probe {
+  int side, x, line, colour;
+};
+void expect_shown(const std::vector<Probe> &probes) {
+  for (int z : {1, 3})
+    for (int loaded : {1, 0})
+      for (int side : {1, 0}) {
+        picture_loaded = loaded;
+        set_zoom(z);
+        gtk_widget_queue_draw(area_of(side));
+        GdkPixbuf *shot = grab_widget(area_of(side));
+        for (const Probe &p : probes) {
+          if (p.side != side) continue;
+          EXPECT_EQ(pixel_at(shot, p.x * z + z - 1, (p.line - 3) * z + z - 1),
+                    rgb_of(p.colour == 1 && !loaded ? 0 : p.colour))
+              << "zoom " << z << " loaded " << loaded << " side " << side << " at " << p.x << "," << p.line;
+        }
+        g_object_unref(shot);
+      }
+  picture_loaded = 1;
+  set_zoom(1);
+}
+
 using Borders = BarsTest;
 const Bars three{{60, 2, 9}, {70, 2, 9}, {80, 2, 9}};
 const Bar sevens{first_picture_line, picture_lines, 7};  // every picture line in colour 7
