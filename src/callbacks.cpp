@@ -1,12 +1,12 @@
 // callbacks: the signal handlers of the main window and the commands behind them: the
-// picture and project commands and the two exports.
+// picture and project commands and the exports.
 //
 // Owns the picture state (picture_loaded, pixbuf_picture, the paths), the border colour
 // and the active input mode. Handlers stay one call deep: the bars belong to rastermodel
 // (Extended mode) and rasterarray (Compact mode), the drawing areas to screenview, the
 // options to options, the feedback to controls, decoding and rendering to hiresdecoder,
 // the file choosers to fileopen, the project file to projectfile, and the bytes and images
-// of the exports to prgexport and pngexport.
+// of the exports to prgexport, pngexport, bartables and diskimage.
 //
 // May touch: the globals it owns; the options (through their menu items and
 // options_save_to_file); the bars through inputmode, rastermodel and rasterarray; the
@@ -19,6 +19,7 @@
 #include <string>
 
 #include "controls.h"
+#include "diskimage.h"
 #include "fileopen.h"
 #include "hiresdecoder.h"
 #include "inputmode.h"
@@ -414,6 +415,31 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
 
 namespace {
 
+// The watch cursor over the main window while it lives.
+class BusyCursor {
+ public:
+  BusyCursor() : window_(window_main ? window_main->window : nullptr), watch_(gdk_cursor_new(GDK_WATCH)) {
+    if (!window_) return;
+    gdk_window_set_cursor(window_, watch_);
+    gdk_flush();
+  }
+  ~BusyCursor() {
+    if (window_) gdk_window_set_cursor(window_, nullptr);
+    gdk_cursor_unref(watch_);
+  }
+  BusyCursor(const BusyCursor &) = delete;
+  BusyCursor &operator=(const BusyCursor &) = delete;
+
+ private:
+  GdkWindow *window_;
+  GdkCursor *watch_;
+};
+
+// The file the work is known by: the project's, or else the picture's.
+const char *work_path() {
+  return utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
+}
+
 int export_to_executable(const PrgKind &kind, const char *filename) {
   unsigned char left[picture_lines], right[picture_lines];
   export_get_bar_tables(left, right);
@@ -450,17 +476,13 @@ int export_build_executable(std::vector<unsigned char> *prg) {
 }
 
 int export_run_cruncher(const char *filename) {
-  GdkWindow *window = window_main ? window_main->window : nullptr;
-  GdkCursor *watch = gdk_cursor_new(GDK_WATCH);
-  if (window) {
-    gdk_window_set_cursor(window, watch);
-    gdk_flush();
-  }
   GError *error = nullptr;
-  const int status = prgexport_run_cruncher(app_folder, filename, &error);
+  int status = 0;
+  {
+    BusyCursor busy;
+    status = prgexport_run_cruncher(app_folder, filename, &error);
+  }
   OwnedError spawn_error(error);
-  if (window) gdk_window_set_cursor(window, nullptr);
-  gdk_cursor_unref(watch);
   if (status < 0) {
     controls_report_error(spawn_error.get(), "The cruncher could not be run");
     return 0;
@@ -476,6 +498,53 @@ void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!filename) return;
   const PrgKind *kind = prgexport_kind(picture_data.format);
   if (kind && export_to_executable(*kind, filename.get()) == 1) export_run_cruncher(filename.get());
+}
+
+int export_bar_tables_to_file(const char *filename, const BarTableFormat &format) {
+  unsigned char left[picture_lines], right[picture_lines];
+  export_get_bar_tables(left, right);
+  OwnedString name(work_path() ? g_path_get_basename(work_path()) : nullptr);
+  const std::string text = bartables_text(format, left, right, border_color_index, name.get());
+  GError *error = nullptr;
+  if (!support_replace_file(filename, text.data(), text.size(), &error)) {
+    controls_report_write_error(error, filename, "The bar tables could not be written");
+    return 0;
+  }
+  report_info("Bar tables exported");
+  return 1;
+}
+
+int export_disk_image_to_file(const char *filename) {
+  std::vector<unsigned char> prg, crunched;
+  if (!export_build_executable(&prg)) return 0;
+  OwnedString base(g_path_get_basename(work_path() ? work_path() : "quillbar"));
+  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
+  GError *error = nullptr;
+  bool written = false;
+  {
+    BusyCursor busy;
+    written = prgexport_crunch(app_folder, prg, &crunched, &error) == 1 &&
+              diskimage_write(filename, crunched, base.get(), &error) == 1;
+  }
+  if (!written) {
+    controls_report_write_error(error, filename, "The disk image could not be written");
+    return 0;
+  }
+  report_info("Successfully exported to disk image D64");
+  return 1;
+}
+
+void on_menuitem_export_bar_tables_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  const BarTableFormat *format = nullptr;
+  OwnedString filename(fileopen_choose_tables_name(&format));
+  if (filename) export_bar_tables_to_file(filename.get(), *format);
+}
+
+void on_menuitem_export_disk_image_activate(GtkMenuItem *, gpointer) {
+  if (!need_picture()) return;
+  OwnedString filename(fileopen_choose_export_name(fileopen_save_disk_image_file, ".d64"));
+  if (filename) export_disk_image_to_file(filename.get());
 }
 
 int export_png_to_file(const char *filename) {

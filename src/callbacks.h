@@ -6,6 +6,8 @@
 
 #include <vector>
 
+#include "bartables.h"
+
 // Shutdown.
 void cleanup_before_quitting(void);
 void on_menuitem_quit_activate(GtkMenuItem *menuitem, gpointer user_data);
@@ -34,6 +36,12 @@ int export_run_cruncher(const char *filename);
 // and reports it in the status bar; 1 when written.
 int export_png_to_file(const char *filename);
 
+// Bar tables and disk image exports: the active mode's tables in `format` (the comment
+// naming the project's file, or else the picture's), and the crunched program on a D64
+// image under that file's name; each reports in the status bar and gives 1 when written.
+int export_bar_tables_to_file(const char *filename, const BarTableFormat &format);
+int export_disk_image_to_file(const char *filename);
+
 // Menu items.
 void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_save_project_activate(GtkMenuItem *menuitem, gpointer user_data);
@@ -42,6 +50,8 @@ void on_menuitem_open_picture_activate(GtkMenuItem *menuitem, gpointer user_data
 void on_menuitem_reload_picture_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_export_to_png_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_export_activate(GtkMenuItem *menuitem, gpointer user_data);
+void on_menuitem_export_bar_tables_activate(GtkMenuItem *menuitem, gpointer user_data);
+void on_menuitem_export_disk_image_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_interface_extended_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_interface_compact_activate(GtkMenuItem *menuitem, gpointer user_data);
 void on_menuitem_palette_peptos_activate(GtkMenuItem *menuitem, gpointer user_data);

@@ -1,14 +1,18 @@
-// fileopen: the five file choosers (open a picture, open a project, save a project, save a
-// PNG screenshot, save an executable) and the picture chooser's preview.
+// fileopen: the file choosers (open a picture, open a project, save a project, save a PNG
+// screenshot, an executable, bar tables or a disk image) and the picture chooser's preview.
 //
-// Owns: filter_lastopen (the picture chooser's last filter, for this run only). May touch:
+// Owns: filter_lastopen and tables_format_lastused (the picture chooser's and the bar tables
+// chooser's last filter, for this run only). May touch:
 // the three directory options (replaced when a chooser is accepted) and the dialogs it
 // builds (dialogs.h); reads the picture and project paths to suggest an export's name.
 // The choosers never read or write the chosen files.
 #include "fileopen.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "dialogs.h"
@@ -35,6 +39,7 @@ const FilterRow kAllFiles{"  All files (*) ", {"*"}};
 const FilterRow kProjects{"  Project files (.ini) ", {"*.INI", "*.Ini", "*.ini"}};
 const FilterRow kPng{"  PNG files (.png) ", {"*.PNG", "*.Png", "*.png"}};
 const FilterRow kExecutables{"  PRG files (.prg) ", {"*.PRG", "*.Prg", "*.prg"}};
+const FilterRow kDiskImages{"  D64 disk images (.d64) ", {"*.D64", "*.d64"}};
 
 // One chooser: the dialog to build, its title, its own filters in order (the first is
 // active unless told otherwise), the directory option it starts in and remembers.
@@ -62,6 +67,14 @@ const ChooserRow kExecutableChooser{create_filechooserdialog_save,
                                     {&kExecutables, &kAllFiles},
                                     &options_export_dir_string,
                                     true};
+const ChooserRow kDiskImageChooser{create_filechooserdialog_save,
+                                   "Save disk image file",
+                                   {&kDiskImages, &kAllFiles},
+                                   &options_export_dir_string,
+                                   true};
+
+// The format of the bar tables chooser's filter last accepted (an index of bartables_formats).
+int tables_format_lastused = 0;
 
 // Builds the dialog of a chooser with its title, filters and starting folder; the created
 // filters are returned in `filters`, in the order of the row.
@@ -140,6 +153,10 @@ int fileopen_save_executable_file(const char *suggested_name, char **path) {
   return run_plain_chooser(kExecutableChooser, suggested_name, path);
 }
 
+int fileopen_save_disk_image_file(const char *suggested_name, char **path) {
+  return run_plain_chooser(kDiskImageChooser, suggested_name, path);
+}
+
 // Shows the selected file as a C64 picture, at its own size; anything that does not
 // decode (a folder, another kind of file) leaves the preview hidden.
 void fileopen_update_hires_preview_cb(GtkFileChooser *chooser, gpointer preview) {
@@ -186,4 +203,34 @@ char *fileopen_choose_export_name(int (*chooser)(const char *, char **), const c
   OwnedString chosen_name(chosen);
   if (!picked || !chosen_name) return nullptr;
   return export_name_with_extension(chosen_name.get(), extension).release();
+}
+
+char *fileopen_choose_tables_name(const BarTableFormat **format) {
+  // One filter per format, matching its extension in lower and upper case.
+  std::vector<std::array<std::string, 2>> patterns;
+  for (const BarTableFormat &f : bartables_formats) {
+    OwnedString upper(g_ascii_strup(f.extension, -1));
+    patterns.push_back({std::string("*") + f.extension, std::string("*") + upper.get()});
+  }
+  std::vector<FilterRow> filter_rows;
+  for (std::size_t i = 0; i < patterns.size(); i++)
+    filter_rows.push_back({bartables_formats[i].filter_name, {patterns[i][1].c_str(), patterns[i][0].c_str()}});
+  ChooserRow row{create_filechooserdialog_save, "Save bar tables file", {}, &options_export_dir_string, true};
+  for (const FilterRow &filter : filter_rows) row.filters.push_back(&filter);
+
+  std::vector<GtkFileFilter *> filters;
+  OwnedDialog dialog = build_chooser(row, filters);
+  GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog.get());
+  gtk_file_chooser_set_filter(chooser, filters[tables_format_lastused]);
+  OwnedString suggestion = suggested_export_name(bartables_formats[tables_format_lastused].extension);
+  if (suggestion) gtk_file_chooser_set_current_name(chooser, suggestion.get());
+  gtk_file_chooser_set_do_overwrite_confirmation(chooser, TRUE);
+  char *chosen = nullptr;
+  if (!run_chooser(row, dialog.get(), &chosen)) return nullptr;
+  OwnedString chosen_name(chosen);
+  const auto active = std::find(filters.begin(), filters.end(), gtk_file_chooser_get_filter(chooser));
+  tables_format_lastused =
+      active == filters.end() ? tables_format_lastused : static_cast<int>(active - filters.begin());
+  *format = &bartables_formats[tables_format_lastused];
+  return export_name_with_extension(chosen, (*format)->extension).release();
 }

@@ -62,6 +62,8 @@ constexpr MenuRow kMenuRows[] = {
     {"menuitem_file_menu", "separator3", Kind::Separator, nullptr, nullptr, nullptr, 0, kNone, nullptr, nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_export_to_png", Kind::Image, N_("Export to PNG _image..."), "gtk-select-color", "image554", 0, kNone, N_("Export the project to a PNG image that can be used as a release screenshot for CSDb"), on_menuitem_export_to_png_activate, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_export", Kind::Image, N_("Export to _executable..."), "gtk-convert", "image507", 0, kNone, N_("Export project to a self-contained executable that can be used to release to CSDb"), on_menuitem_export_activate, nullptr, 0, false},
+    {"menuitem_file_menu", "menuitem_export_bar_tables", Kind::Image, N_("Export bar _tables..."), "gtk-index", "image_export_bar_tables", 0, kNone, N_("Export the colours of the bars, line by line, as assembler source or binary data for your own code"), on_menuitem_export_bar_tables_activate, nullptr, 0, false},
+    {"menuitem_file_menu", "menuitem_export_disk_image", Kind::Image, N_("Export to _disk image..."), "gtk-floppy", "image_export_disk_image", 0, kNone, N_("Export the crunched executable on a D64 disk image, for an emulator or a real disk drive"), on_menuitem_export_disk_image_activate, nullptr, 0, false},
     {"menuitem_file_menu", "separator4", Kind::Separator, nullptr, nullptr, nullptr, 0, kNone, nullptr, nullptr, nullptr, 0, false},
     {"menuitem_file_menu", "menuitem_quit", Kind::Stock, nullptr, "gtk-quit", nullptr, 0, kNone, nullptr, on_menuitem_quit_activate, nullptr, 0, false},
 

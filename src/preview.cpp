@@ -14,6 +14,7 @@
 #include "callbacks.h"
 #include "cruncher.h"
 #include "geometry.h"
+#include "inputmode.h"
 #include "palette.h"
 #include "prg_templates.h"
 #include "state.h"
@@ -35,9 +36,9 @@ constexpr int kSpacing = 4;
 struct Preview {
   std::unique_ptr<C64> machine;
   Vic2Model model = VIC2_PAL_6569;
-  bool crunched = false;                                    // run the crunched program, decrunch and all
-  unsigned char left[picture_lines], right[picture_lines];  // the editor's bars when the program started
-  Surface image;                                            // the visible area at zoom 1
+  bool crunched = false;  // run the crunched program, decrunch and all
+  EditorBorders editor;   // the editor's bars when the program started
+  Surface image;          // the visible area at zoom 1
   guint timer = 0;
   bool iconified = false;
   gint64 paced_from = 0;  // real time and frame count from which the timer keeps pace
@@ -80,26 +81,28 @@ void update_image() {
   cairo_surface_mark_dirty(surface);
 }
 
+// The bars as the active mode draws them: Extended mode's rows in list order, or the runs of
+// Compact mode's lines 51..250.
+EditorBorders editor_borders() {
+  EditorBorders editor;
+  editor.border = border_color_index;
+  for (int side : {side_left, side_right}) editor.bars[side] = inputmode_bars(side);
+  return editor;
+}
+
 void update_status() {
-  const int differing =
-      preview_count_differing_lines(&model_info(), vic2_frame(&preview.machine->vic), preview.left, preview.right);
-  std::string verdict;
-  if (differing == 0)
-    verdict = _("Bars match the editor");
-  else if (differing == 1)
-    verdict = _("1 line differs from the editor");
-  else
-    verdict = std::to_string(differing) + _(" lines differ from the editor");
+  const Verdict verdict = verdict_compare(&model_info(), vic2_frame(&preview.machine->vic), preview.editor);
   OwnedString text(g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
-                                   static_cast<unsigned long long>(preview_frames()), verdict.c_str()));
+                                   static_cast<unsigned long long>(preview_frames()), verdict_text(verdict).c_str()));
   gtk_label_set_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status")), text.get());
 }
 
+// The screen at the editor's zoom; a long status wraps within its width.
 void set_area_size() {
   const Vic2ModelInfo &m = model_info();
-  const int z = options_expansion;
-  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), (m.last_x - m.first_x + 1) * z,
-                              m.visible_lines * z);
+  const int z = options_expansion, width = (m.last_x - m.first_x + 1) * z;
+  gtk_widget_set_size_request(lookup_widget(window_preview, "drawingarea_preview"), width, m.visible_lines * z);
+  gtk_widget_set_size_request(lookup_widget(window_preview, "label_preview_status"), width - 2 * kSpacing, -1);
 }
 
 void show_frame() {
@@ -137,7 +140,7 @@ bool start_program() {
     }
     prg = std::move(crunched);
   }
-  export_get_bar_tables(preview.left, preview.right);
+  preview.editor = editor_borders();
   if (!preview.machine) preview.machine = std::make_unique<C64>();
   if (!c64_start(preview.machine.get(), prg, preview.model)) return false;
   c64_run_frames(preview.machine.get(),
@@ -262,6 +265,7 @@ GtkWidget *create_window_preview(void) {
   gtk_box_pack_start(GTK_BOX(vbox), support_named_widget(window, gtk_drawing_area_new(), "drawingarea_preview"), FALSE,
                      FALSE, 0);
   GtkWidget *status = support_named_widget(window, gtk_label_new(""), "label_preview_status");
+  gtk_label_set_line_wrap(GTK_LABEL(status), TRUE);
   gtk_misc_set_alignment(GTK_MISC(status), 0.0, 0.5);
   gtk_misc_set_padding(GTK_MISC(status), kSpacing, kSpacing);
   gtk_box_pack_start(GTK_BOX(vbox), status, FALSE, FALSE, 0);
@@ -292,18 +296,6 @@ void on_menuitem_tools_preview_activate(GtkMenuItem *, gpointer) {
   }
   gtk_window_present(GTK_WINDOW(window_preview));
   update_timer();
-}
-
-int preview_count_differing_lines(const Vic2ModelInfo *model, const uint8_t *frame, const uint8_t *left,
-                                  const uint8_t *right) {
-  int differing = 0;
-  for (int i = 0; i < picture_lines; i++) {
-    const int line = first_picture_line + i;
-    if (vic2_side_border_colour(model, frame, line, 1) != left[i] ||
-        vic2_side_border_colour(model, frame, line, 0) != right[i])
-      differing++;
-  }
-  return differing;
 }
 
 uint64_t preview_frames(void) { return preview.machine ? preview.machine->vic.beam.frames : 0; }

@@ -3,8 +3,12 @@
 // (prg_templates.h), the tables, the border colour and the graphics where the template
 // expects them. Runs the external cruncher on a written PRG.
 //
-// May touch: nothing but its arguments and the file it is told to crunch.
+// May touch: nothing but its arguments, the file it is told to crunch and temporary folders
+// of its own.
 #include "prgexport.h"
+
+#include <glib/gstdio.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <string>
@@ -65,4 +69,27 @@ int prgexport_run_cruncher(const char *folder, const char *filename, GError **er
                     error))
     return -1;
   return status;
+}
+
+int prgexport_crunch(const char *folder, const std::vector<unsigned char> &prg, std::vector<unsigned char> *crunched,
+                     GError **error) {
+  OwnedString work(g_dir_make_tmp("quillbar-crunch-XXXXXX", error));
+  if (!work) return 0;
+  OwnedString file(g_build_filename(work.get(), "program.prg", nullptr));
+  int done = 0;
+  if (g_file_set_contents(file.get(), reinterpret_cast<const char *>(prg.data()), static_cast<gssize>(prg.size()),
+                          error)) {
+    const int status = prgexport_run_cruncher(folder, file.get(), error);
+    gchar *bytes = nullptr;
+    gsize length = 0;
+    if (status > 0)
+      g_set_error(error, G_FILE_ERROR, G_FILE_ERROR_FAILED, "The cruncher failed (exit status %d)",
+                  WIFEXITED(status) ? WEXITSTATUS(status) : status);
+    else if (status == 0 && g_file_get_contents(file.get(), &bytes, &length, error))
+      crunched->assign(bytes, bytes + length), done = 1;
+    g_free(bytes);
+  }
+  g_remove(file.get());
+  g_rmdir(work.get());
+  return done;
 }

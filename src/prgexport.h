@@ -24,3 +24,9 @@ std::vector<unsigned char> prgexport_build(const PrgKind &kind, const PictureDat
 // crunched form. Returns the cruncher's exit status (0 for success), or -1 with *error set
 // when it could not be run.
 int prgexport_run_cruncher(const char *folder, const char *filename, GError **error);
+
+// The crunched form of `prg`, made by running the cruncher from `folder` on a copy in a
+// temporary folder of its own. 1 on success; else 0 with *error set (the cruncher's exit
+// status when it failed).
+int prgexport_crunch(const char *folder, const std::vector<unsigned char> &prg, std::vector<unsigned char> *crunched,
+                     GError **error);

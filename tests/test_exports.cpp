@@ -310,24 +310,28 @@ TEST_F(Preview, RunsInRealTimeOnlyWhileShown) {
   EXPECT_EQ(preview_frames(), 0u);
 }
 
-// A line counts when either of its visible side border segments is not wholly its colour.
+// A line counts when either of its visible side border segments is not wholly the colour the
+// editor draws there, on every line both show.
 TEST(PreviewCount, CountsLinesThatDiffer) {
   const Vic2ModelInfo *model = &vic2_models[VIC2_PAL_6569];
   const int width = model->cycles_per_line * 8;
   const std::vector<uint8_t> frame(static_cast<size_t>(width) * model->lines, 3);
-  std::vector<uint8_t> left(picture_lines, 3), right(picture_lines, 3);
+  EditorBorders editor;
+  editor.border = 3;
   for (auto [line, x, differing] : {std::tuple{51, model->first_x, 1},
                                     {250, model->last_x, 1},
                                     {100, kVic2GraphicsLeft - 1, 1},
                                     {100, kVic2GraphicsLeft + picture_width, 1},
                                     {100, model->first_x - 1, 0},
                                     {100, kVic2GraphicsLeft, 0},
-                                    {50, 100, 0}}) {
+                                    {16, 100, 1},
+                                    {287, 100, 1},
+                                    {15, 100, 0},
+                                    {288, 100, 0}}) {
     std::vector<uint8_t> changed = frame;
     changed[line * width + x] = 9;
-    EXPECT_EQ(preview_count_differing_lines(model, changed.data(), left.data(), right.data()), differing)
-        << line << "," << x;
+    EXPECT_EQ(verdict_compare(model, changed.data(), editor).lines.size(), size_t(differing)) << line << "," << x;
   }
-  right[0] = 4;
-  EXPECT_EQ(preview_count_differing_lines(model, frame.data(), left.data(), right.data()), 1);
+  editor.bars[0] = {{51, 1, 4}};
+  EXPECT_EQ(verdict_compare(model, frame.data(), editor).lines, std::vector<int>{51});
 }

@@ -75,6 +75,8 @@ const Item kItems[] = {
     N(menuitem_file_menu, separator3, '-', nullptr, "", ""),
     A(menuitem_file_menu, menuitem_export_to_png, 'i', "image554", "Export to PNG _image...", "", "Export the project to a PNG image that can be used as a release screenshot for CSDb"),
     A(menuitem_file_menu, menuitem_export, 'i', "image507", "Export to _executable...", "", "Export project to a self-contained executable that can be used to release to CSDb"),
+    A(menuitem_file_menu, menuitem_export_bar_tables, 'i', "image_export_bar_tables", "Export bar _tables...", "", "Export the colours of the bars, line by line, as assembler source or binary data for your own code"),
+    A(menuitem_file_menu, menuitem_export_disk_image, 'i', "image_export_disk_image", "Export to _disk image...", "", "Export the crunched executable on a D64 disk image, for an emulator or a real disk drive"),
     N(menuitem_file_menu, separator4, '-', nullptr, "", ""),
     A(menuitem_file_menu, menuitem_quit, 's', nullptr, "_Quit", "Ctrl+Q"),
     N(menubar_main, menuitem_edit, 'i', "image_edit", "Edit", ""),

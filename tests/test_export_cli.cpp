@@ -1,0 +1,232 @@
+// Exports for demo coders. quillbar-export run as a process without a display, against the
+// editor's own exports of the same project for each picture kind and input mode; its
+// assembler sources assembled; its D64 read back; its check on each machine; bad inputs. In
+// the editor: the preview's verdict on a bar that runs past the picture's last line.
+#include <glib/gstdio.h>
+#include <sys/wait.h>
+
+#include "bars_fixture.h"
+#include "diskimage.h"
+#include "file_commands.h"
+#include "preview.h"
+#include "state.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes read_bytes(const std::string &path) {
+  const std::string text = read_text(path);
+  return Bytes(text.begin(), text.end());
+}
+
+// A picture file of `size` bytes loading at `load`, its data varied.
+Bytes picture_file(unsigned load, size_t size) {
+  Bytes file(size);
+  for (size_t i = 2; i < size; i++) file[i] = static_cast<unsigned char>(i * 13 + i / 320);
+  file[0] = load & 0xff, file[1] = load >> 8;
+  return file;
+}
+
+// Runs a program without a display; its exit status, and what it printed.
+int run(std::vector<std::string> args, std::string *output = nullptr, std::string *errors = nullptr) {
+  std::vector<char *> argv;
+  for (std::string &arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+  gchar **env = g_environ_unsetenv(g_get_environ(), "DISPLAY");
+  gchar *out = nullptr, *err = nullptr;
+  int status = -1;
+  EXPECT_TRUE(
+      g_spawn_sync(nullptr, argv.data(), env, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &out, &err, &status, nullptr));
+  if (output) *output = out ? out : "";
+  if (errors) *errors = err ? err : "";
+  g_free(out), g_free(err), g_strfreev(env);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int run_cli(std::vector<std::string> args, std::string *output = nullptr, std::string *errors = nullptr) {
+  args.insert(args.begin(), QUILLBAR_EXPORT);
+  return run(args, output, errors);
+}
+
+class ExportCli : public ExportTest {
+ protected:
+  void SetUp() override {
+    ExportTest::SetUp();
+    OwnedString folder(g_path_get_dirname(QUILLBAR_EXPORT));  // where the build writes the cruncher
+    app_folder = g_strdup(folder.get());
+    g_clear_pointer(&utf8_path_and_filename_project, g_free);
+  }
+  // A project the editor saved, of a hires picture with a bar on each side.
+  std::string good_project() {
+    write_file(dir.file("pic.art"), picture_file(0x2000, 9009));
+    EXPECT_EQ(open_picture(dir.file("pic.art").c_str(), 1), 1);
+    set_bars(1, {{60, 9, 2}});
+    EXPECT_EQ(save_project_to_file(dir.file("good.ini").c_str()), 1);
+    return dir.file("good.ini");
+  }
+};
+
+}  // namespace
+
+// Each picture kind in both input modes, with a palette, re-encoding, a table format and a
+// machine in turn: every output of the command line equals the editor's; the assembler sources
+// assemble to the raw tables; the disk image holds the crunched program under the project's
+// name; and the program shows on the machine what the editor shows.
+TEST_F(ExportCli, WritesWhatTheEditorWrites) {
+  const std::pair<const char *, Bytes> pictures[] = {{"hires.art", picture_file(0x2000, 9009)},
+                                                     {"multi.kla", picture_file(0x6000, 10003)},
+                                                     {"text.pet", picture_file(0x1928, 2005)}};
+  const char *const palettes[][2] = {{"menuitem_palette_peptos", "pepto"},
+                                     {"menuitem_palette_high_contrast", "high-contrast"},
+                                     {"menuitem_palette_pixcen", "pixcen"},
+                                     {"menuitem_palette_ccs64", "ccs64"}};
+  const char *const machines[] = {"pal", "ntsc", "paln"};
+  const char *const assemble[][2] = {{"acme", "acme -f plain --setpc 0 -o %s.out %s"},
+                                     {"ca65", "ca65 -o %s.o %s && ld65 -t none -o %s.out %s.o"}};
+  int row = 0;
+  for (const auto &[file, bytes] : pictures) {
+    for (const char *mode : {"menuitem_interface_extended", "menuitem_interface_compact"}) {
+      const BarTableFormat &format = bartables_formats[row % 4];
+      const std::string name = "demo-" + std::to_string(row), project = dir.file(name + ".ini");
+      const std::string ours = dir.file(name + "-editor"), theirs = dir.file(name + "-cli");
+      SCOPED_TRACE(name + " " + file + " " + mode + " " + format.name);
+      rastermodel_delete_all_bars();
+      rasterarray_delete_all_bars();
+      activate(mode);
+      write_file(dir.file(file), bytes);
+      ASSERT_EQ(open_picture(dir.file(file).c_str(), 1), 1);
+      activate(palettes[row % 4][0]);
+      options_reencode_graphics = row % 2;
+      border_color_index = row + 3;
+      if (interface_extended) {
+        set_bars(1, {{51, 10, 1}, {55, 30, 7}, {240, 11, 2}});
+        set_bars(0, {{100, 1, 14}});
+      } else {
+        for (int line = 51; line <= 250; line += 3) colors_left[line] = line % 16;
+        colors_right[250] = 9;
+      }
+      ASSERT_EQ(save_project_to_file(project.c_str()), 1);
+      g_free(utf8_path_and_filename_project);
+      utf8_path_and_filename_project = g_strdup(project.c_str());
+      Bytes prg;
+      ASSERT_EQ(export_build_executable(&prg), 1);
+      write_file(ours + ".prg", prg);
+      ASSERT_EQ(export_run_cruncher((ours + ".prg").c_str()), 1);
+      ASSERT_EQ(export_png_to_file((ours + ".png").c_str()), 1);
+      for (const BarTableFormat &f : bartables_formats)
+        ASSERT_EQ(export_bar_tables_to_file((ours + f.extension).c_str(), f), 1);
+      ASSERT_EQ(export_disk_image_to_file((ours + ".d64").c_str()), 1);
+      EXPECT_EQ(status_text(), " Info: Successfully exported to disk image D64");
+
+      std::vector<std::string> args = {"--prg",    theirs + ".prg",           "--png",     theirs + ".png",
+                                       "--tables", theirs + format.extension, "--format",  format.name,
+                                       "--d64",    theirs + ".d64",           "--palette", palettes[row % 4][1],
+                                       "--check",  machines[row % 3],         project};
+      if (row % 2) args.insert(args.begin(), "--reencode");
+      std::string output, errors;
+      ASSERT_EQ(run_cli(args, &output, &errors), 0) << errors;
+      for (const std::string extension : {".prg", ".png", format.extension, ".d64"})
+        EXPECT_EQ(read_bytes(theirs + extension), read_bytes(ours + extension)) << extension;
+      EXPECT_NE(output.find(": Bars match the editor\n"), std::string::npos) << output;
+      const std::vector<DiskFile> files = diskimage_directory(read_bytes(theirs + ".d64"));
+      ASSERT_EQ(files.size(), 1u);
+      EXPECT_EQ(files[0].name, name);
+      EXPECT_EQ(files[0].bytes, read_bytes(theirs + ".prg"));
+      for (const auto &[assembler, command] : assemble) {
+        if (std::string(format.name) != assembler) continue;
+        const std::string source = theirs + format.extension;
+        OwnedString line(g_strdup_printf(command, source.c_str(), source.c_str(), source.c_str(), source.c_str()));
+        ASSERT_EQ(run({"sh", "-c", line.get()}, nullptr, &errors), 0) << errors;
+        EXPECT_EQ(read_bytes(source + ".out"), read_bytes(ours + ".bin"));
+      }
+      row++;
+    }
+  }
+}
+
+// Each bad input gets one line naming it and a non-zero status, writes nothing and leaves an
+// earlier output as it was; with several projects the good one is still exported.
+TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
+  const std::string good = good_project();
+  write_text(dir.file("damaged.ini"), "[image\nfile=");
+  write_text(dir.file("other.ini"), "[settings]\nzoom=2\n");
+  write_text(dir.file("lost.ini"), "[image]\nfile=file:///nowhere/lost.kla\n");
+  const std::string out = dir.file("out/old.prg");
+  g_mkdir(dir.file("out").c_str(), 0755);
+  const struct {
+    const char *what;
+    std::vector<std::string> args;
+    int status;
+    std::string message;
+  } cases[] = {
+      {"missing project", {"--prg", out, dir.file("none.ini")}, 1, "none.ini: No such file"},
+      {"damaged project", {"--prg", out, dir.file("damaged.ini")}, 1, "damaged.ini: "},
+      {"no project", {"--prg", out, dir.file("other.ini")}, 1, "other.ini: The file is no Quillbar project"},
+      {"missing picture", {"--prg", out, dir.file("lost.ini")}, 1, "lost.ini: Failed to open file"},
+      {"unwritable output", {"--png", dir.file("gone/x.png"), good}, 1, "gone/x.png: Failed to create file"},
+      {"unknown format", {"--tables", out, "--format", "tass", good}, 2, "unknown value for --format: tass"},
+      {"nothing asked", {good}, 2, "nothing to do"},
+      {"no project given", {"--prg", out}, 2, "no project given"},
+  };
+  for (const auto &c : cases) {
+    write_text(out, "old");
+    std::string errors;
+    EXPECT_EQ(run_cli(c.args, nullptr, &errors), c.status) << c.what;
+    EXPECT_NE(errors.find(c.message), std::string::npos) << c.what << ": " << errors;
+    if (c.status == 1) {
+      EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << c.what << ": " << errors;
+    }
+    EXPECT_EQ(read_text(out), "old") << c.what;
+    GDir *folder = g_dir_open(dir.file("out").c_str(), 0, nullptr);
+    EXPECT_STREQ(g_dir_read_name(folder), "old.prg") << c.what;
+    EXPECT_EQ(g_dir_read_name(folder), nullptr) << c.what;
+    g_dir_close(folder);
+    EXPECT_FALSE(g_file_test(dir.file("gone").c_str(), G_FILE_TEST_EXISTS)) << c.what;
+  }
+  std::string errors;
+  EXPECT_EQ(run_cli({"--tables", dir.file("tables"), good, dir.file("lost.ini")}, nullptr, &errors), 1);
+  EXPECT_EQ(read_bytes(dir.file("tables/good.bin")).size(), 2u * picture_lines + 1) << errors;
+  EXPECT_FALSE(g_file_test(dir.file("tables/lost.bin").c_str(), G_FILE_TEST_EXISTS));
+}
+
+// File > Export bar tables... writes the format of the filter picked in its chooser, with
+// that format's extension; File > Export to disk image... the crunched program on a D64.
+TEST_F(ExportCli, MenuCommandsWriteWhatTheirChoosersSay) {
+  good_project();
+  answer_next_dialog(GTK_RESPONSE_OK, [this](GtkWidget *dialog) {
+    GSList *filters = gtk_file_chooser_list_filters(GTK_FILE_CHOOSER(dialog));
+    gtk_file_chooser_set_filter(GTK_FILE_CHOOSER(dialog), GTK_FILE_FILTER(g_slist_nth_data(filters, 1)));
+    g_slist_free(filters);
+    choose_path(dialog, dir.file("bars"));
+  });
+  activate("menuitem_export_bar_tables");
+  EXPECT_EQ(status_text(), " Info: Bar tables exported");
+  EXPECT_NE(read_text(dir.file("bars.s")).find("\t.export bars_left"), std::string::npos);
+  answer_next_dialog(GTK_RESPONSE_OK, [this](GtkWidget *dialog) { choose_path(dialog, dir.file("disk")); });
+  activate("menuitem_export_disk_image");
+  EXPECT_EQ(status_text(), " Info: Successfully exported to disk image D64");
+  EXPECT_EQ(diskimage_directory(read_bytes(dir.file("disk.d64"))).at(0).name, "pic");
+}
+
+// A new user's bar in Extended mode: given Height 43 first and then Line 240, it is drawn down
+// to line 282, which the program's tables cannot show. Brought back, it matches again.
+TEST_F(ExportTest, PreviewNamesABarThatRunsPastThePicture) {
+  write_file(dir.file("pic.art"), art_studio_picture(0x10, 6));
+  ASSERT_EQ(open_picture(dir.file("pic.art").c_str(), 1), 1);
+  click("toolbutton_add_bar_left");
+  edit_cell(1, 1, "0", "43");
+  edit_cell(1, 0, "0", "240");
+  ASSERT_EQ(bars(1), (Bars{{240, 43, 1}}));
+  activate("menuitem_tools_preview");
+  auto status = [] {
+    return std::string(gtk_label_get_text(GTK_LABEL(lookup_widget(window_preview, "label_preview_status"))));
+  };
+  EXPECT_EQ(status(),
+            "PAL 6569, frame 60: 32 lines differ from the editor, from line 251: the left bar at line 240 (height 43) "
+            "runs past line 250");
+  edit_cell(1, 1, "0", "11");
+  gtk_button_clicked(GTK_BUTTON(lookup_widget(window_preview, "button_preview_restart")));
+  EXPECT_EQ(status(), "PAL 6569, frame 60: Bars match the editor");
+  gtk_widget_destroy(window_preview);
+}
