@@ -548,9 +548,7 @@ void on_menuitem_export_disk_image_activate(GtkMenuItem *, gpointer) {
 }
 
 int export_png_to_file(const char *filename) {
-  unsigned char left[picture_lines], right[picture_lines];
-  export_get_bar_tables(left, right);
-  Surface image(pngexport_compose(pixbuf_picture, border_color_index, left, right, options_palette));
+  Surface image(pngexport_compose(pixbuf_picture, inputmode_editor_borders(border_color_index), options_palette));
   const bool written = pngexport_write(image.get(), filename, nullptr) == 1;
   report_info(written ? "Project exported to PNG" : "Failed to export project to PNG");
   return written ? 1 : 0;

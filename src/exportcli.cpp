@@ -178,7 +178,7 @@ const Output kOutputs[] = {
      }},
     {&ExportOptions::png, [](const ExportOptions &) { return ".png"; },
      [](Project *p, const ExportOptions &o, const char *path, GError **e) {
-       Surface image(pngexport_compose(p->pixbuf.get(), p->editor.border, p->left, p->right, o.palette));
+       Surface image(pngexport_compose(p->pixbuf.get(), p->editor, o.palette));
        return pngexport_write(image.get(), path, e);
      }},
     {&ExportOptions::tables, [](const ExportOptions &o) { return o.format->extension; },

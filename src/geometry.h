@@ -3,6 +3,8 @@
 // the zoom factor (options_expansion, 1..4) multiplies every size.
 #pragma once
 
+#include <vector>
+
 // PAL raster lines of a frame; the per-line colour arrays are indexed by line number.
 constexpr int RASTER_LINES = 312;
 
@@ -46,6 +48,13 @@ struct LineRun {
 
 // The side borders, as the functions that take a side number them.
 enum BorderSide : int { side_right = 0, side_left = 1 };
+
+// What the editor draws in the side borders: each side's bars in drawing order (a later bar
+// covers an earlier one), indexed by the side flag, and the border colour everywhere else.
+struct EditorBorders {
+  std::vector<LineRun> bars[2];
+  int border = 0;
+};
 
 // The y position of raster line `line` in a side border area at `zoom`.
 constexpr int line_y(int line, int zoom) { return (line - first_shown_line) * zoom; }

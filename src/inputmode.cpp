@@ -76,4 +76,11 @@ void inputmode_expand_picture(GdkPixbuf *picture, int border) { active_mode().ex
 
 std::vector<LineRun> inputmode_bars(int side) { return active_mode().bars(side); }
 
+EditorBorders inputmode_editor_borders(int border) {
+  EditorBorders editor;
+  editor.border = border;
+  for (int side : {side_left, side_right}) editor.bars[side] = inputmode_bars(side);
+  return editor;
+}
+
 void inputmode_apply_project(const ProjectRecord &project) { active_mode().apply(project); }

@@ -24,4 +24,6 @@ void inputmode_get_bar_tables(unsigned char left[picture_lines], unsigned char r
 void inputmode_expand_picture(GdkPixbuf *picture, int border);
 // A side's bars as a project file holds them, and taking the bars of a project as read.
 std::vector<LineRun> inputmode_bars(int side);
+// Both sides' bars in drawing order with `border`: what the side border areas show.
+EditorBorders inputmode_editor_borders(int border);
 void inputmode_apply_project(const ProjectRecord &project);

@@ -26,29 +26,28 @@ cairo_status_t append_png_bytes(void *closure, const unsigned char *data, unsign
 
 }  // namespace
 
-cairo_surface_t *pngexport_compose(GdkPixbuf *picture, int border, const unsigned char left[picture_lines],
-                                   const unsigned char right[picture_lines], int palette) {
+cairo_surface_t *pngexport_compose(GdkPixbuf *picture, const EditorBorders &editor, int palette) {
   Surface screen(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, screen_width, vert_border_height));
   {
     CairoContext cr(cairo_create(screen.get()));
-    set_colour(cr.get(), palette, border);
+    set_colour(cr.get(), palette, editor.border);
     cairo_paint(cr.get());
     if (picture) {
       gdk_cairo_set_source_pixbuf(cr.get(), picture, vert_border_width, horiz_border_height);
       cairo_paint(cr.get());
     }
-    // The bars beside the picture, each line in its side's colour; the black strip at the
-    // outer edge of each border lies outside the written part.
+    // The bars as the border areas draw them at zoom 1, cut to the shown lines; the black
+    // strip at the outer edge of each border lies outside the written part.
     cairo_set_antialias(cr.get(), CAIRO_ANTIALIAS_NONE);
     const int x[2] = {vert_border_width + picture_width, outer_strip_width};  // by the side flag
-    for (int i = 0; i < picture_lines; ++i) {
-      const int y = line_y(first_picture_line + i, 1);
-      for (const unsigned char *table : {right, left}) {
-        set_colour(cr.get(), palette, table[i] & 15);
-        cairo_rectangle(cr.get(), x[table == left], y, bar_width, 1);
+    for (int side : {side_left, side_right})
+      for (const LineRun &bar : editor.bars[side]) {
+        const PixelRows rows = line_rows(bar.start, bar.height, 1);
+        if (rows.height <= 0) continue;
+        set_colour(cr.get(), palette, bar.color & 15);
+        cairo_rectangle(cr.get(), x[side], rows.y, bar_width, rows.height);
         cairo_fill(cr.get());
       }
-    }
   }
   cairo_surface_t *output = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, png_width, png_height);
   CairoContext cr(cairo_create(output));

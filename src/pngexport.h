@@ -9,10 +9,10 @@
 
 // The 384 x 272 image of PAL lines 16..287 with 32 pixels of side border on each side:
 // `picture` (320 x 200, or null) at its place, the rest in the border colour, and the side
-// borders' colour of lines 51..250 from `left` and `right`, all in `palette` (0..3, as
-// options_palette numbers them). The caller destroys it.
-cairo_surface_t *pngexport_compose(GdkPixbuf *picture, int border, const unsigned char left[picture_lines],
-                                   const unsigned char right[picture_lines], int palette);
+// borders as the editor draws them (every bar on every shown line, a later bar over an
+// earlier one), all in `palette` (0..3, as options_palette numbers them). The caller
+// destroys it.
+cairo_surface_t *pngexport_compose(GdkPixbuf *picture, const EditorBorders &editor, int palette);
 
 // Writes `image` as a PNG file at `path`, made in memory first so that a failed write never
 // leaves a cut-off file in place of an earlier one. 1 when written; else 0 (with *error when

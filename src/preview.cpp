@@ -83,13 +83,6 @@ void update_image() {
 
 // The bars as the active mode draws them: Extended mode's rows in list order, or the runs of
 // Compact mode's lines 51..250.
-EditorBorders editor_borders() {
-  EditorBorders editor;
-  editor.border = border_color_index;
-  for (int side : {side_left, side_right}) editor.bars[side] = inputmode_bars(side);
-  return editor;
-}
-
 void update_status() {
   const Verdict verdict = verdict_compare(&model_info(), vic2_frame(&preview.machine->vic), preview.editor);
   OwnedString text(g_strdup_printf(_("%s, frame %llu: %s"), model_info().name,
@@ -140,7 +133,7 @@ bool start_program() {
     }
     prg = std::move(crunched);
   }
-  preview.editor = editor_borders();
+  preview.editor = inputmode_editor_borders(border_color_index);
   if (!preview.machine) preview.machine = std::make_unique<C64>();
   if (!c64_start(preview.machine.get(), prg, preview.model)) return false;
   c64_run_frames(preview.machine.get(),

@@ -20,14 +20,6 @@ constexpr int preview_fast_forward_frames = 60;
 // unpacking); the slowest unpacking the cruncher allows (62 cycles a byte) adds some 8 more.
 constexpr int preview_crunched_fast_forward_frames = 120;
 
-// What the editor draws in the side borders: each side's bars in drawing order (a later bar
-// covers an earlier one), indexed by the side flag ([1] left, [0] right), and the border
-// colour everywhere else.
-struct EditorBorders {
-  std::vector<LineRun> bars[2];
-  int border = 0;
-};
-
 struct Verdict {
   std::vector<int> lines;  // the differing raster lines, in ascending order
   // A bar that reaches past the picture lines over a differing line (the export tables hold

@@ -1,6 +1,6 @@
 // Shared by the bar test programs: the started program with no bars, a side's bars and
 // selection as values in both forms (list rows and line arrays), the list views' selection,
-// the border areas, events on them, and what they show.
+// the border areas and events on them, the zoom and the ramp dialog.
 #pragma once
 
 #include <gdk/gdkkeysyms.h>
@@ -38,9 +38,7 @@ using Bar = std::tuple<int, int, int>;
 using Bars = std::vector<Bar>;
 
 inline GtkListStore *list_of(int side) { return side == 1 ? model_rasters_left : model_rasters_right; }
-inline GtkTreeView *view_of(int side) {
-  return GTK_TREE_VIEW(side == 1 ? treeview_rasters_left : treeview_rasters_right);
-}
+inline GtkTreeView *view_of(int side) { return GTK_TREE_VIEW(side ? treeview_rasters_left : treeview_rasters_right); }
 inline GtkWidget *area_of(int side) { return side == 1 ? drawingarea_left_border : drawingarea_right_border; }
 
 inline Bars bars(int side) {
@@ -136,33 +134,6 @@ inline void paint_ramp(const char *choice, const char *shape, const char *custom
 inline void set_zoom(int z) {
   activate(("menuitem_zoom_" + std::to_string(z) + "x").c_str());
   pump_events(50);
-}
-
-// The colour a side's border area shows at (x, line) in zoom-1 terms.
-struct Probe {
-  int side, x, line, colour;
-};
-
-// Checks the probes on screen at zoom 1 and 3, with a picture loaded and without one;
-// without one there is no selection mark (colour 1) and the black outer strip shows. Ends at zoom 1.
-inline void expect_shown(const std::vector<Probe> &probes) {
-  for (int z : {1, 3})
-    for (int loaded : {1, 0})
-      for (int side : {1, 0}) {
-        picture_loaded = loaded;
-        set_zoom(z);
-        gtk_widget_queue_draw(area_of(side));
-        GdkPixbuf *shot = grab_widget(area_of(side));
-        for (const Probe &p : probes) {
-          if (p.side != side) continue;
-          EXPECT_EQ(pixel_at(shot, p.x * z + z - 1, (p.line - 3) * z + z - 1),
-                    rgb_of(p.colour == 1 && !loaded ? 0 : p.colour))
-              << "zoom " << z << " loaded " << loaded << " side " << side << " at " << p.x << "," << p.line;
-        }
-        g_object_unref(shot);
-      }
-  picture_loaded = 1;
-  set_zoom(1);
 }
 
 // Extended mode at zoom 1, a picture marked as loaded, border colour 6, no bars.
