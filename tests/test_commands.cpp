@@ -1,6 +1,6 @@
 // The File menu's commands on the real main window with real choosers and real files: border
-// colours, opening and saving projects, commands without a picture; what the choosers remember
-// and preview; the user feedback (status bar, message boxes, About boxes, widget lookup).
+// colours, opening and saving projects, commands without a picture; the picture chooser's
+// preview; the user feedback (status bar, message boxes, About boxes, widget lookup).
 // Quitting is the end-to-end test's: it needs the program's own main loop.
 #include <glib/gstdio.h>
 
@@ -135,44 +135,6 @@ TEST_F(Commands, SavingNeverOverwritesAFileThatWasNotReadAsAProject) {
   EXPECT_TRUE(status_text().starts_with(" Error: ") && names_file(status_text(), dir.file("no/such/folder.ini")))
       << status_text();
   EXPECT_EQ(close_error_boxes(), 1);
-}
-
-// The picture chooser opens on the filter last chosen in it, and in the folder last chosen in it
-// or in the project chooser; cancelling keeps all of that and leaves the caller's path alone.
-TEST_F(Commands, ChoosersRememberTheirFilterAndShareTheirFolder) {
-  TempDir a, b;
-  write_text(a.file("pic.prg"), "#");
-  write_text(b.file("proj.ini"), "#");
-  std::string shown_filter, shown_folder, chosen_filter;
-  // Notes the chooser's filter and folder, then picks `path` through its filter number `filter`.
-  auto pick = [&](int response, int filter, const std::string &path) {
-    answer_next_dialog(response, [&, filter, path](GtkWidget *dialog) {
-      GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
-      settle([&] { return !chooser_folder(dialog).empty(); });
-      shown_folder = chooser_folder(dialog);
-      shown_filter = gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser));
-      GSList *filters = gtk_file_chooser_list_filters(chooser);
-      gtk_file_chooser_set_filter(chooser, GTK_FILE_FILTER(g_slist_nth_data(filters, filter)));
-      chosen_filter = gtk_file_filter_get_name(gtk_file_chooser_get_filter(chooser));
-      g_slist_free(filters);
-      choose_path(dialog, path);
-    });
-  };
-  char *path = nullptr;
-  pick(GTK_RESPONSE_OK, 1, a.file("pic.prg"));
-  EXPECT_EQ(fileopen_open_picture_file(&path), 1);
-  const std::string remembered = chosen_filter;
-  char *const untouched = path;
-  pick(GTK_RESPONSE_CANCEL, 2, b.file("proj.ini"));
-  EXPECT_EQ(fileopen_open_picture_file(&path), 0);
-  EXPECT_EQ(path, untouched);
-  EXPECT_EQ(std::tie(shown_filter, shown_folder), std::tie(remembered, a.path()));
-  pick(GTK_RESPONSE_OK, 0, b.file("proj.ini"));
-  EXPECT_EQ(fileopen_open_project_file(&path), 1);
-  pick(GTK_RESPONSE_CANCEL, 0, a.file("pic.prg"));
-  fileopen_open_picture_file(&path);
-  EXPECT_EQ(std::tie(shown_filter, shown_folder), std::tie(remembered, b.path()));
-  g_free(path);
 }
 
 // The picture chooser previews C64 pictures only, at their own size.
