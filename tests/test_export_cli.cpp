@@ -7,6 +7,7 @@
 
 #include "bars_fixture.h"
 #include "diskimage.h"
+#include "exportcommands.h"
 #include "file_commands.h"
 #include "preview.h"
 #include "state.h"
