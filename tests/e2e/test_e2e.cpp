@@ -38,11 +38,12 @@ bool wait_for(const std::function<bool()> &done, double seconds = kWait) {
   return true;
 }
 
-// A process with the given environment, killed when dropped or when the test program dies;
-// with `out` set, its standard output is readable there.
+// A process with the given environment (and working folder, when given), killed when dropped or
+// when the test program dies; with `out` set, its standard output is readable there.
 class Child {
  public:
-  Child(const std::vector<std::string> &argv, const std::vector<std::string> &env, int *out = nullptr) {
+  Child(const std::vector<std::string> &argv, const std::vector<std::string> &env, int *out = nullptr,
+        const char *folder = nullptr) {
     auto c_strings = [](const std::vector<std::string> &strings) {
       std::vector<char *> c;
       for (const std::string &s : strings) c.push_back(const_cast<char *>(s.c_str()));
@@ -54,8 +55,8 @@ class Child {
                                           (out ? 0 : G_SPAWN_STDOUT_TO_DEV_NULL));
     auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
     GError *error = nullptr;
-    if (!g_spawn_async_with_pipes(nullptr, args.data(), envp.data(), flags, die_with_parent, nullptr, &pid, nullptr,
-                                  out, nullptr, &error)) {
+    if (!g_spawn_async_with_pipes(folder, args.data(), envp.data(), flags, die_with_parent, nullptr, &pid, nullptr, out,
+                                  nullptr, &error)) {
       ADD_FAILURE() << "cannot start " << argv[0] << ": " << error->message;
       g_error_free(error);
       pid = -1;
@@ -287,11 +288,13 @@ const Ink &reference_ink(const std::string &text) {
   return cache[text] = ink;
 }
 
-// The built program, started with its own home (HOME and XDG_CONFIG_HOME under `home`).
+// The built program (or `program`, looked for in PATH, started in `folder`), with its own home
+// (HOME and XDG_CONFIG_HOME under `home`).
 class App {
  public:
-  explicit App(const std::string &home)
-      : child_(std::make_unique<Child>(std::vector<std::string>{QUILLBAR_PROGRAM}, session().environment(home))) {
+  explicit App(const std::string &home, const std::string &program = QUILLBAR_PROGRAM, const char *folder = nullptr)
+      : child_(
+            std::make_unique<Child>(std::vector<std::string>{program}, session().environment(home), nullptr, folder)) {
     Window shown = 0;
     wait_for([&] { return (shown = find("")) != 0; });
     // A window just started may not have the focus yet: it is activated every half second.
@@ -555,8 +558,8 @@ class EndToEnd : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(session().manager) << "no X session"; }
 
-  void start() {
-    app = std::make_unique<App>(home.path());
+  void start(const std::string &program = QUILLBAR_PROGRAM, const char *folder = nullptr) {
+    app = std::make_unique<App>(home.path(), program, folder);
     ASSERT_TRUE(app->started());
   }
 
@@ -621,6 +624,15 @@ class EndToEnd : public ::testing::Test {
     const View v = view(1, 6);
     EXPECT_TRUE(borders_show(v, lines_with(6, kProjectLeft), lines_with(6, kProjectRight), koala_colour));
     return v;
+  }
+
+  // File > Export to executable, crunched by the cruncher beside the program. The program waits
+  // for the cruncher, which takes a few seconds on a busy machine; the multicolour PRG is 16146
+  // bytes before crunching.
+  void export_crunched() {
+    choose("alt+f e", "Save executable file", work.file("demo"), true);
+    ASSERT_TRUE(app->status_shows(" Info: Successfully exported to executable PRG", true, 60));
+    EXPECT_LT(read_text(work.file("demo.prg")).size(), 16146u);
   }
 
   TempDir home, work;
@@ -756,11 +768,8 @@ TEST_F(EndToEnd, Exports) {
   g_object_unref(png);
   EXPECT_EQ(differing, 0);
 
-  // The program waits for the cruncher, which takes a few seconds on a busy machine; the
-  // multicolour PRG is 16146 bytes before crunching.
-  choose("alt+f e", "Save executable file", work.file("demo"), true);
-  ASSERT_TRUE(app->status_shows(" Info: Successfully exported to executable PRG", true, 60));
-  EXPECT_LT(read_text(work.file("demo.prg")).size(), 16146u);
+  export_crunched();
+  ASSERT_FALSE(HasFatalFailure());
   auto c64 = std::make_unique<C64>();  // after unpacking, every shown line has its bar or the border
   ASSERT_TRUE(c64_start_file(c64.get(), work.file("demo.prg")));
   c64_run_frames(c64.get(), 400);
@@ -774,6 +783,31 @@ TEST_F(EndToEnd, Exports) {
       ASSERT_EQ(vic2_side_border_colour(model, vic2_frame(&c64->vic), line, side), wanted) << line << " " << side;
     }
   }
+  EXPECT_TRUE(app->quit());
+}
+
+// Installed into a prefix, and started as a desktop menu or a terminal starts it: by its bare name
+// through PATH, from another folder. The export still finds the cruncher installed beside it.
+TEST_F(EndToEnd, InstalledAndStartedThroughPath) {
+  if (!g_file_test(QUILLBAR_CMAKE, G_FILE_TEST_IS_EXECUTABLE) ||
+      !g_file_test(QUILLBAR_BUILD_DIR "/cmake_install.cmake", G_FILE_TEST_EXISTS))
+    GTEST_SKIP() << "no " QUILLBAR_CMAKE " or no install rules in " QUILLBAR_BUILD_DIR;
+  TempDir prefix;
+  ASSERT_EQ(Child({QUILLBAR_CMAKE, "--install", QUILLBAR_BUILD_DIR, "--prefix", prefix.path()},
+                  session().environment(home.path()))
+                .wait_exit(120),
+            0);
+  // Only the launcher goes on the PATH: nothing there shadows a cruncher the user installed.
+  EXPECT_FALSE(g_file_test(prefix.file("bin/exomizer").c_str(), G_FILE_TEST_EXISTS));
+  const std::string path = g_getenv("PATH");
+  g_setenv("PATH", (prefix.file("bin") + ":" + path).c_str(), TRUE);
+  start("quillbar", work.path().c_str());
+  g_setenv("PATH", path.c_str(), TRUE);
+  ASSERT_FALSE(HasFatalFailure());
+  write_file(work.file("colours.kla"), koala_picture());
+  choose("F3", "Select a picture file", work.file("colours.kla"), false, "colours.kla");
+  export_crunched();
+  EXPECT_TRUE(app->wait_window("Error", false)) << "an error box";
   EXPECT_TRUE(app->quit());
 }
 
