@@ -19,7 +19,7 @@
 #include <string>
 
 #include "controls.h"
-#include "diskimage.h"
+#include "exportcommands.h"
 #include "fileopen.h"
 #include "hiresdecoder.h"
 #include "inputmode.h"
@@ -415,31 +415,6 @@ void on_menuitem_reload_picture_activate(GtkMenuItem *, gpointer) {
 
 namespace {
 
-// The watch cursor over the main window while it lives.
-class BusyCursor {
- public:
-  BusyCursor() : window_(window_main ? window_main->window : nullptr), watch_(gdk_cursor_new(GDK_WATCH)) {
-    if (!window_) return;
-    gdk_window_set_cursor(window_, watch_);
-    gdk_flush();
-  }
-  ~BusyCursor() {
-    if (window_) gdk_window_set_cursor(window_, nullptr);
-    gdk_cursor_unref(watch_);
-  }
-  BusyCursor(const BusyCursor &) = delete;
-  BusyCursor &operator=(const BusyCursor &) = delete;
-
- private:
-  GdkWindow *window_;
-  GdkCursor *watch_;
-};
-
-// The file the work is known by: the project's, or else the picture's.
-const char *work_path() {
-  return utf8_path_and_filename_project ? utf8_path_and_filename_project : utf8_path_and_filename_picture;
-}
-
 int export_to_executable(const PrgKind &kind, const char *filename) {
   unsigned char left[picture_lines], right[picture_lines];
   export_get_bar_tables(left, right);
@@ -466,20 +441,11 @@ void export_get_bar_tables(unsigned char *left, unsigned char *right) {
   inputmode_get_bar_tables(left, right, border_color_index);
 }
 
-int export_build_executable(std::vector<unsigned char> *prg) {
-  const PrgKind *kind = prgexport_kind(picture_data.format);
-  if (!kind) return 0;
-  unsigned char left[picture_lines], right[picture_lines];
-  export_get_bar_tables(left, right);
-  *prg = prgexport_build(*kind, picture_data, left, right, border_color_index, options_reencode_graphics);
-  return 1;
-}
-
 int export_run_cruncher(const char *filename) {
   GError *error = nullptr;
   int status = 0;
   {
-    BusyCursor busy;
+    ControlsBusyCursor busy;
     status = prgexport_run_cruncher(app_folder, filename, &error);
   }
   OwnedError spawn_error(error);
@@ -498,40 +464,6 @@ void on_menuitem_export_activate(GtkMenuItem *, gpointer) {
   if (!filename) return;
   const PrgKind *kind = prgexport_kind(picture_data.format);
   if (kind && export_to_executable(*kind, filename.get()) == 1) export_run_cruncher(filename.get());
-}
-
-int export_bar_tables_to_file(const char *filename, const BarTableFormat &format) {
-  unsigned char left[picture_lines], right[picture_lines];
-  export_get_bar_tables(left, right);
-  OwnedString name(work_path() ? g_path_get_basename(work_path()) : nullptr);
-  const std::string text = bartables_text(format, left, right, border_color_index, name.get());
-  GError *error = nullptr;
-  if (!support_replace_file(filename, text.data(), text.size(), &error)) {
-    controls_report_write_error(error, filename, "The bar tables could not be written");
-    return 0;
-  }
-  report_info("Bar tables exported");
-  return 1;
-}
-
-int export_disk_image_to_file(const char *filename) {
-  std::vector<unsigned char> prg, crunched;
-  if (!export_build_executable(&prg)) return 0;
-  OwnedString base(g_path_get_basename(work_path() ? work_path() : "quillbar"));
-  if (char *dot = strrchr(base.get(), '.')) *dot = '\0';
-  GError *error = nullptr;
-  bool written = false;
-  {
-    BusyCursor busy;
-    written = prgexport_crunch(app_folder, prg, &crunched, &error) == 1 &&
-              diskimage_write(filename, crunched, base.get(), &error) == 1;
-  }
-  if (!written) {
-    controls_report_write_error(error, filename, "The disk image could not be written");
-    return 0;
-  }
-  report_info("Successfully exported to disk image D64");
-  return 1;
 }
 
 void on_menuitem_export_bar_tables_activate(GtkMenuItem *, gpointer) {

@@ -6,8 +6,6 @@
 
 #include <vector>
 
-#include "bartables.h"
-
 // Shutdown.
 void cleanup_before_quitting(void);
 void on_menuitem_quit_activate(GtkMenuItem *menuitem, gpointer user_data);
@@ -26,8 +24,6 @@ int export_mc_to_executable(const char *filename);
 int export_petscii_to_executable(const char *filename);
 // The active mode's 200-entry colour tables of lines 51..250, the border colour where no bar is.
 void export_get_bar_tables(unsigned char *left, unsigned char *right);
-// The bytes the export of the current picture's kind writes (uncompressed); 0 for no kind.
-int export_build_executable(std::vector<unsigned char> *prg);
 // Runs the cruncher on the written PRG, replacing it, with the watch cursor shown; 1 when
 // it ended with status 0.
 int export_run_cruncher(const char *filename);
@@ -35,12 +31,6 @@ int export_run_cruncher(const char *filename);
 // PNG export: writes the 384 x 272 screenshot of the screen with its bars to `filename`
 // and reports it in the status bar; 1 when written.
 int export_png_to_file(const char *filename);
-
-// Bar tables and disk image exports: the active mode's tables in `format` (the comment
-// naming the project's file, or else the picture's), and the crunched program on a D64
-// image under that file's name; each reports in the status bar and gives 1 when written.
-int export_bar_tables_to_file(const char *filename, const BarTableFormat &format);
-int export_disk_image_to_file(const char *filename);
 
 // Menu items.
 void on_menuitem_open_project_activate(GtkMenuItem *menuitem, gpointer user_data);

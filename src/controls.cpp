@@ -185,3 +185,15 @@ void controls_attach_icon_to_window(GtkWidget *window) {
   OwnedPixbuf icon(gdk_pixbuf_new_from_xpm_data(const_cast<const char **>(rasters_icon_xpm)));
   if (icon) gtk_window_set_icon(GTK_WINDOW(window), icon.get());
 }
+
+ControlsBusyCursor::ControlsBusyCursor()
+    : window_(window_main ? window_main->window : nullptr), watch_(gdk_cursor_new(GDK_WATCH)) {
+  if (!window_) return;
+  gdk_window_set_cursor(window_, watch_);
+  gdk_flush();
+}
+
+ControlsBusyCursor::~ControlsBusyCursor() {
+  if (window_) gdk_window_set_cursor(window_, nullptr);
+  gdk_cursor_unref(watch_);
+}

@@ -14,6 +14,19 @@ void controls_report_error(const GError *error, const char *fallback);
 // Reports a failed write of `path` the same way, taking the error (which may be null; then
 // `fallback` is shown), with the message naming `path` rather than a temporary file.
 void controls_report_write_error(GError *error, const char *path, const char *fallback);
+// The watch cursor over the main window while it lives.
+class ControlsBusyCursor {
+ public:
+  ControlsBusyCursor();
+  ~ControlsBusyCursor();
+  ControlsBusyCursor(const ControlsBusyCursor &) = delete;
+  ControlsBusyCursor &operator=(const ControlsBusyCursor &) = delete;
+
+ private:
+  GdkWindow *window_;
+  GdkCursor *watch_;
+};
+
 int controls_get_user_confirmation(const char *question);
 void controls_adjust_from_options(void);
 void controls_attach_icon_to_window(GtkWidget *window);

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -269,6 +270,15 @@ bool export_all(const ExportOptions &options) {
     else
       reports[i].fail(options.projects[i], OwnedError(error)->message);
   }
+  // Two projects of one name would write the same files in each output folder.
+  std::map<std::string, std::size_t> first_of_name;
+  std::erase_if(loaded, [&](std::size_t i) {
+    const auto [first, fresh] = first_of_name.emplace(projects[i].name, i);
+    if (!fresh)
+      reports[i].fail(options.projects[i],
+                      (std::string("its outputs would overwrite those of ") + options.projects[first->second]).c_str());
+    return !fresh;
+  });
   std::atomic<std::size_t> next{0};
   auto work = [&] {
     for (std::size_t k; (k = next++) < loaded.size();)

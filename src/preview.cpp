@@ -13,6 +13,7 @@
 #include "c64.h"
 #include "callbacks.h"
 #include "cruncher.h"
+#include "exportcommands.h"
 #include "geometry.h"
 #include "inputmode.h"
 #include "palette.h"

@@ -7,6 +7,7 @@
 
 #include "bars_fixture.h"
 #include "diskimage.h"
+#include "exportcommands.h"
 #include "file_commands.h"
 #include "preview.h"
 #include "state.h"
@@ -184,10 +185,16 @@ TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
     g_dir_close(folder);
     EXPECT_FALSE(g_file_test(dir.file("gone").c_str(), G_FILE_TEST_EXISTS)) << c.what;
   }
+  // With several projects the good one is still exported; a second of the same name is not.
+  g_mkdir(dir.file("again").c_str(), 0755);
+  write_text(dir.file("again/good.ini"), read_text(good));
   std::string errors;
-  EXPECT_EQ(run_cli({"--tables", dir.file("tables"), good, dir.file("lost.ini")}, nullptr, &errors), 1);
+  EXPECT_EQ(run_cli({"--tables", dir.file("tables"), good, dir.file("lost.ini"), dir.file("again/good.ini")}, nullptr,
+                    &errors),
+            1);
   EXPECT_EQ(read_bytes(dir.file("tables/good.bin")).size(), 2u * picture_lines + 1) << errors;
   EXPECT_FALSE(g_file_test(dir.file("tables/lost.bin").c_str(), G_FILE_TEST_EXISTS));
+  EXPECT_NE(errors.find("again/good.ini: its outputs would overwrite those of"), std::string::npos) << errors;
 }
 
 // File > Export bar tables... writes the format of the filter picked in its chooser, with

@@ -174,8 +174,8 @@ TEST_F(PrgExport, CruncherAndFailures) {
 
 // The menu commands: the name suggested from the project or else the picture, the extension
 // added unless typed (in any case), the executable's kind by format (the bytes of that kind's
-// export; format 0: nothing written). The PNG export keeps the zoom and is 384 x 272 (its
-// pixels are the end-to-end test's); one that cannot be written says so.
+// export; format 0: nothing written). The PNG export keeps the zoom, is 384 x 272 and shows a
+// bar where the editor draws it, past the picture too; one that cannot be written says so.
 TEST_F(PrgExport, MenuCommands) {
   using Writer = int (*)(const char *);
   for (auto [project, format, typed, suggested, written, write] :
@@ -198,6 +198,8 @@ TEST_F(PrgExport, MenuCommands) {
   write_file(dir.file("pic.art"), art_studio_picture(0x10, 6));
   ASSERT_EQ(open_picture(dir.file("pic.art").c_str(), 1), 1);
   options_expansion = 3;
+  interface_extended = 1;
+  rastermodel_set_rows(side_left, {{240, 43, 7}});  // drawn past the picture, down to line 282
   set_file_names("/pics/demo.ini", "/pics/logo.kla");
   std::string suggested;
   answer_save_chooser(dir.path(), "shot", &suggested);
@@ -207,6 +209,8 @@ TEST_F(PrgExport, MenuCommands) {
   GdkPixbuf *png = gdk_pixbuf_new_from_file(dir.file("shot.png").c_str(), nullptr);
   ASSERT_NE(png, nullptr);
   EXPECT_EQ((std::pair{gdk_pixbuf_get_width(png), gdk_pixbuf_get_height(png)}), (std::pair{png_width, png_height}));
+  for (auto [line, colour] : {std::pair{239, border_color_index}, {240, 7}, {282, 7}, {283, border_color_index}})
+    EXPECT_EQ(pixel_at(png, 10, line - png_first_line), rgb_of(colour)) << line;
   g_object_unref(png);
   EXPECT_EQ(export_png_to_file(dir.file("missing/shot.png").c_str()), 0);
   EXPECT_EQ(status_text(), " Info: Failed to export project to PNG");

@@ -16,18 +16,22 @@ bool wait_for(const std::function<bool()> &done, double seconds) {
   return true;
 }
 
-std::string xdotool(std::vector<std::string> args, bool *ok) {
-  args.insert(args.begin(), "xdotool");
-  std::vector<char *> argv;
-  for (std::string &arg : args) argv.push_back(arg.data());
-  argv.push_back(nullptr);
+std::string run(std::vector<std::string> argv, bool *ok) {
+  std::vector<char *> args;
+  for (std::string &arg : argv) args.push_back(arg.data());
+  args.push_back(nullptr);
   g_autofree char *out = nullptr;
   gint status = -1;
   const bool ran =
-      g_spawn_sync(nullptr, argv.data(), nullptr, GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
+      g_spawn_sync(nullptr, args.data(), nullptr, GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
                    nullptr, nullptr, &out, nullptr, &status, nullptr);
   if (ok) *ok = ran && g_spawn_check_wait_status(status, nullptr);
   return out ? out : "";
+}
+
+std::string xdotool(std::vector<std::string> args, bool *ok) {
+  args.insert(args.begin(), "xdotool");
+  return run(args, ok);
 }
 
 namespace {

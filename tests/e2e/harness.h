@@ -15,7 +15,9 @@
 // to draw, and only a failure waits the limit out.
 bool wait_for(const std::function<bool()> &done, double seconds = 20);
 
-// Runs xdotool with `args` and returns what it printed; `ok` tells whether it ended with 0.
+// Runs a program (looked for in PATH) and returns what it printed; `ok` tells whether it ended
+// with 0. xdotool() runs xdotool with `args`.
+std::string run(std::vector<std::string> argv, bool *ok = nullptr);
 std::string xdotool(std::vector<std::string> args, bool *ok = nullptr);
 void press_keys(const std::string &keys);  // xdotool key names one after the other: "ctrl+q F3"
 void type_text(const std::string &text);
