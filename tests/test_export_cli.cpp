@@ -13,21 +13,6 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-Bytes read_bytes(const std::string &path) {
-  const std::string text = read_text(path);
-  return Bytes(text.begin(), text.end());
-}
-
-// A picture file of `size` bytes loading at `load`, its data varied.
-Bytes picture_file(unsigned load, size_t size) {
-  Bytes file(size);
-  for (size_t i = 2; i < size; i++) file[i] = static_cast<unsigned char>(i * 13 + i / 320);
-  file[0] = load & 0xff, file[1] = load >> 8;
-  return file;
-}
-
 // Runs a program without a display; its exit status, and what it printed.
 int run(std::vector<std::string> args, std::string *output = nullptr, std::string *errors = nullptr) {
   std::vector<char *> argv;

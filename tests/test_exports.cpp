@@ -19,17 +19,6 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-// A picture file of varied bytes: `size` bytes loading at `load`, `fixed` bytes set as given.
-Bytes picture_file(unsigned load, size_t size, std::initializer_list<std::pair<size_t, unsigned char>> fixed = {}) {
-  Bytes file(size);
-  for (size_t i = 2; i < size; i++) file[i] = static_cast<unsigned char>(i * 37 % 251 ^ i / 40);
-  file[0] = load & 0xFF, file[1] = load >> 8;
-  for (auto [at, value] : fixed) file[at] = value;
-  return file;
-}
-
 // The picture kinds as files the editor opens: Art Studio (hires), Koala (multicolour, also
 // re-encoded) and the PETSCII screen in either character set.
 struct Kind {

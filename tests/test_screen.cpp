@@ -249,10 +249,7 @@ TEST_F(Borders, ScreenAndPickerArePixelExactAtEveryZoom) {
   }
 
   TempDir dir;
-  std::vector<unsigned char> file(9009);
-  file[1] = 0x20;
-  for (size_t i = 2; i < 9002; i++) file[i] = i * 37 % 251;
-  write_file(dir.file("picture.art"), file);
+  write_file(dir.file("picture.art"), picture_file(0x2000, 9009));
   ASSERT_EQ(picture_loaded = open_picture(dir.file("picture.art").c_str(), 1), 1);
   border_color_index = 5;
   for (int z = 1; z <= 4; z++) {

@@ -59,13 +59,7 @@ class Undo : public BarsTest {
  protected:
   void SetUp() override {
     BarsTest::SetUp();
-    if (pixbuf_picture) g_object_unref(pixbuf_picture);
-    pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
-    gdk_pixbuf_fill(pixbuf_picture, rgb_of(7) << 8 | 0xff);
-    guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture);
-    for (int row = 0; row < 200; row++)
-      palette_get_rgb_at_index(row < 20 ? 2 : 5, pixels + row * gdk_pixbuf_get_rowstride(pixbuf_picture));
-    undo_module_init();
+    set_picture(7, 5, 0, 2, 20);
   }
   TempDir dir;
 };
