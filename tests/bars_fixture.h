@@ -1,6 +1,7 @@
 // Shared by the bar test programs: the started program with no bars, a side's bars and
 // selection as values in both forms (list rows and line arrays), the list views' selection,
-// the border areas and events on them, the zoom and the ramp dialog.
+// the border areas and events on them, the zoom and the ramp dialog; picture files of varied
+// bytes, and a picture whose outer columns are given colours.
 #pragma once
 
 #include <gdk/gdkkeysyms.h>
@@ -88,6 +89,36 @@ inline std::vector<int> painted(const Bars &content, int fill = -1) {
 
 inline void set_lines(int side, const std::vector<int> &content) {
   std::copy(content.begin(), content.end(), side == 1 ? colors_left : colors_right);
+}
+
+using Bytes = std::vector<unsigned char>;
+
+inline Bytes read_bytes(const std::string &path) {
+  const std::string text = read_text(path);
+  return Bytes(text.begin(), text.end());
+}
+
+// A picture file of varied bytes: `size` bytes loading at `load`, `fixed` bytes set as given.
+inline Bytes picture_file(unsigned load, size_t size,
+                          std::initializer_list<std::pair<size_t, unsigned char>> fixed = {}) {
+  Bytes file(size);
+  for (size_t i = 2; i < size; i++) file[i] = static_cast<unsigned char>(i * 37 % 251 ^ i / 40);
+  file[0] = load & 0xFF, file[1] = load >> 8;
+  for (auto [at, value] : fixed) file[at] = value;
+  return file;
+}
+
+// As the loaded picture: colour `right` everywhere, `left` in the left column, and `top` in the
+// first `rows` rows of the column `x`.
+inline void set_picture(int right, int left, int x, int top, int rows) {
+  if (pixbuf_picture) g_object_unref(pixbuf_picture);
+  pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
+  gdk_pixbuf_fill(pixbuf_picture, rgb_of(right) << 8 | 0xff);
+  for (int row = 0; row < 200; row++) {
+    guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture) + row * gdk_pixbuf_get_rowstride(pixbuf_picture);
+    palette_get_rgb_at_index(left, pixels);
+    if (row < rows) palette_get_rgb_at_index(top, pixels + x * 4);
+  }
 }
 
 constexpr unsigned SHIFT = GDK_SHIFT_MASK, CONTROL = GDK_CONTROL_MASK;

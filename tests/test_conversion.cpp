@@ -48,12 +48,7 @@ TEST_F(Conversion, SwitchingModeConvertsTheBars) {
 // Without a picture nothing changes.
 TEST_F(Conversion, AutoExtendInBothModes) {
   border_color_index = 14;
-  if (pixbuf_picture) g_object_unref(pixbuf_picture);
-  pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
-  gdk_pixbuf_fill(pixbuf_picture, rgb_of(14) << 8 | 0xff);
-  for (int row = 0; row < 100; row++)
-    palette_get_rgb_at_index(
-        6, gdk_pixbuf_get_pixels(pixbuf_picture) + row * gdk_pixbuf_get_rowstride(pixbuf_picture) + 319 * 4);
+  set_picture(14, 14, 319, 6, 100);
   for (const char *mode : kModes) {
     SCOPED_TRACE(mode);
     activate(mode);

@@ -135,8 +135,8 @@ TEST_F(Borders, BarKeys) {
 
 // Bars 44z wide beside the picture, a black 4z strip on the outer edge, white beside the cursor
 // line or range (Compact) or the selected bar (Extended). Where bars overlap, the later row
-// shows on screen and in the export table, but a click picks the first row that covers the
-// line; rows of height 0 or less draw nothing.
+// shows (the export's own test plays overlapping bars), but a click picks the first row that
+// covers the line; rows of height 0 or less draw nothing.
 TEST_F(Borders, BothModesDrawTheirBars) {
   activate("menuitem_interface_compact");
   colors_left[51] = 14, colors_right[100] = colors_right[101] = 5;
@@ -149,10 +149,6 @@ TEST_F(Borders, BothModesDrawTheirBars) {
   activate("menuitem_interface_extended");
   for (int side : {1, 0})
     set_bars(side, {{60, 20, 2}, {70, 5, 5}, {100, 3, 5}, {120, 0, 7}, {140, -5, 9}}), select_row(side, 2);
-  unsigned char table[picture_lines];
-  rastermodel_get_bars_left(table, 6);
-  const std::vector<int> want = painted({{51, 200, 6}, {60, 20, 2}, {70, 5, 5}, {100, 3, 5}});
-  EXPECT_EQ(std::vector<int>(table, table + 200), std::vector<int>(want.begin() + 51, want.begin() + 251));
   // clang-format off
   expect_shown({{1, 20, 69, 2}, {1, 20, 70, 5}, {1, 20, 75, 2}, {1, 20, 80, 6}, {1, 47, 102, 5}, {1, 4, 103, 6},
                 {1, 4, 120, 6}, {1, 4, 138, 6}, {1, 3, 100, 1}, {1, 0, 103, 0}, {0, 43, 102, 5}, {0, 47, 102, 1}});
@@ -253,10 +249,7 @@ TEST_F(Borders, ScreenAndPickerArePixelExactAtEveryZoom) {
   }
 
   TempDir dir;
-  std::vector<unsigned char> file(9009);
-  file[1] = 0x20;
-  for (size_t i = 2; i < 9002; i++) file[i] = i * 37 % 251;
-  write_file(dir.file("picture.art"), file);
+  write_file(dir.file("picture.art"), picture_file(0x2000, 9009));
   ASSERT_EQ(picture_loaded = open_picture(dir.file("picture.art").c_str(), 1), 1);
   border_color_index = 5;
   for (int z = 1; z <= 4; z++) {

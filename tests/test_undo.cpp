@@ -21,32 +21,24 @@ EditorState state_of(int border, int fill = -1) {
 }
 HistoryStep border_step(int from, int to) { return history_diff(state_of(from), state_of(to)); }
 
-// Undo and redo walk the list; a new step after undoing drops what could be redone; beyond
-// the count limit or the byte budget the oldest steps go, a minimum number being kept.
-TEST(History, EndsRedoDropAndLimits) {
+// A new step after undoing drops what could be redone (walking to the ends is the session's);
+// beyond the count limit or the byte budget the oldest steps go, a minimum number being kept.
+TEST(History, RedoDropAndLimits) {
   History history;
-  EXPECT_EQ(history_take_undo(history), nullptr);
   history_record(history, border_step(6, 1));
   history_record(history, border_step(1, 2));
-  EXPECT_EQ(history_take_undo(history)->border_before, 1);
-  EXPECT_EQ(history_take_undo(history)->border_before, 6);
-  EXPECT_EQ(history_take_undo(history), nullptr);
-  EXPECT_EQ(history_take_redo(history)->border_after, 1);
+  history_take_undo(history);
   history_record(history, border_step(1, 9));  // replaces the undone step 1 -> 2
   EXPECT_EQ(history_take_redo(history), nullptr);
-  ASSERT_EQ(history.steps.size(), 2u);
-  EXPECT_EQ(history.steps.back().border_after, 9);
+  EXPECT_EQ(history_take_undo(history)->border_after, 9);
 
   history_clear(history);
   for (std::size_t i = 0; i < history_limit + 5; ++i) history_record(history, border_step(i % 16, (i + 1) % 16));
-  EXPECT_EQ(history.steps.size(), history_limit);
   EXPECT_EQ(history.steps.front().border_before, 5);  // the first five were dropped
-
   history_clear(history);
   for (int i = 0; i < 5000; ++i) history_record(history, history_diff(state_of(6, i % 2 - 1), state_of(6, -i % 2)));
   EXPECT_LE(history.bytes, history_byte_budget);
   EXPECT_GE(history.steps.size(), history_kept_steps);
-  EXPECT_LT(history.steps.size(), 5000u);
   EXPECT_EQ(history.bytes, history_bytes(history));
 }
 
@@ -67,13 +59,7 @@ class Undo : public BarsTest {
  protected:
   void SetUp() override {
     BarsTest::SetUp();
-    if (pixbuf_picture) g_object_unref(pixbuf_picture);
-    pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);
-    gdk_pixbuf_fill(pixbuf_picture, rgb_of(7) << 8 | 0xff);
-    guchar *pixels = gdk_pixbuf_get_pixels(pixbuf_picture);
-    for (int row = 0; row < 200; row++)
-      palette_get_rgb_at_index(row < 20 ? 2 : 5, pixels + row * gdk_pixbuf_get_rowstride(pixbuf_picture));
-    undo_module_init();
+    set_picture(7, 5, 0, 2, 20);
   }
   TempDir dir;
 };
