@@ -27,6 +27,9 @@ static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
 // The init that copies core with a tail of `kept` bytes, and its size.
 unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
 
+constexpr size_t kJumpBytes = 3;   // JMP init, where a program's own SYS line lands
+constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
+
 // The offsets as decrunch.s decodes them (new_offset).
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
@@ -383,42 +386,67 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   std::vector<uint32_t> reads(n);
   const unsigned end = static_cast<unsigned>(load + n);
 
+  // A program at $0801 whose first BASIC line SYSes a few bytes in (to the byte after the
+  // line in the editor's exports) may keep its bytes below the SYS address as the crunched
+  // file's own, with a jump to init at the SYS address: they need no crunching and no tail.
+  const long sys = load == kBasicStart ? cruncher_sys_address(prg) : -1;
+  const size_t own_line = sys > static_cast<long>(load) && sys + static_cast<long>(kJumpBytes) < static_cast<long>(end) &&
+                                  static_cast<size_t>(sys - load) <= kOwnLineMax
+                              ? static_cast<size_t>(sys - load)
+                              : 0;
+
   // The tail (at least one byte; with a program of one byte the stream holds it too) and
   // the zero gap before the stream that make the smallest file in which the writes never
-  // reach unread stream bytes.
+  // reach unread stream bytes; with the program's own line and without.
   struct Layout {
-    size_t kept = 0, coded = 0, size = 0;
+    size_t skip = 0, kept = 0, coded = 0, size = 0;
     unsigned stream_at = 0, line_bytes = 0;
     Bytes stream;
     CrunchStats counted;
   } best;
-  for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1)); ++tail) {
-    Layout l;
-    l.kept = tail;
-    l.coded = n > tail ? n - tail : n;
-    const std::vector<Token> tokens = parse.tokens_to(l.coded);
-    if (tokens.empty()) continue;  // no token ends there
-    l.stream = encode(tokens, r, &reads, &l.counted);
-    const size_t p = l.stream.size();
-    for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
-      l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
-      l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
-      digits_at = static_cast<unsigned>(l.stream_at + p);
+  for (const size_t skip : own_line ? std::vector<size_t>{own_line, 0} : std::vector<size_t>{0}) {
+    const size_t m = n - skip;          // the bytes to restore: the tail and the coded part
+    for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(m - 1, 1)); ++tail) {
+      Layout l;
+      l.skip = skip;
+      l.kept = tail;
+      l.coded = m > tail ? m - tail : m;
+      const std::vector<Token> tokens = parse.tokens_to(l.coded);
+      if (tokens.empty()) continue;  // no token ends there
+      l.stream = encode(tokens, r, &reads, &l.counted);
+      const size_t p = l.stream.size();
+      if (skip) {
+        l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
+        l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+      } else {
+        for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
+          l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
+          l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+          digits_at = static_cast<unsigned>(l.stream_at + p);
+        }
+      }
+      l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
+      const bool no_gap = l.stream_at == kBasicStart + l.line_bytes;
+      if (!best.size || l.size < best.size) best = std::move(l);
+      if (no_gap) break;  // a longer tail only adds bytes
     }
-    l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
-    if (!best.size || l.size < best.size) best = std::move(l);
-    if (best.stream_at == kBasicStart + best.line_bytes) break;  // no gap: a longer tail only adds bytes
   }
   if (!best.size || best.size > kBasicEnd) {
     *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
     return false;
   }
-  const size_t kept = best.kept, p = best.stream.size();
+  const size_t kept = best.kept, p = best.stream.size(), skip = best.skip;
   const unsigned stream_at = best.stream_at, line_bytes = best.line_bytes;
   const unsigned init_at = static_cast<unsigned>(stream_at + p);
   const Bytes &stream = best.stream;
-  Bytes file = basic_line(init_at);
-  file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  Bytes file;
+  if (skip) {
+    file.assign(prg.begin(), prg.begin() + 2 + static_cast<long>(skip));
+    file.insert(file.end(), {0x4C, static_cast<uint8_t>(init_at), static_cast<uint8_t>(init_at >> 8)});  // JMP init
+  } else {
+    file = basic_line(init_at);
+    file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  }
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
   const size_t init_pos = file.size(), core_pos = init_pos + init_bytes(kept);
@@ -437,9 +465,10 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
   file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
   file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
-  put16(file, core_at(kDecrunch_tail_dst), load - 1);
+  put16(file, core_at(kDecrunch_tail_dst), static_cast<unsigned>(load + skip - 1));
   put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
-  file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + static_cast<long>(kept));
+  const auto tail_from = prg.begin() + 2 + static_cast<long>(skip);
+  file.insert(file.end(), tail_from, tail_from + static_cast<long>(kept));
 
   if (stats) {
     *stats = best.counted;

@@ -88,6 +88,10 @@ void expect_round_trip(const std::string &what, const Bytes &prg, long start) {
 TEST(Cruncher, RestoresEveryKindOfProgram) {
   Bytes basic_sys = {0x0B, 0x08, 0x0A, 0x00, 0x9E, '2', '0', '6', '1', 0, 0, 0, 0xEA, 0x60};
   Bytes with_sys = prg_at(kBasicStart, basic_sys);
+  Bytes picture_with_sys = basic_sys;  // its SYS line kept as the crunched file's own
+  picture_with_sys.resize(basic_sys.size() - 2);
+  const Bytes picture = bitmap_like(9000);
+  picture_with_sys.insert(picture_with_sys.end(), picture.begin(), picture.end());
   struct Row {
     const char *what;
     Bytes prg;
@@ -110,6 +114,7 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
       {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
       {"loads above the crunched file", prg_at(0x8000, bitmap_like(4000)), 0x8000},
       {"start from the SYS line", with_sys, kStartFromSys},
+      {"a picture behind its own SYS line", prg_at(kBasicStart, picture_with_sys), kStartFromSys},
       {"the whole BASIC area", prg_at(kBasicStart, bitmap_like(kBasicBytes)), kBasicStart},
   };
   for (const Row &row : rows) expect_round_trip(row.what, row.prg, row.start);
