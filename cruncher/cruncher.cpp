@@ -27,7 +27,7 @@ static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
 // The init that copies core with a tail of `kept` bytes, and its size.
 unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
 
-constexpr size_t kJumpBytes = 3;   // JMP init, where a program's own SYS line lands
+constexpr size_t kJumpBytes = 3;    // JMP init, where a program's own SYS line lands
 constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
 
 // The offsets as decrunch.s decodes them (new_offset).
@@ -390,7 +390,8 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   // line in the editor's exports) may keep its bytes below the SYS address as the crunched
   // file's own, with a jump to init at the SYS address: they need no crunching and no tail.
   const long sys = load == kBasicStart ? cruncher_sys_address(prg) : -1;
-  const size_t own_line = sys > static_cast<long>(load) && sys + static_cast<long>(kJumpBytes) < static_cast<long>(end) &&
+  const size_t own_line = sys > static_cast<long>(load) &&
+                                  sys + static_cast<long>(kJumpBytes) < static_cast<long>(end) &&
                                   static_cast<size_t>(sys - load) <= kOwnLineMax
                               ? static_cast<size_t>(sys - load)
                               : 0;
@@ -405,7 +406,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     CrunchStats counted;
   } best;
   for (const size_t skip : own_line ? std::vector<size_t>{own_line, 0} : std::vector<size_t>{0}) {
-    const size_t m = n - skip;          // the bytes to restore: the tail and the coded part
+    const size_t m = n - skip;  // the bytes to restore: the tail and the coded part
     for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(m - 1, 1)); ++tail) {
       Layout l;
       l.skip = skip;
@@ -419,7 +420,8 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
         l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
         l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
       } else {
-        for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
+        for (unsigned digits_at = kBasicStart;
+             l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
           l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
           l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
           digits_at = static_cast<unsigned>(l.stream_at + p);
