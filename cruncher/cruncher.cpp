@@ -15,17 +15,13 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// kDecrunch holds init (copies a page), init2 (two pages), then core.
+// kDecrunch holds init, then core (linked where it runs, in the zero page, with the tail
+// after it).
 constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
-constexpr unsigned kInit2Bytes = kDecrunch_init2_end - kDecrunch_init2;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr const uint8_t *kCore = kDecrunch + kInitBytes + kInit2Bytes;
-constexpr unsigned kTailMax = 512 - kCoreBytes;       // init2 copies two pages: core and the tail
-constexpr unsigned kShortTailMax = 256 - kCoreBytes;  // init, one
-static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
-
-// The init that copies core with a tail of `kept` bytes, and its size.
-unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
+constexpr const uint8_t *kCore = kDecrunch + kInitBytes;
+constexpr unsigned kTailMax = std::min(0x100 - kDecrunch_core_end, 0xFF - kCoreBytes);  // init copies up to 255
+static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes && kDecrunch_core_end < 0x100);
 
 constexpr size_t kJumpBytes = 3;    // JMP init, where a program's own SYS line lands
 constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
@@ -427,7 +423,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
           digits_at = static_cast<unsigned>(l.stream_at + p);
         }
       }
-      l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
+      l.size = l.stream_at + p + kInitBytes + kCoreBytes + l.kept;
       const bool no_gap = l.stream_at == kBasicStart + l.line_bytes;
       if (!best.size || l.size < best.size) best = std::move(l);
       if (no_gap) break;  // a longer tail only adds bytes
@@ -451,16 +447,10 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   }
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
-  const size_t init_pos = file.size(), core_pos = init_pos + init_bytes(kept);
-  const unsigned core_load = init_at + init_bytes(kept);
-  if (kept <= kShortTailMax) {
-    file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
-    put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, core_load);
-  } else {
-    file.insert(file.end(), kDecrunch + kInitBytes, kCore);
-    put16(file, init_pos + kDecrunch_init2_src - kDecrunch_init2, core_load);
-    put16(file, init_pos + kDecrunch_init2_src2 - kDecrunch_init2, core_load + 256);
-  }
+  const size_t init_pos = file.size(), core_pos = init_pos + kInitBytes;
+  file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
+  file[init_pos + kDecrunch_init_bytes - kDecrunch_init] = static_cast<uint8_t>(kCoreBytes + kept);
+  put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, init_at + kInitBytes - 1);
   file.insert(file.end(), kCore, kCore + kCoreBytes);
   auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
   put16(file, core_at(kDecrunch_dst_ptr), end - 1);
