@@ -100,13 +100,15 @@ constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 constexpr int kChainLimit = 2048;
+constexpr int kExtraSteps = 32;  // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
-// only a bit or two. These bring the editor's export programs from 35.2 to 34.4 cycles per
-// byte for 62 bytes (0.07 %) more; see docs/performance.md for the trade.
+// only a bit or two, and they break ties between parses of the same size towards fewer
+// tokens. Small ones leave the editor's export programs both smaller and faster than none;
+// see docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralCharge = 10, kRepeatCharge = 6, kNewCharge = 14;
+constexpr uint32_t kLiteralCharge = 4, kRepeatCharge = 2, kNewCharge = 6;
 
 class Parse {
  public:
@@ -116,6 +118,7 @@ class Parse {
     std::vector<std::pair<unsigned, size_t>> found;  // the nearest offset for each longer length
     for (size_t i = 0; i < n_; ++i) {
       found.clear();
+      extra_.clear();
       if (i + 1 < n_) {
         const unsigned pair = r[i] << 8 | r[i + 1];
         size_t best = 1;
@@ -123,6 +126,12 @@ class Parse {
         for (int32_t j = head[pair]; j >= 0 && steps < kChainLimit; j = prev[j], ++steps) {
           const unsigned offset = static_cast<unsigned>(i - j);
           if (offset > kOffsetEnd) break;
+          if (steps < kExtraSteps && (i + best >= n_ || r[i + best] != r[i + best - offset])) {  // an extra
+            size_t k = 2;
+            while (k < kLengthsTried && i + k < n_ && r[i + k] == r[i + k - offset]) ++k;
+            extra_.push_back({offset, k});
+            continue;
+          }
           if (i + best >= n_ || r[i + best] != r[i + best - offset]) continue;  // cannot be longer
           const size_t k = match_length(i, offset);
           if (k > best) {
@@ -234,10 +243,19 @@ class Parse {
       });
       shorter = candidate.second;
     }
+    for (const auto &candidate : extra_) {
+      const uint32_t k = static_cast<uint32_t>(candidate.second);
+      put(i + k, 1,
+          {runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, from, best, kNew,
+           k, candidate.first});
+    }
   }
 
   const Bytes &r_;
   size_t n_;
+  // The offsets of the nearest chain steps that match no longer than a nearer one, with their
+  // match length (at most kLengthsTried): dearer now, they may set up a repeat match later.
+  std::vector<std::pair<unsigned, size_t>> extra_;
   std::vector<Arrival> at_;
   struct Known {
     unsigned offset = 0;
