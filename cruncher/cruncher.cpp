@@ -94,7 +94,7 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 8;                // per position and state
+constexpr int kArrivals = 16;               // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
