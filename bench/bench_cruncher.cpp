@@ -10,8 +10,8 @@
 #include <glib/gstdio.h>
 
 #include <chrono>
-#include <ctime>
 #include <cstdio>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -113,10 +113,11 @@ void crunch_and_run(const std::string &name, const std::vector<uint8_t> &prg, To
 
 void print_totals(const char *what, const Totals &t) {
   if (!t.pictures) return;
-  std::printf("%-22s %6zu %6zu %6zu       %9llu %6.1f %7.1f  (%zu programs, slowest crunch %.0f ms, %.0f ms processor)\n", what, t.input,
-              t.output, t.stream, static_cast<unsigned long long>(t.cycles),
-              static_cast<double>(t.cycles) / static_cast<double>(t.input - 2 * t.pictures), t.seconds * 1000,
-              t.pictures, t.worst * 1000, t.worst_cpu * 1000);
+  std::printf(
+      "%-22s %6zu %6zu %6zu       %9llu %6.1f %7.1f  (%zu programs, slowest crunch %.0f ms, %.0f ms processor)\n", what,
+      t.input, t.output, t.stream, static_cast<unsigned long long>(t.cycles),
+      static_cast<double>(t.cycles) / static_cast<double>(t.input - 2 * t.pictures), t.seconds * 1000, t.pictures,
+      t.worst * 1000, t.worst_cpu * 1000);
   std::printf(
       "%-22s where the bytes go: decruncher %zu, tail %zu, literal bytes %zu, literal run codes %zu,"
       " match codes %zu (bits / 8); %zu tokens\n",
