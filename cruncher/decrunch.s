@@ -182,17 +182,15 @@ get:    asl BITS
         bne got_bit
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
 ; returns its top bit in carry. Keeps A and X.
-refill: pha
-        lda $ffff               ; patched: the last stream byte, then the next one
+refill: ldy $ffff               ; patched: the last stream byte, then the next one
 stream_lo = * - 2
 stream_hi = * - 1
+        sty BITS
         ldy z:stream_lo
         bne :+
         dec z:stream_hi
 :       dec z:stream_lo
-        rol a
-        sta BITS
-        pla
+        rol BITS
 got_bit:
         rts
 core_end:
