@@ -110,7 +110,7 @@ dst_ptr = * - 2
         bne next_piece
         txa
         bne after_match
-        get_bit                 ; after a literal run: 0 = repeat match, 1 = new offset
+        jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
         bcs new_offset
         jsr gamma
         ldx #1
