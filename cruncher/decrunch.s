@@ -125,8 +125,7 @@ new_offset:
         sbc #0                  ; H - 1
         lsr a
         sta OFF+1
-        ldy #0
-        lda (stream_lo),y       ; the next stream byte (keeps carry)
+        lda (stream_lo,x)       ; the next stream byte (X is 0; keeps carry)
         ldy z:stream_lo
         bne :+
         dec z:stream_hi
