@@ -126,10 +126,7 @@ new_offset:
         lsr a
         sta OFF+1
         lda (stream_lo,x)       ; the next stream byte (X is 0; keeps carry)
-        ldy z:stream_lo
-        bne :+
-        dec z:stream_hi
-:       dec z:stream_lo
+        jsr next_byte
         ror a                   ; bit 0 of H - 1 above the low 7 bits; carry: a length bit
         sta OFF
         lda #1
@@ -185,11 +182,12 @@ refill: ldy $ffff               ; patched: the last stream byte, then the next o
 stream_lo = * - 2
 stream_hi = * - 1
         sty BITS
+        rol BITS
+next_byte:                      ; moves the stream pointer on; keeps A, X and carry
         ldy z:stream_lo
         bne :+
         dec z:stream_hi
 :       dec z:stream_lo
-        rol BITS
 got_bit:
         rts
 core_end:
