@@ -87,6 +87,7 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
   picture_with_sys.resize(basic_sys.size() - 2);
   const Bytes picture = bitmap_like(9000);
   picture_with_sys.insert(picture_with_sys.end(), picture.begin(), picture.end());
+  const Bytes own_line = prg_at(kBasicStart, picture_with_sys);
   struct Row {
     const char *what;
     Bytes prg;
@@ -109,10 +110,14 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
       {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
       {"loads above the crunched file", prg_at(0x8000, bitmap_like(4000)), 0x8000},
       {"start from the SYS line", with_sys, kStartFromSys},
-      {"a picture behind its own SYS line", prg_at(kBasicStart, picture_with_sys), kStartFromSys},
+      {"a picture behind its own SYS line", own_line, kStartFromSys},
       {"the whole BASIC area", prg_at(kBasicStart, bitmap_like(kBasicBytes)), kBasicStart},
   };
   for (const Row &row : rows) expect_round_trip(row.what, row.prg, row.start);
+  Bytes out;  // the picture's load address and SYS line are the crunched file's
+  std::string error;
+  ASSERT_TRUE(cruncher_crunch(own_line, kStartFromSys, &out, &error)) << error;
+  EXPECT_TRUE(std::equal(out.begin(), out.begin() + 14, own_line.begin()));
 }
 
 // Programs that cannot fit are refused with a message, the output untouched.
