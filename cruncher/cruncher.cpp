@@ -15,17 +15,16 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// kDecrunch holds init (copies a page), init2 (two pages), then core.
+// kDecrunch holds init, then core (linked where it runs, in the zero page, with the tail
+// after it).
 constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
-constexpr unsigned kInit2Bytes = kDecrunch_init2_end - kDecrunch_init2;
 constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr const uint8_t *kCore = kDecrunch + kInitBytes + kInit2Bytes;
-constexpr unsigned kTailMax = 512 - kCoreBytes;       // init2 copies two pages: core and the tail
-constexpr unsigned kShortTailMax = 256 - kCoreBytes;  // init, one
-static_assert(sizeof(kDecrunch) == kInitBytes + kInit2Bytes + kCoreBytes);
+constexpr const uint8_t *kCore = kDecrunch + kInitBytes;
+constexpr unsigned kTailMax = std::min(0x100 - kDecrunch_core_end, 0xFF - kCoreBytes);  // init copies up to 255
+static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes && kDecrunch_core_end < 0x100);
 
-// The init that copies core with a tail of `kept` bytes, and its size.
-unsigned init_bytes(size_t kept) { return kept <= kShortTailMax ? kInitBytes : kInit2Bytes; }
+constexpr size_t kJumpBytes = 3;    // JMP init, where a program's own SYS line lands
+constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
 
 // The offsets as decrunch.s decodes them (new_offset).
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
@@ -95,19 +94,21 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 8;                // per position and state
+constexpr int kArrivals = 16;               // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 constexpr int kChainLimit = 2048;
+constexpr int kExtraSteps = 32;  // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
-// only a bit or two. These bring the editor's export programs from 35.2 to 34.4 cycles per
-// byte for 62 bytes (0.07 %) more; see docs/performance.md for the trade.
+// only a bit or two (and breaks ties between parses of one size towards fewer tokens). These
+// bring the editor's export programs from 34.8 to 34.45 cycles per byte for 41 bytes more;
+// see docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralCharge = 10, kRepeatCharge = 6, kNewCharge = 14;
+constexpr uint32_t kLiteralCharge = 8, kRepeatCharge = 4, kNewCharge = 12;
 
 class Parse {
  public:
@@ -117,6 +118,7 @@ class Parse {
     std::vector<std::pair<unsigned, size_t>> found;  // the nearest offset for each longer length
     for (size_t i = 0; i < n_; ++i) {
       found.clear();
+      extra_.clear();
       if (i + 1 < n_) {
         const unsigned pair = r[i] << 8 | r[i + 1];
         size_t best = 1;
@@ -124,6 +126,12 @@ class Parse {
         for (int32_t j = head[pair]; j >= 0 && steps < kChainLimit; j = prev[j], ++steps) {
           const unsigned offset = static_cast<unsigned>(i - j);
           if (offset > kOffsetEnd) break;
+          if (steps < kExtraSteps && (i + best >= n_ || r[i + best] != r[i + best - offset])) {  // an extra
+            size_t k = 2;
+            while (k < kLengthsTried && i + k < n_ && r[i + k] == r[i + k - offset]) ++k;
+            extra_.push_back({offset, k});
+            continue;
+          }
           if (i + best >= n_ || r[i + best] != r[i + best - offset]) continue;  // cannot be longer
           const size_t k = match_length(i, offset);
           if (k > best) {
@@ -235,10 +243,19 @@ class Parse {
       });
       shorter = candidate.second;
     }
+    for (const auto &candidate : extra_) {
+      const uint32_t k = static_cast<uint32_t>(candidate.second);
+      put(i + k, 1,
+          {runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, from, best, kNew,
+           k, candidate.first});
+    }
   }
 
   const Bytes &r_;
   size_t n_;
+  // The offsets of the nearest chain steps that match no longer than a nearer one, with their
+  // match length (at most kLengthsTried): dearer now, they may set up a repeat match later.
+  std::vector<std::pair<unsigned, size_t>> extra_;
   std::vector<Arrival> at_;
   struct Known {
     unsigned offset = 0;
@@ -383,63 +400,85 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   std::vector<uint32_t> reads(n);
   const unsigned end = static_cast<unsigned>(load + n);
 
+  // A program at $0801 whose first BASIC line SYSes a few bytes in (to the byte after the
+  // line in the editor's exports) may keep its bytes below the SYS address as the crunched
+  // file's own, with a jump to init at the SYS address: they need no crunching and no tail.
+  const long sys = load == kBasicStart ? cruncher_sys_address(prg) : -1;
+  const size_t own_line = sys > static_cast<long>(load) &&
+                                  sys + static_cast<long>(kJumpBytes) < static_cast<long>(end) &&
+                                  static_cast<size_t>(sys - load) <= kOwnLineMax
+                              ? static_cast<size_t>(sys - load)
+                              : 0;
+
   // The tail (at least one byte; with a program of one byte the stream holds it too) and
   // the zero gap before the stream that make the smallest file in which the writes never
-  // reach unread stream bytes.
+  // reach unread stream bytes; with the program's own line and without.
   struct Layout {
-    size_t kept = 0, coded = 0, size = 0;
+    size_t skip = 0, kept = 0, coded = 0, size = 0;
     unsigned stream_at = 0, line_bytes = 0;
     Bytes stream;
     CrunchStats counted;
   } best;
-  for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(n - 1, 1)); ++tail) {
-    Layout l;
-    l.kept = tail;
-    l.coded = n > tail ? n - tail : n;
-    const std::vector<Token> tokens = parse.tokens_to(l.coded);
-    if (tokens.empty()) continue;  // no token ends there
-    l.stream = encode(tokens, r, &reads, &l.counted);
-    const size_t p = l.stream.size();
-    for (unsigned digits_at = kBasicStart; l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
-      l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
-      l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
-      digits_at = static_cast<unsigned>(l.stream_at + p);
+  for (const size_t skip : own_line ? std::vector<size_t>{own_line, 0} : std::vector<size_t>{0}) {
+    const size_t m = n - skip;  // the bytes to restore: the tail and the coded part
+    for (size_t tail = 1; tail <= std::min<size_t>(kTailMax, std::max<size_t>(m - 1, 1)); ++tail) {
+      Layout l;
+      l.skip = skip;
+      l.kept = tail;
+      l.coded = m > tail ? m - tail : m;
+      const std::vector<Token> tokens = parse.tokens_to(l.coded);
+      if (tokens.empty()) continue;  // no token ends there
+      l.stream = encode(tokens, r, &reads, &l.counted);
+      const size_t p = l.stream.size();
+      if (skip) {
+        l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
+        l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+      } else {
+        for (unsigned digits_at = kBasicStart;
+             l.line_bytes != basic_line(digits_at).size();) {  // a fifth digit moves it
+          l.line_bytes = static_cast<unsigned>(basic_line(digits_at).size());
+          l.stream_at = lowest_safe_start(reads, l.coded, end, p, kBasicStart + l.line_bytes);
+          digits_at = static_cast<unsigned>(l.stream_at + p);
+        }
+      }
+      l.size = l.stream_at + p + kInitBytes + kCoreBytes + l.kept;
+      const bool no_gap = l.stream_at == kBasicStart + l.line_bytes;
+      if (!best.size || l.size < best.size) best = std::move(l);
+      if (no_gap) break;  // a longer tail only adds bytes
     }
-    l.size = l.stream_at + p + init_bytes(l.kept) + kCoreBytes + l.kept;
-    if (!best.size || l.size < best.size) best = std::move(l);
-    if (best.stream_at == kBasicStart + best.line_bytes) break;  // no gap: a longer tail only adds bytes
   }
   if (!best.size || best.size > kBasicEnd) {
     *error = "the program is too large: crunched, it would not fit in memory with the decruncher";
     return false;
   }
-  const size_t kept = best.kept, p = best.stream.size();
+  const size_t kept = best.kept, p = best.stream.size(), skip = best.skip;
   const unsigned stream_at = best.stream_at, line_bytes = best.line_bytes;
   const unsigned init_at = static_cast<unsigned>(stream_at + p);
   const Bytes &stream = best.stream;
-  Bytes file = basic_line(init_at);
-  file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  Bytes file;
+  if (skip) {
+    file.assign(prg.begin(), prg.begin() + 2 + static_cast<long>(skip));
+    file.insert(file.end(), {0x4C, static_cast<uint8_t>(init_at), static_cast<uint8_t>(init_at >> 8)});  // JMP init
+  } else {
+    file = basic_line(init_at);
+    file.insert(file.begin(), {static_cast<uint8_t>(kBasicStart), static_cast<uint8_t>(kBasicStart >> 8)});
+  }
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
-  const size_t init_pos = file.size(), core_pos = init_pos + init_bytes(kept);
-  const unsigned core_load = init_at + init_bytes(kept);
-  if (kept <= kShortTailMax) {
-    file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
-    put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, core_load);
-  } else {
-    file.insert(file.end(), kDecrunch + kInitBytes, kCore);
-    put16(file, init_pos + kDecrunch_init2_src - kDecrunch_init2, core_load);
-    put16(file, init_pos + kDecrunch_init2_src2 - kDecrunch_init2, core_load + 256);
-  }
+  const size_t init_pos = file.size(), core_pos = init_pos + kInitBytes;
+  file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
+  file[init_pos + kDecrunch_init_bytes - kDecrunch_init] = static_cast<uint8_t>(kCoreBytes + kept);
+  put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, init_at + kInitBytes - 1);
   file.insert(file.end(), kCore, kCore + kCoreBytes);
   auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
   put16(file, core_at(kDecrunch_dst_ptr), end - 1);
   file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
   file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
   file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
-  put16(file, core_at(kDecrunch_tail_dst), load - 1);
+  put16(file, core_at(kDecrunch_tail_dst), static_cast<unsigned>(load + skip - 1));
   put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
-  file.insert(file.end(), prg.begin() + 2, prg.begin() + 2 + static_cast<long>(kept));
+  const auto tail_from = prg.begin() + 2 + static_cast<long>(skip);
+  file.insert(file.end(), tail_from, tail_from + static_cast<long>(kept));
 
   if (stats) {
     *stats = best.counted;

@@ -1,12 +1,14 @@
 ; The 6502 side of the cruncher: the code a crunched program runs to unpack itself.
 ;
-; A crunched program loads at $0801: a BASIC line "SYS <init>", the crunched stream, then
-; init (or init2), core and the tail (the lowest bytes of the program, at least one, kept
-; as they are). init copies core and the tail to $C000, where no program lands, and starts
-; core. core reads the stream from its last byte down and writes the program from its top
-; down, so that the writes only reach stream bytes already read (the cruncher proves this
-; for every file), and copies the tail last. The cruncher patches the operands marked
-; "patched"; the labels it needs are exported.
+; A crunched program loads at $0801: a BASIC line "SYS <init>" (or the program's own SYS
+; line with a jump to init where it lands), the crunched stream, then init, core and the
+; tail (the lowest bytes of the program, at least one, kept as they are). init turns
+; interrupts off, copies core and the tail to the zero page and starts core. core reads the
+; stream from its last byte down and writes the program from its top down, so that the
+; writes only reach stream bytes already read (the cruncher proves this for every file),
+; and copies the tail last. The program is entered with interrupts off and the zero page
+; from $02 on overwritten. The cruncher patches the operands marked "patched"; the labels it
+; needs are exported.
 ;
 ; Stream: one byte sequence read downwards, holding whole bytes and the bytes of a bit
 ; register (bits taken from bit 7 down; a set sentinel bit marks it empty), each taken when
@@ -21,17 +23,12 @@
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. Lengths
 ; are at most 32767; copies of more than 255 bytes go in pieces.
-;
-; Zero page: the BASIC floating point work area $57-$5D; interrupts and $01 are left alone.
         .setcpu "6502"
 
-BITS    = $57
-LENHI   = $58                   ; pieces of 128 bytes still to copy after this one
-OFF     = $59                   ; and $5a: the offset less 1
-PIECE   = $5b                   ; the bytes of the piece being copied
-STREAM  = $5c                   ; and $5d: the next stream byte
+PIECE   = $02                   ; the bytes of the piece being copied
+OFF     = $03                   ; and $04: the offset less 1
 
-        .export init, init_src, init_end, init2, init2_src, init2_src2, init2_end, core, core_end
+        .export init, init_bytes, init_src, init_end, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A and X.
@@ -44,57 +41,39 @@ got:
 .endmacro
 
         .segment "INIT"
-; Runs where it is loaded, right after the stream: copies core and the tail to where they
-; run, a page of them, or two with init2 (for a tail longer than the page leaves).
-init:   ldx #0
+; Runs where it is loaded, right after the stream: copies core and the tail to the zero page.
+init:   sei
+        ldx #$ff                ; patched: the bytes of core and the tail
+init_bytes = * - 1
 init_copy:
-        lda $ffff,x             ; patched: where core is loaded
+        lda $ffff,x             ; patched: where core is loaded, less 1
 init_src = * - 2
-        sta core,x
-        inx
+        sta z:core - 1,x
+        dex
         bne init_copy
         jmp entry
 init_end:
 
-        .segment "INIT2"
-init2:  ldx #0
-init2_copy:
-        lda $ffff,x             ; patched: where core is loaded
-init2_src = * - 2
-        sta core,x
-        lda $ffff,x             ; patched: the same + 256
-init2_src2 = * - 2
-        sta core + 256,x
-        inx
-        bne init2_copy
-        jmp entry
-init2_end:
-
-        .segment "CORE"
+        .segment "CORE": zeropage
 core:
+BITS:   .byte 0                 ; the bit register: empty, and no sentinel
+LENHI:  .byte 0                 ; pieces of 128 bytes still to copy after this one
+
 next_piece:
         dec LENHI
         lda #$80
         bne piece               ; always
 
 piece_match:
-        lda dst_ptr             ; a match: from the offset above (carry is set: + 1)
+        lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
         adc OFF
-        sta src_ptr
-        lda dst_ptr+1
+        sta z:src_ptr
+        lda z:dst_ptr+1
         adc OFF+1
-        sta src_ptr+1
+        sta z:src_ptr+1
         bne copy_piece          ; always: the source lies above the zero page
 
-entry:  lda #$ff                ; patched: the last stream byte, low
-stream_lo = * - 1
-        sta STREAM
-        lda #$ff                ; patched: and high
-stream_hi = * - 1
-        sta STREAM+1
-        stx BITS                ; X is 0: empty, and no sentinel
-        stx LENHI
-
+entry:
 literal:
         jsr gamma
         ldx #0                  ; X: 0 while copying a literal run, 1 a match
@@ -103,21 +82,21 @@ literal:
 piece:  sta PIECE
         eor #$ff
         sec
-        adc dst_ptr
-        sta dst_ptr
+        adc z:dst_ptr
+        sta z:dst_ptr
         bcs :+
-        dec dst_ptr+1
+        dec z:dst_ptr+1
         sec
 :       txa
         bne piece_match
-        lda STREAM              ; a literal run: from the stream, which moves down with it
+        lda z:stream_lo           ; a literal run: from the stream, which moves down with it
         sbc PIECE
-        sta STREAM
-        sta src_ptr
+        sta z:stream_lo
+        sta z:src_ptr
         bcs :+
-        dec STREAM+1
-:       lda STREAM+1
-        sta src_ptr+1
+        dec z:stream_hi
+:       lda z:stream_hi
+        sta z:src_ptr+1
 copy_piece:
         ldy PIECE
 copy_byte:
@@ -131,7 +110,7 @@ dst_ptr = * - 2
         bne next_piece
         txa
         bne after_match
-        get_bit                 ; after a literal run: 0 = repeat match, 1 = new offset
+        jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
         bcs new_offset
         jsr gamma
         ldx #1
@@ -146,12 +125,8 @@ new_offset:
         sbc #0                  ; H - 1
         lsr a
         sta OFF+1
-        ldy #0
-        lda (STREAM),y          ; the next stream byte (keeps carry)
-        ldy STREAM
-        bne :+
-        dec STREAM+1
-:       dec STREAM
+        lda (stream_lo,x)       ; the next stream byte (X is 0; keeps carry)
+        jsr next_byte
         ror a                   ; bit 0 of H - 1 above the low 7 bits; carry: a length bit
         sta OFF
         lda #1
@@ -163,7 +138,7 @@ new_offset:
 done:   ldx #$00                ; patched: the bytes of the tail (at least 1)
 tail_bytes = * - 1
 done_tail:
-        lda core_end - 1,x
+        lda z:core_end - 1,x
         sta $ffff,x             ; patched: (program start) - 1
 tail_dst = * - 2
         dex
@@ -203,16 +178,16 @@ get:    asl BITS
         bne got_bit
 ; Called when the bit register is empty (carry holds the sentinel): loads the next byte,
 ; returns its top bit in carry. Keeps A and X.
-refill: pha
-        ldy #0
-        lda (STREAM),y
-        ldy STREAM
+refill: ldy $ffff               ; patched: the last stream byte, then the next one
+stream_lo = * - 2
+stream_hi = * - 1
+        sty BITS
+        rol BITS
+next_byte:                      ; moves the stream pointer on; keeps A, X and carry
+        ldy z:stream_lo
         bne :+
-        dec STREAM+1
-:       dec STREAM
-        rol a
-        sta BITS
-        pla
+        dec z:stream_hi
+:       dec z:stream_lo
 got_bit:
         rts
 core_end:

@@ -1,5 +1,5 @@
 // sfx_run: flat memory on the 6502 core (no ROMs, no interrupts; the decruncher needs
-// neither), stepped until the program counter reaches the start address.
+// neither), stepped until the program counter comes to the start address.
 #include "sfxrun.h"
 
 #include <algorithm>
@@ -23,7 +23,8 @@ bool sfx_run(const std::vector<uint8_t> &crunched, uint16_t start, SfxRun *run) 
   M6502 cpu;
   m6502_init(&cpu, memory->bus(), static_cast<uint16_t>(entry));
   run->sp_before = cpu.s;
-  while (cpu.pc != start && cpu.cycles < kSfxCycleLimit && !cpu.jammed) m6502_step(&cpu);
+  do m6502_step(&cpu);  // at least once: the entry may be the start address itself
+  while (cpu.pc != start && cpu.cycles < kSfxCycleLimit && !cpu.jammed);
   run->reached = cpu.pc == start;
   run->cycles = cpu.cycles;
   run->sp_after = cpu.s;
