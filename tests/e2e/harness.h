@@ -1,7 +1,6 @@
-// The end-to-end tests' harness: the built editor started as a user starts it, in the private
-// X session of session.sh, driven through the X server (xdotool) and read back from its screen.
-// Every wait polls with a time limit; the editor dies with the test program. The harness brings
-// the test programs' main(), which keeps them and the editor away from the real home.
+// The end-to-end harness: the built editor started as a user starts it, in the private X session
+// of session.sh, driven through the X server (xdotool) and read back from its screen. Every wait
+// polls with a time limit; the editor dies with the test program. It brings the programs' main().
 #pragma once
 
 #include <gdk/gdk.h>
@@ -11,22 +10,17 @@
 #include <string>
 #include <vector>
 
-// Polls `done` until it holds or `seconds` have passed: generous, as a busy machine can be slow
-// to draw, and only a failure waits the limit out.
+// Polls `done` until it holds or `seconds` have passed (generous: a busy machine draws slowly).
 bool wait_for(const std::function<bool()> &done, double seconds = 20);
 
-// Runs a program (looked for in PATH) and returns what it printed; `ok` tells whether it ended
-// with 0. xdotool() runs xdotool with `args`.
-std::string run(std::vector<std::string> argv, bool *ok = nullptr);
+// Runs xdotool and returns what it printed; `ok`: whether it ended with 0.
 std::string xdotool(std::vector<std::string> args, bool *ok = nullptr);
 void press_keys(const std::string &keys);  // xdotool key names one after the other: "ctrl+q F3"
 void type_text(const std::string &text);
 void click_at(int x, int y);
 std::string focused_title();  // of the top-level window that has the keyboard focus
 
-struct Rect {
-  int x = 0, y = 0, width = 0, height = 0;
-};
+using Rect = GdkRectangle;
 
 // A part of the screen, in screen coordinates; at() gives 0xRRGGBB, or 0xFF000000 outside.
 struct Shot {
@@ -35,7 +29,7 @@ struct Shot {
   unsigned at(int x, int y) const;
   std::string bytes() const;  // the pixels, to compare two shots
 };
-Shot grab(const Rect &area);  // clipped to the screen
+Shot grab(Rect area);  // clipped to the screen
 
 // The editor at `program` (a path, or a name looked for in PATH) with `home` as its home, started
 // in `folder` when given; started() once its main window has the keyboard focus.
@@ -53,8 +47,7 @@ class App {
   std::shared_ptr<GdkWindow> main_;
 };
 
-// Opens a chooser by its keys and types `path` into it (into the location field of an open
-// chooser, which the first character opens; over a save chooser's suggested name), then waits
-// for the main window, titled after `title`.
+// Opens a chooser by its keys, types `path` into it (an open chooser's location field opens on
+// the first character), then waits for the main window titled after `title`.
 void choose(const App &app, const std::string &keys, const std::string &chooser, const std::string &path,
             const std::string &title);

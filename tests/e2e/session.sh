@@ -1,6 +1,7 @@
 #!/bin/sh
 # Runs a test program in a private X session: its own X server (Xvfb picks a free display and
-# tells its number once it accepts connections) and openbox; both end with the program.
+# tells its number once it accepts connections) and openbox, up before any window shows (it
+# runs its --startup command once it manages the screen); both end with the program.
 folder=$(mktemp -d) || exit 1
 Xvfb -displayfd 3 -screen 0 1920x1440x24 -nolisten tcp 3>"$folder/display" 2>/dev/null &
 server=$!
@@ -10,6 +11,10 @@ while [ ! -s "$folder/display" ]; do
   sleep 0.05
 done
 export DISPLAY=":$(cat "$folder/display")"
-openbox --sm-disable 2>/dev/null &
+openbox --sm-disable --startup "touch $folder/managed" 2>/dev/null &
 manager=$!
+while [ ! -e "$folder/managed" ]; do
+  kill -0 $manager 2>/dev/null || { echo "no window manager" >&2; exit 1; }
+  sleep 0.05
+done
 "$@"

@@ -1,5 +1,7 @@
 #include "testutil.h"
 
+#include <sys/wait.h>
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -9,25 +11,28 @@
 #include "state.h"
 #include "support.h"
 
-namespace fs = std::filesystem;
-
 TempDir::TempDir() {
   g_autofree char *dir = g_dir_make_tmp("quillbar-test-XXXXXX", nullptr);
   path_ = dir ? dir : "";
 }
 
-// Folders a test made unreadable are opened first, so that everything can go.
-static void remove_tree(const fs::path &path) {
+TempDir::~TempDir() {
   std::error_code ec;
-  if (fs::is_directory(fs::symlink_status(path, ec))) {
-    fs::permissions(path, fs::perms::owner_all, fs::perm_options::add, ec);
-    for (const fs::directory_entry &entry : fs::directory_iterator(path, ec)) remove_tree(entry.path());
-  }
-  fs::remove(path, ec);
+  if (!path_.empty()) std::filesystem::remove_all(path_, ec);
 }
 
-TempDir::~TempDir() {
-  if (!path_.empty()) remove_tree(path_);
+int run(std::vector<std::string> argv, std::string *output, std::string *errors) {
+  std::vector<char *> args;
+  for (std::string &arg : argv) args.push_back(arg.data());
+  args.push_back(nullptr);
+  g_autofree gchar *out = nullptr;
+  g_autofree gchar *err = nullptr;
+  int status = -1;
+  const bool ran =
+      g_spawn_sync(nullptr, args.data(), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, &out, &err, &status, nullptr);
+  if (output) *output = out ? out : "";
+  if (errors) *errors = err ? err : "";
+  return ran && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 void write_file(const std::string &path, const std::vector<unsigned char> &bytes) {
@@ -45,11 +50,6 @@ std::string read_text(const std::string &path) {
   std::ostringstream text;
   text << std::ifstream(path, std::ios::binary).rdbuf();
   return text.str();
-}
-
-const std::string &test_config_home() {
-  static std::string home = g_getenv("XDG_CONFIG_HOME") ? g_getenv("XDG_CONFIG_HOME") : "";
-  return home;
 }
 
 GtkWidget *start_app() {

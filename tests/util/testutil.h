@@ -1,5 +1,5 @@
-// Helpers shared by the test programs: temporary folders, the application started as
-// main() starts it, event pumping, pixel read-back and answering modal dialogs.
+// Helpers shared by the test programs: temporary folders, the application started as main()
+// starts it, event pumping, pixel read-back and answering modal dialogs.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,14 +23,14 @@ class TempDir {
   std::string path_;
 };
 
+// Runs a program (looked for in PATH): its exit status (-1 when it did not end by itself) and
+// what it printed on its standard output and error.
+int run(std::vector<std::string> argv, std::string *output = nullptr, std::string *errors = nullptr);
+
 // Writes bytes or text to a file; fails the test on error.
 void write_file(const std::string &path, const std::vector<unsigned char> &bytes);
 void write_text(const std::string &path, const std::string &text);
 std::string read_text(const std::string &path);
-
-// The folder that the test program gives the user's configuration (XDG_CONFIG_HOME);
-// it is fresh for every test program.
-const std::string &test_config_home();
 
 // Runs main()'s start-up sequence once per test program and returns the main window.
 GtkWidget *start_app();
@@ -38,15 +38,13 @@ GtkWidget *start_app();
 // Handles pending events until none are left (and at least `ms` milliseconds passed).
 void pump_events(int ms = 0);
 
-// Reads back what a widget shows on screen (after handling its pending redraws) as an
-// RGB image owned by the caller.
+// What a widget shows on screen (its pending redraws handled first), an image the caller owns.
 GdkPixbuf *grab_widget(GtkWidget *widget);
 
 // The RGB value at (x, y) of an image, as 0xRRGGBB.
 unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
 
-// Arranges for the next modal dialog that shows up to receive `response`; calls `inspect`
-// with the dialog first when given.
+// The next modal dialog that shows up receives `response`, after `inspect` (when given) saw it.
 void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr);
 
 // A colour of the palette in force as 0xRRGGBB; the status bar's text; activating a menu
@@ -57,8 +55,3 @@ void activate(const char *item);
 
 // Path of a file in the shared read-only data folder, or "" when that folder is absent.
 std::string shared_data(const std::string &name);
-
-#define SKIP_WITHOUT_SHARED(path)                                    \
-  do {                                                               \
-    if ((path).empty()) GTEST_SKIP() << "shared data not available"; \
-  } while (0)
