@@ -5,6 +5,7 @@
 #include <glib/gstdio.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -16,18 +17,9 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 struct Folder {
-  std::string path;
-  Folder() {
-    gchar *p = g_dir_make_tmp("cruncher-cli-XXXXXX", nullptr);
-    path = p;
-    g_free(p);
-  }
-  ~Folder() {
-    GDir *dir = g_dir_open(path.c_str(), 0, nullptr);
-    for (const gchar *name; dir && (name = g_dir_read_name(dir));) g_remove((path + "/" + name).c_str());
-    if (dir) g_dir_close(dir);
-    g_rmdir(path.c_str());
-  }
+  std::string path = std::filesystem::temp_directory_path() / "cruncher-cli-XXXXXX";
+  Folder() { EXPECT_NE(mkdtemp(path.data()), nullptr); }
+  ~Folder() { std::filesystem::remove_all(path); }
   std::string file(const std::string &name) const { return path + "/" + name; }
 };
 
@@ -72,16 +64,12 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
   Folder dir;
   const std::string in = dir.file("in.prg"), out = dir.file("out.prg");
   put(in, kProgram);
-  put(dir.file("empty.prg"), {});
-  put(dir.file("high.prg"), {0x00, 0x10, 0x60});
-  put(dir.file("huge.prg"), Bytes(0xA000, 0x01));
   struct Row {
     std::vector<std::string> args;
     const char *message;
   };
   const Row rows[] = {
       {{}, "sfx"},
-      {{"level", "2061", in, "-o", out}, "sfx"},
       {{"sfx", "2061", in}, "output"},
       {{"sfx", "2061", in, "-o"}, "-o needs"},
       {{"sfx", "2061", in, "-o", out, "-x"}, "unknown option -x"},
@@ -89,10 +77,7 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
       {{"sfx", "20x1", in, "-o", out}, "bad start address"},
       {{"sfx", "2061", dir.file("missing.prg"), "-o", out}, "cannot read"},
       {{"sfx", "2061", dir.path, "-o", out}, "cannot read"},
-      {{"sfx", "2061", dir.file("empty.prg"), "-o", out}, "not a PRG"},
-      {{"sfx", "sys", dir.file("high.prg"), "-o", out}, "$0801"},
-      {{"sfx", "$0800", in, "-o", out}, "outside"},
-      {{"sfx", "2061", dir.file("huge.prg"), "-o", out}, "within"},
+      {{"sfx", "$0800", in, "-o", out}, "outside"},  // the library's refusals: its own test
       {{"sfx", "2061", in, "-o", dir.file("no/such/folder.prg")}, "cannot write"},
   };
   for (const Row &row : rows) {
@@ -105,11 +90,7 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
     EXPECT_EQ(get(in), kProgram) << line;
     EXPECT_FALSE(g_file_test(out.c_str(), G_FILE_TEST_EXISTS)) << line;
   }
-  GDir *folder = g_dir_open(dir.path.c_str(), 0, nullptr);
-  int files = 0;
-  while (g_dir_read_name(folder)) ++files;
-  g_dir_close(folder);
-  EXPECT_EQ(files, 4);  // no temporary files left
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 1);  // no temporary files left
 }
 
 // The editor's own command line, with input and output the same file, and the other
