@@ -1,7 +1,5 @@
-// Shared by the bar test programs: the started program with no bars, a side's bars and
-// selection as values in both forms (list rows and line arrays), the list views' selection,
-// the border areas and events on them, the zoom and the ramp dialog; picture files of varied
-// bytes, and a picture whose outer columns are given colours.
+// Shared by the bar test programs: a side's bars and selection as values in both forms (list
+// rows, line arrays), events on the border areas, the zoom, the ramp dialog, picture files.
 #pragma once
 
 #include <gdk/gdkkeysyms.h>
@@ -18,8 +16,7 @@
 #include "support.h"
 #include "testutil.h"
 
-// One side's Compact selection as a value: start (the anchor), end, active. Side 1 is the
-// left border, 0 the right one.
+// One side's Compact selection: start (the anchor), end, active. Side 1 is left, 0 right.
 using Selection = std::tuple<int, int, int>;
 inline std::tuple<int &, int &, int &> selection_of(int side) {
   if (side == 1) return std::tie(selection_start_left, selection_end_left, selection_active_left);
@@ -142,8 +139,7 @@ inline gboolean press(int side, double y, GdkEventType type = GDK_BUTTON_PRESS, 
   return press_on(area_of(side), 10, y, type, button, state);
 }
 
-// A tool button clicked, and `text` typed into a cell of a side's list (the row given by
-// its path), each through the widget's own signal.
+// A tool button clicked; `text` typed into a cell of a side's list (row by path), by their signals.
 inline void click(const char *button) { g_signal_emit_by_name(lookup_widget(window_main, button), "clicked"); }
 
 inline void edit_cell(int side, int column, const char *path, const char *text) {

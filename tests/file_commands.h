@@ -1,5 +1,5 @@
-// Helpers for the File-menu, export and robustness tests: filling in a file chooser as a user
-// would, finding the open dialogs, and the export tests' fixture.
+// Helpers for the File-menu, export and robustness tests: file choosers filled in as a user
+// would, the open dialogs, the export tests' fixture.
 #pragma once
 
 #include "callbacks.h"
@@ -52,8 +52,7 @@ inline void choose_path(GtkWidget *dialog, const std::string &path) {
   settle([&] { return chooser_filename(dialog) == path; });
 }
 
-// Answers the next save chooser: notes the name it suggests (read by moving it to `folder`),
-// then types `typed` in `folder`.
+// Answers the next save chooser: notes the name it suggests, then types `typed` in `folder`.
 inline void answer_save_chooser(const std::string &folder, const std::string &typed, std::string *suggested) {
   answer_next_dialog(GTK_RESPONSE_OK, [=](GtkWidget *dialog) {
     gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), folder.c_str());
@@ -69,12 +68,6 @@ inline void set_file_names(const char *project, const char *picture) {
   utf8_path_and_filename_project = g_strdup(project);
   g_free(utf8_path_and_filename_picture);
   utf8_path_and_filename_picture = g_strdup(picture);
-}
-
-// Whether an error message names the file `path` itself, not a temporary file beside it.
-inline bool names_file(const std::string &message, const std::string &path) {
-  const std::size_t at = message.find(path);
-  return at != std::string::npos && message.compare(at + path.size(), 1, ".") != 0;
 }
 
 // The visible dialogs with the given title.

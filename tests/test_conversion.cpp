@@ -1,7 +1,5 @@
-// Switching the input mode through the real menu items converts the bars between the lists
-// and the line arrays; the Tools menu's auto-extend turns the picture's outer columns into
-// bars in either mode; the "left" and "right" groups of project files, written and read by
-// both input modes.
+// Switching the input mode converts the bars; auto-extend in either mode; the project file's
+// "left" and "right" groups written and read by both modes.
 #include "bars_fixture.h"
 
 namespace {
@@ -9,9 +7,8 @@ namespace {
 using Conversion = BarsTest;
 constexpr const char *kModes[] = {"menuitem_interface_extended", "menuitem_interface_compact"};
 
-// Lists -> arrays -> lists on each side: bars in the border colour (6) are dropped, what shows
-// is kept, cut to lines 51..250. Arrays -> lists: each run of one colour there is a bar.
-// Choosing the mode in force again converts nothing.
+// Lists -> arrays -> lists: bars in the border colour (6) dropped, what shows kept, cut to lines
+// 51..250; each run of one colour a bar. Choosing the mode in force converts nothing.
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
   // What the lists hold, then what the arrays show and the lists hold again.
   // clang-format off
@@ -81,9 +78,8 @@ void fill(const std::string &text) {
   (interface_extended == 1 ? rastermodel_fill_models_from_key_file : rasterarray_fill_models_from_key_file)(key_file);
 }
 
-// Compact mode writes the runs of lines 51..250; Extended mode its rows as they are. The same
-// group bodies read by each mode over bars and lines of colour 7: what Extended mode lists,
-// what Compact mode paints in order over uncoloured lines.
+// Compact mode writes the runs of lines 51..250, Extended mode its rows as they are. Each mode
+// reads the same groups over bars and lines of colour 7: the rows listed, the lines painted.
 TEST_F(ProjectBars, BothModesWriteAndReadTheGroups) {
   const std::string none = "start=\nheight=\ncolor=\n";
   activate("menuitem_interface_compact");

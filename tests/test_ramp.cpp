@@ -16,10 +16,8 @@ std::vector<int> colours_of(const std::vector<LineRun> &runs, int first) {
   return out;
 }
 
-// The shaped ramp stretched over a number of lines: equal runs, the remainder given from the
-// middle outwards in pairs (no ramp has two neighbours of one colour, so the colours give the
-// runs; the dialog's test stretches more). Over every length the runs fill the lines exactly
-// and, up and down, mirror each other.
+// The shaped ramp stretched over lines: equal runs, the remainder from the middle outwards. Over
+// every length the runs fill the lines exactly and, up and down, mirror each other.
 TEST(Ramp, ShapesAndStretching) {
   const std::vector<int> blue{6, 14, 3, 1}, grey{0, 11, 12, 15, 1};
   // What; the ramp, its shape and the lines; the colours of the lines.
@@ -62,9 +60,8 @@ GtkWidget *in(GtkWidget *dialog, const char *name) { return lookup_widget(dialog
 
 using RampCommand = BarsTest;
 
-// Compact mode paints the selected range (made either way) or the cursor line; Extended mode
-// makes one bar per run over the selected bar's lines, or over 51..250 with none selected.
-// The focused side is painted, the other one left alone.
+// The focused side's range (made either way) or cursor line in Compact mode; in Extended mode one
+// bar per run over the selected bar's lines, or over 51..250 with none selected.
 TEST_F(RampCommand, PaintsInBothModes) {
   activate("menuitem_interface_compact");
   set_lines(1, painted({{95, 20, 5}}));
@@ -99,8 +96,8 @@ TEST_F(RampCommand, PaintsInBothModes) {
   EXPECT_EQ(bars(0), ramped);
 }
 
-// A wrong custom ramp keeps the dialog open with a message and what was typed; the
-// colour strip adds colours to the custom ramp. A selected bar of no lines takes no ramp.
+// A wrong custom ramp keeps the dialog open with a message and the text; the strip adds colours.
+// A selected bar of no lines takes no ramp.
 TEST_F(RampCommand, CustomRamps) {
   set_bars(1, {{80, 4, 3}});
   select_row(1, 0);

@@ -1,7 +1,5 @@
-// Files a user can throw at the editor: writes that fail half way (full disk), saving through
-// symbolic links, and special and huge files chosen as pictures. Nothing may crash, block, or
-// lose a file. (Project bars that cover no line, whose start and height would overflow an int
-// when drawn, are in the project reader's fuzz regressions: fuzz/regressions/project.)
+// Writes that fail half way (full disk), saving through symbolic links, special and huge files
+// chosen as pictures: nothing may crash, block or lose a file. (Overflowing bars: fuzz/regressions.)
 #include <glib/gstdio.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -57,11 +55,8 @@ const std::pair<const char *, int (*)(const char *)> kWriters[] = {
 
 }  // namespace
 
-// Every writer, to a file and through a symbolic link to one (as many keep their configuration
-// or work in a synced folder): a write that fails half way (a full disk) reports failure and
-// leaves the earlier file byte for byte as it was and no temporary file behind; with room the
-// same write replaces the file the link points to, the link stays a link and the file keeps its
-// permissions.
+// Every writer, to a file and through a symbolic link: a write failing half way leaves the earlier
+// file as it was and no temporary file; a whole one keeps the link and the permissions.
 TEST_F(Robustness, WritesReplaceTheFileWhole) {
   set_file_names(nullptr, "/pics/logo.kla");
   if (pixbuf_picture) g_object_unref(pixbuf_picture);
@@ -95,10 +90,8 @@ TEST_F(Robustness, WritesReplaceTheFileWhole) {
   close_error_boxes();
 }
 
-// Special and huge files are refused with the decoder's own message at once, without being
-// read: each is decoded in a child process, which checks the message and how many bytes it
-// read (a FIFO would block forever and /dev/zero would fill memory if they were read; the
-// alarm only ends a child that blocks, so that such a fault fails instead of hanging).
+// Special and huge files are refused with the decoder's message, unread: each is decoded in a
+// child that checks how much it read (the alarm ends one that blocks, so that it fails).
 TEST_F(Robustness, SpecialAndHugeFilesAreRefusedUnread) {
   const std::string fifo = dir.file("picture.kla"), huge = dir.file("huge.kla");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);

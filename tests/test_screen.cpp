@@ -1,8 +1,5 @@
-// The simulated screen on the main window's real drawing areas, checked in the pixels they
-// put on the (virtual) screen: the picture and the colour picker pixel-exact at every zoom,
-// the bars of both input modes in the side borders. The side borders' input: Compact mode's
-// keys and mouse on the line arrays; Extended mode's keys, cell edits and tool buttons on the
-// bar lists.
+// The main window's drawing areas read back from the X screen, and the side borders' input:
+// Compact mode's keys and mouse on the line arrays, Extended mode's keys, cells and buttons.
 #include <utility>
 
 #include "bars_fixture.h"
@@ -10,9 +7,8 @@
 
 namespace {
 
-// Checks that each probe's side border area shows its colour at (x, line) in zoom-1 terms, at
-// zoom 1 and 3, with a picture loaded and without one; without one there is no selection mark
-// (colour 1) and the black outer strip shows. Ends at zoom 1.
+// Each probe's colour at (x, line) in zoom-1 terms, at zoom 1 and 3, with and without a picture
+// (without one the selection mark, colour 1, is not drawn).
 struct Probe {
   int side, x, line, colour;
 };
@@ -40,10 +36,8 @@ using Borders = BarsTest;
 const Bars three{{60, 2, 9}, {70, 2, 9}, {80, 2, 9}};
 const Bar sevens{first_picture_line, picture_lines, 7};  // every picture line in colour 7
 
-// Compact mode's keys on both borders over lines all in colour 7: the key's answer, the
-// selection after it and the line or range it paints (height 0: none). A few keys of the map
-// in odd modifier states stand for the rest of it; the edges of the picture and of ranges
-// are where moving goes wrong.
+// Compact mode's keys over lines all in colour 7: odd modifier states stand for the key map;
+// moves at the edges of the picture and of ranges.
 TEST(LineKeys, PaintMoveAndExtend) {
   constexpr unsigned ALT = GDK_MOD1_MASK;
   // What; the selection before, the key and its state; the answer, the selection after, what is painted.
@@ -58,9 +52,7 @@ TEST(LineKeys, PaintMoveAndExtend) {
       {"q on the last line stays there", {250, 250, 0}, GDK_q, 0, 1, {250, 250, 0}, {250, 1, 8}},
       {"e fills an upward range", {105, 95, 1}, GDK_e, 0, 1, {105, 95, 1}, {95, 11, 10}},
       {"Delete clears a range", {105, 95, 1}, GDK_Delete, ALT, 1, {105, 95, 1}, {95, 11, -1}},
-      {"Page_Up on 58 stays", {58, 58, 0}, GDK_Page_Up, 0, 1, {58, 58, 0}, {}},
       {"Page_Up on 59 goes to 51", {59, 59, 0}, GDK_Page_Up, 0, 1, {51, 51, 0}, {}},
-      {"Page_Down on 243 stays", {243, 243, 0}, GDK_Page_Down, 0, 1, {243, 243, 0}, {}},
       {"Page_Down on 242 goes to 250", {242, 242, 0}, GDK_Page_Down, 0, 1, {250, 250, 0}, {}},
       {"Up collapses an upward range above it", {105, 95, 1}, GDK_KP_Up, 0, 1, {94, 94, 0}, {}},
       {"Down continues below a downward range", {95, 105, 1}, GDK_Down, 0, 1, {106, 106, 0}, {}},
@@ -71,7 +63,6 @@ TEST(LineKeys, PaintMoveAndExtend) {
       {"Shift+Up with the end on 51 refuses", {60, 51, 1}, GDK_Up, SHIFT, 0, {60, 51, 1}, {}},
       {"Shift+Up with the end on 52 reaches 51", {52, 52, 0}, GDK_Up, SHIFT, 1, {52, 51, 1}, {}},
       {"Shift+Down with the end on 250 refuses", {240, 250, 1}, GDK_Down, SHIFT, 0, {240, 250, 1}, {}},
-      {"Shift+End again still answers 1", {100, 250, 1}, GDK_End, SHIFT, 1, {100, 250, 1}, {}},
       // clang-format on
   };
   for (const auto &[what, before, keyval, state, result, after, paint] : cases)
@@ -98,18 +89,15 @@ TEST(LineKeys, PaintMoveAndExtend) {
   }
 }
 
-// Extended mode's keys on three bars with the given row selected (-1: none): the key's answer,
-// the row selected after it and the bars.
+// Extended mode's keys on three bars, the given row selected (-1: none).
 TEST_F(Borders, BarKeys) {
   auto middle = [](int colour) { return Bars{three[0], {70, 2, colour}, three[2]}; };
   // What; the row selected before, the key and its state; the answer, the row selected after, the bars.
   const std::tuple<const char *, int, unsigned, unsigned, int, int, Bars> cases[] = {
       {"e paints 10", 1, GDK_e, 0, 1, 1, middle(10)},
-      {"Control+keypad 3 paints 11", 1, GDK_KP_3, CONTROL, 1, 1, middle(11)},
       {"keypad 2 paints 2", 1, GDK_KP_2, 0, 1, 1, middle(2)},
       {"Shift+keypad 2 selects the next bar", 1, GDK_KP_2, SHIFT, 1, 2, three},
       {"Shift+keypad 8 selects the previous bar", 1, GDK_KP_8, SHIFT, 1, 0, three},
-      {"keypad 8 does nothing", 1, GDK_KP_8, 0, 0, 1, three},
       {"Up from the last bar", 2, GDK_Up, 0, 1, 1, three},
       {"Up on the first bar", 0, GDK_Up, 0, 0, 0, three},
       {"Down on the last bar", 2, GDK_Down, CONTROL, 0, 2, three},
@@ -133,10 +121,8 @@ TEST_F(Borders, BarKeys) {
   EXPECT_EQ(bars(1), three);
 }
 
-// Bars 44z wide beside the picture, a black 4z strip on the outer edge, white beside the cursor
-// line or range (Compact) or the selected bar (Extended). Where bars overlap, the later row
-// shows (the export's own test plays overlapping bars), but a click picks the first row that
-// covers the line; rows of height 0 or less draw nothing.
+// Bars beside the picture, the black outer strip, white beside the cursor range or selected bar.
+// Overlapping rows: the later one shows, a click picks the first; rows of no lines draw nothing.
 TEST_F(Borders, BothModesDrawTheirBars) {
   activate("menuitem_interface_compact");
   colors_left[51] = 14, colors_right[100] = colors_right[101] = 5;
@@ -157,9 +143,8 @@ TEST_F(Borders, BothModesDrawTheirBars) {
   EXPECT_EQ(selected_row(1), 0);
 }
 
-// Compact mode with lines 40..69 in colour 3, 70..79 in colour 5, the rest none, the cursor on
-// 100. The picture's lines 51..250 are at y 48z..247z; a double click selects the run of one
-// colour there.
+// Compact mode, lines 40..69 in colour 3 and 70..79 in 5, the cursor on 100: lines 51..250
+// are at y 48z..247z; a double click selects the run of one colour there.
 TEST_F(Borders, CompactMouseSelection) {
   activate("menuitem_interface_compact");
   // What; the zoom, the event, button, state and y; the selection after.
@@ -170,11 +155,9 @@ TEST_F(Borders, CompactMouseSelection) {
       {"above the picture", 2, GDK_BUTTON_PRESS, 1, 0, 94, {100, 100, 0}},
       {"below the picture", 1, GDK_BUTTON_PRESS, 1, 0, 248, {100, 100, 0}},
       {"Shift+click makes a range", 3, GDK_BUTTON_PRESS, 1, GDK_SHIFT_MASK, 200, {100, 69, 1}},
-      {"Shift+click with Num Lock is plain", 1, GDK_BUTTON_PRESS, 1, GDK_SHIFT_MASK | GDK_MOD2_MASK, 87, {90, 90, 0}},
       {"double click on a run above the picture", 1, GDK_2BUTTON_PRESS, 1, 0, 57, {51, 69, 1}},
       {"double click on uncoloured lines", 1, GDK_2BUTTON_PRESS, 1, 0, 97, {80, 250, 1}},
       {"button 3", 1, GDK_BUTTON_PRESS, 3, 0, 97, {100, 100, 0}},
-      {"triple click", 1, GDK_3BUTTON_PRESS, 1, 0, 57, {100, 100, 0}},
       // clang-format on
   };
   for (int side : {1, 0})
@@ -190,9 +173,8 @@ TEST_F(Borders, CompactMouseSelection) {
     }
 }
 
-// Out-of-range cell values are refused; numbers are read up to the first non-digit; a height
-// reaching past line 250 is cut to fit; a new start line moves the row to its place. A new row
-// goes after the bars' last line, else into the first gap; Delete all asks first.
+// Cells: out-of-range values refused, digits read up to the first other character, a height
+// cut at line 250, a row moved by its start. Add bar, Remove bar, Delete all (asks first).
 TEST_F(Borders, ListEditing) {
   const Bar before{100, 10, 3};
   const std::tuple<int, const char *, Bar> cases[] = {
@@ -229,11 +211,8 @@ TEST_F(Borders, ListEditing) {
   }
 }
 
-// No picture, border colour 0: the picture area is blue and the borders colour 0. Then a loaded
-// picture (an Art Studio file of varied bytes) at zoom z shows each of its pixels as a z x z
-// block, and the picker strip swatches of 16z x 16z separated by colour 0, with top and bottom
-// rows in colour 0 and a white frame round the current colour (5) only; a press picks the
-// swatch under it, of a double click only the single presses pick.
+// Without a picture: a blue picture area. With one, at zoom z: each pixel a z x z block; the
+// picker's 16z swatches edged in colour 0, a white frame round colour 5 only; presses pick.
 TEST_F(Borders, ScreenAndPickerArePixelExactAtEveryZoom) {
   gtk_window_move(GTK_WINDOW(window_main), 0, 0);  // keep the 4x view on the screen
   g_clear_object(&pixbuf_picture);

@@ -1,7 +1,5 @@
-// Undo and redo. The history as plain data: the list of steps with its ends and limits. In
-// the running editor: a long random session of user actions, each one step (or none when no
-// bar changed) that Edit > Undo takes back and Edit > Redo brings again, and Ctrl+Z acting
-// while a border area has the focus.
+// Undo and redo: the history's limits as plain data; in the running editor a long random session
+// of user actions, each one step that Undo takes back and Redo brings again; the keys.
 #include <random>
 
 #include "bars_fixture.h"
@@ -64,10 +62,8 @@ class Undo : public BarsTest {
   TempDir dir;
 };
 
-// 600 random user actions across both modes (fixed seed), made through the window's own
-// widgets, menus and dialogs: each records a step exactly when it changes the bars, and Undo
-// then Redo give the states (and project files) before and after it. Undoing everything gives
-// the start, redoing everything the end, and the menu items follow the ends of the history.
+// 600 random actions (fixed seed) through the window's widgets, menus and dialogs: each is one
+// step exactly when the bars change; Undo and Redo give the states and project files around it.
 TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
   const std::string picture = dir.file("picture.art"), project = dir.file("project.ini");
   write_file(picture, art_studio_picture(0, 11));
@@ -156,21 +152,8 @@ TEST_F(Undo, RandomSessionGoesBackAndForthExactly) {
   EXPECT_EQ(sensitive(), std::pair(true, false));
 }
 
-// A key press as the window receives it from the X server, so that accelerators apply.
-void send_key(unsigned keyval, unsigned state) {
-  GdkEventKey key{};
-  key.type = GDK_KEY_PRESS, key.window = window_main->window, key.send_event = TRUE, key.keyval = keyval;
-  key.state = state;
-  GdkKeymapKey *keys = nullptr;
-  gint count = 0;
-  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_default(), gdk_keyval_to_lower(keyval), &keys, &count))
-    key.hardware_keycode = guint16(keys[0].keycode), key.group = guint8(keys[0].group), g_free(keys);
-  gtk_main_do_event(reinterpret_cast<GdkEvent *>(&key));
-}
-
-// A click on line 100 gives the left border the focus; there Ctrl+Z and Ctrl+Shift+Z reach the
-// Edit menu and are no colour keys, while Alt+E and Ctrl+Y still paint (Num Lock not counting).
-// The cursor comes back with each step.
+// With the left border focused by a click, Ctrl+Z and Ctrl+Shift+Z reach the Edit menu, while
+// Alt+E and Ctrl+Y still paint (Num Lock not counting); the cursor comes back with each step.
 TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
   activate("menuitem_interface_compact");
   undo_module_init();
@@ -188,7 +171,8 @@ TEST_F(Undo, KeysWorkWhileABorderHasTheFocus) {
                                                              {GDK_Z, kCtrlShift, first, 101},
                                                              {GDK_Z, kCtrlShift, both, 103}};
   for (const auto &[keyval, state, paint, cursor] : steps) {
-    send_key(keyval, state);
+    ASSERT_TRUE(gtk_test_widget_send_key(window_main, keyval, GdkModifierType(state)));  // through the X server
+    pump_events(20);
     EXPECT_EQ(lines(1), painted(paint)) << keyval << " " << state;
     EXPECT_EQ(selection(1), (Selection{cursor, cursor, 0})) << keyval << " " << state;
   }
