@@ -105,8 +105,7 @@ inline Bytes picture_file(unsigned load, size_t size,
   return file;
 }
 
-// As the loaded picture: colour `right` everywhere, `left` in the left column, and `top` in the
-// first `rows` rows of the column `x`.
+// As the loaded picture: `right` everywhere, `left` in column 0, `top` in the first `rows` of column `x`.
 inline void set_picture(int right, int left, int x, int top, int rows) {
   if (pixbuf_picture) g_object_unref(pixbuf_picture);
   pixbuf_picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, 320, 200);

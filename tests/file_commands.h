@@ -1,5 +1,4 @@
-// Helpers for the File-menu, export and robustness tests: file choosers filled in as a user
-// would, the open dialogs, the export tests' fixture.
+// Helpers for the File-menu, export and robustness tests: choosers filled in, dialogs, a fixture.
 #pragma once
 
 #include "callbacks.h"
@@ -70,22 +69,9 @@ inline void set_file_names(const char *project, const char *picture) {
   utf8_path_and_filename_picture = g_strdup(picture);
 }
 
-// The visible dialogs with the given title.
-inline std::vector<GtkWidget *> dialogs_titled(const std::string &title) {
-  std::vector<GtkWidget *> found;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next) {
-    const char *shown = gtk_window_get_title(GTK_WINDOW(l->data));
-    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) && shown && title == shown)
-      found.push_back(GTK_WIDGET(l->data));
-  }
-  g_list_free(toplevels);
-  return found;
-}
-
 // Closes every open error box and returns how many there were.
 inline int close_error_boxes() {
-  const std::vector<GtkWidget *> boxes = dialogs_titled("Error");
+  const std::vector<GtkWidget *> boxes = visible_dialogs("Error");
   for (GtkWidget *box : boxes) gtk_widget_destroy(box);
   return boxes.size();
 }

@@ -1,5 +1,4 @@
-// The File menu with real choosers and files: border colours, opening and saving projects,
-// commands without a picture; the picture chooser's preview; status bar, message box, lookup.
+// The File menu with real choosers and files; the picture chooser's preview; user feedback.
 #include <glib/gstdio.h>
 
 #include "bars_fixture.h"
@@ -21,7 +20,6 @@ class Commands : public ::testing::Test {
     koala[1] = 0x60;
     write_file(dir.file("koala.kla"), koala);
   }
-  // Runs a menu command whose chooser is answered by picking `name` in `dir`.
   void run_choosing(Handler handler, const std::string &name) {
     answer_next_dialog(GTK_RESPONSE_OK, [this, name](GtkWidget *dialog) { choose_path(dialog, dir.file(name)); });
     handler(nullptr, nullptr);
@@ -76,20 +74,16 @@ TEST_F(Commands, OpeningProjects) {
 
 // Without a picture each command that needs one only says so (a chooser would never be answered).
 TEST_F(Commands, WithoutAPictureEachCommandOnlySaysSo) {
-  activate("menuitem_interface_extended");
-  set_bars(1, {{60, 1, 1}}), set_bars(0, {{70, 1, 2}});
-  select_row(1, 0);
   picture_loaded = 0;
   for (const char *command : {"toolbutton_add_bar_left", "toolbutton_remove_bar_left", "toolbutton_add_bar_right",
                               "toolbutton_remove_bar_right", "toolbutton_delete_all_bars", "menuitem_save_project",
                               "menuitem_save_project_as", "menuitem_tools_ramp", "menuitem_export",
-                              "menuitem_export_to_png", "menuitem_export_bar_tables", "menuitem_export_disk_image"}) {
+                              "menuitem_export_to_png", "menuitem_export_bar_tables", "menuitem_export_disk_image",
+                              "menuitem_tools_preview", "menuitem_tools_auto_expand_picture"}) {
     controls_update_main_statusbar("");
     std::string_view(command).starts_with("tool") ? click(command) : activate(command);
     EXPECT_EQ(status_text(), " Info: First open a picture or project") << command;
   }
-  EXPECT_EQ(bars(1), (Bars{{60, 1, 1}}));
-  EXPECT_EQ(bars(0), (Bars{{70, 1, 2}}));
 }
 
 // A file Open project could not read as one (no key file; a key file with no project group) is
@@ -147,15 +141,14 @@ TEST_F(Commands, PreviewShowsC64PicturesOnly) {
   EXPECT_EQ(shown, rgb_of(14));
 }
 
-// The status bar keeps the last message only; a message box shows its text as given, "%"
-// included; names are found from any widget, menu items included; an unknown one gives NULL.
+// The status bar keeps one message; a box shows "%" as given; names found from any widget or none.
 TEST_F(Commands, Feedback) {
   controls_update_main_statusbar(" Info: Picture opened");
   controls_update_main_statusbar(" Error: second");
   EXPECT_EQ(g_slist_length(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main"))->messages), 1u);
   EXPECT_EQ(status_text(), " Error: second");
   controls_show_message_dialog("100% of %s %d done", GTK_MESSAGE_ERROR);
-  const std::vector<GtkWidget *> boxes = dialogs_titled("Error");
+  const std::vector<GtkWidget *> boxes = visible_dialogs("Error");
   ASSERT_EQ(boxes.size(), 1u);
   EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(GTK_MESSAGE_DIALOG(boxes[0])->label)), "100% of %s %d done");
   gtk_widget_destroy(boxes[0]);

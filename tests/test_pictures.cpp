@@ -1,5 +1,4 @@
-// The character sets against the ROM; picture files (the samples, the formats no sample has, the
-// errors); the multicolour re-encoding. Pictures as a C64 shows them: the export tests.
+// The character sets, picture files and the re-encoding (pictures as a C64 shows them: exports).
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -48,7 +47,6 @@ class Decoder : public ::testing::Test {
     TearDown();
     return hiresdecoder_decode_hires_screen_file(path.c_str(), format, &image, into, &error);
   }
-  // Decodes `bytes` written to a file.
   int decode(const std::vector<unsigned char> &bytes, unsigned int format, PictureData *into) {
     write_file(dir.file("pic.prg"), bytes);
     return decode(dir.file("pic.prg"), format, into);
@@ -75,8 +73,7 @@ PictureData reencoded(const PictureData &in) {
 
 }  // namespace
 
-// In both sets codes 0..127 are the ROM's glyphs and 128..255 their reverse, except that
-// the reversed '@' takes its sixth row from the second row of '@', as in the ROM.
+// Codes 0..127 the ROM's glyphs, 128..255 reversed, but row 6 of a reversed '@' is row 2 of '@'.
 TEST(Charset, GlyphsMatchTheCharacterRom) {
   const std::string path = shared_data("c64-chargen-901225-01.bin");
   if (path.empty()) GTEST_SKIP() << "shared data not available";

@@ -1,5 +1,4 @@
-// Colour ramps: shaping and stretching over lines, typed ramps, the Tools > Ramp... dialog
-// painting in both modes (its undo step is in the undo tests).
+// Colour ramps: shaping and stretching, typed ramps, the Ramp dialog painting in both modes.
 #include "bars_fixture.h"
 #include "rampdialog.h"
 
@@ -68,7 +67,6 @@ TEST_F(RampCommand, PaintsInBothModes) {
   set_selection(1, {106, 100, 1});  // made upwards
   gtk_widget_grab_focus(drawingarea_left_border);
   paint_ramp("radiobutton_ramp_blue", "radiobutton_ramp_rising_falling");
-  EXPECT_EQ(status_text(), " Info: Ramp painted");
   EXPECT_EQ(lines(1), painted({{95, 20, 5}, {100, 7, 6}, {101, 5, 14}, {102, 3, 3}, {103, 1, 1}}));
   EXPECT_EQ(selection(1), (Selection{106, 100, 1}));
   set_selection(0, {60, 69, 1});

@@ -1,6 +1,4 @@
-// The built `exomizer` program run as a process, as the editor runs it: its exit status,
-// its one-line messages, the output replacing the input only after success, and the input
-// left untouched on every failure.
+// The built `exomizer` run as the editor runs it: exit status, one-line messages, the input kept on failure.
 #include <glib.h>
 #include <glib/gstdio.h>
 #include <gtest/gtest.h>
@@ -58,8 +56,7 @@ const Bytes kProgram = [] {
 
 }  // namespace
 
-// Each bad command line fails with one line on standard error naming the problem, and
-// leaves the input as it was and no output behind.
+// Each bad command line fails with one line naming the problem, the input kept, no output left.
 TEST(CruncherCommandLine, RefusesWithOneLine) {
   Folder dir;
   const std::string in = dir.file("in.prg"), out = dir.file("out.prg");
@@ -93,8 +90,7 @@ TEST(CruncherCommandLine, RefusesWithOneLine) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 1);  // no temporary files left
 }
 
-// The editor's own command line, with input and output the same file, and the other
-// spellings of START; each result runs and restores the program. -h prints the usage.
+// The editor's command line (in and out the same file), the spellings of START; -h prints the usage.
 TEST(CruncherCommandLine, CrunchesInPlaceAndToAnotherFile) {
   Folder dir;
   const std::string in = dir.file("pic.prg");

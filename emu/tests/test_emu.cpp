@@ -33,8 +33,7 @@ const std::tuple<const char *, Vic2Model, int, int> kMachines[] = {
 
 }  // namespace
 
-// The public functional test image ends in an instruction that jumps to itself; $3469 is the
-// one reached when every instruction, addressing mode and flag (decimal mode too) behaved.
+// The public functional test ends in a jump to itself: at $3469 when every instruction behaved.
 TEST(M6502, PassesTheFunctionalTest) {
   const std::string path = shared_data("6502/6502_functional_test.bin");
   if (path.empty()) GTEST_SKIP() << "shared data not available";
@@ -51,8 +50,7 @@ TEST(M6502, PassesTheFunctionalTest) {
   EXPECT_EQ(cpu.pc, 0x3469) << std::hex << "trapped at " << cpu.pc;
 }
 
-// Each stored program, run for the same 8 seconds on each machine, shows exactly the stored
-// frame over the whole visible area.
+// Each stored program run 8 seconds on each machine shows exactly the stored frame.
 TEST(Machine, MatchesTheReferenceFrames) {
   for (const char *program : {"hires-every-line", "multicolour-bars", "petscii-lower-edges"}) {
     const std::string prg = shared_data(std::string("c64-reference/") + program + ".prg");
@@ -75,8 +73,7 @@ TEST(Machine, MatchesTheReferenceFrames) {
   }
 }
 
-// A program whose first line is not a SYS cannot be run; neither can a file too short to be
-// a PRG or one that does not fit into memory.
+// Refused: a first line that is no SYS, a file too short to be a PRG or too large for memory.
 TEST(Machine, StartsOnlyProgramsItCanRun) {
   const Bytes sys = {0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0x20, 0x32, 0x30, 0x36, 0x31, 0x00, 0x00, 0x00, 0x60};
   Bytes print = sys;

@@ -65,15 +65,9 @@ Shot grab(Rect a) {
   return {a, std::shared_ptr<GdkPixbuf>(image, [](GdkPixbuf *p) { p ? g_object_unref(p) : void(); })};
 }
 
-// A window just started may not have the focus yet, or, when the window manager was not quite
-// ready, may not even be shown: it is shown and activated every second or so.
+// A window just started may lack the focus or not be shown yet: it is activated every second or so.
 App::App(const std::string &program, const std::string &home, const char *folder) {
-  g_auto(GStrv) env = g_get_environ();
-  for (auto [name, folder] : {std::pair{"HOME", ""},
-                              {"XDG_CONFIG_HOME", "/.config"},
-                              {"XDG_DATA_HOME", "/.local/share"},
-                              {"XDG_CACHE_HOME", "/.cache"}})
-    env = g_environ_setenv(env, name, (home + folder).c_str(), TRUE);
+  g_auto(GStrv) env = g_environ_setenv(g_get_environ(), "HOME", home.c_str(), TRUE);  // XDG_* unset by main()
   char *argv[] = {const_cast<char *>(program.c_str()), nullptr};
   auto die_with_parent = [](gpointer) { prctl(PR_SET_PDEATHSIG, SIGKILL); };
   EXPECT_TRUE(g_spawn_async(folder, argv, env, GSpawnFlags(G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_SEARCH_PATH),
@@ -141,13 +135,13 @@ struct ScreenAtFailure : testing::EmptyTestEventListener {
 };
 }  // namespace
 
-// Nothing of this program may reach the real home; the editor speaks English (its keys are
-// pressed by their mnemonics).
+// Nothing may reach the real home; the editor speaks English (its keys are pressed by mnemonics).
 int main(int argc, char **argv) {
   ::testing::InitGoogleTest(&argc, argv);
   static TempDir home;
-  for (const char *variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
-    setenv(variable, home.path().c_str(), 1);
+  setenv("HOME", home.path().c_str(), 1);
+  for (const char *variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+    unsetenv(variable);  // they follow HOME, the editor's as well
   setenv("LC_ALL", "C.UTF-8", 1);
   setenv("NO_AT_BRIDGE", "1", 1);
   if (!gtk_init_check(&argc, &argv)) {

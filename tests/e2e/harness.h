@@ -1,6 +1,5 @@
-// The end-to-end harness: the built editor started as a user starts it, in the private X session
-// of session.sh, driven through the X server (xdotool) and read back from its screen. Every wait
-// polls with a time limit; the editor dies with the test program. It brings the programs' main().
+// The end-to-end harness: the built editor in session.sh's X session, driven with xdotool and read
+// back from the screen; every wait has a time limit. It brings the test programs' main().
 #pragma once
 
 #include <gdk/gdk.h>
@@ -31,8 +30,8 @@ struct Shot {
 };
 Shot grab(Rect area);  // clipped to the screen
 
-// The editor at `program` (a path, or a name looked for in PATH) with `home` as its home, started
-// in `folder` when given; started() once its main window has the keyboard focus.
+// The editor `program` (a path, or a name in PATH) with its own `home`, started in `folder` when
+// given; started() once its main window has the focus. It dies with the test program.
 class App {
  public:
   App(const std::string &program, const std::string &home, const char *folder = nullptr);
@@ -47,7 +46,6 @@ class App {
   std::shared_ptr<GdkWindow> main_;
 };
 
-// Opens a chooser by its keys, types `path` into it (an open chooser's location field opens on
-// the first character), then waits for the main window titled after `title`.
+// Opens a chooser by its keys, types `path` into it and waits for the main window titled `title`.
 void choose(const App &app, const std::string &keys, const std::string &chooser, const std::string &path,
             const std::string &title);

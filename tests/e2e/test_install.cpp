@@ -1,6 +1,5 @@
-// The editor installed into a prefix (`cmake --install`) and started as a desktop menu or a
-// terminal starts it: by its bare name through PATH, from another folder. Its executable export
-// still finds the cruncher installed beside it, and nothing named exomizer lands on the PATH.
+// Installed into a prefix and started by its bare name through PATH from another folder, the
+// editor's export finds the cruncher beside it; nothing named exomizer lands on the PATH.
 #include "harness.h"
 #include "testutil.h"
 
@@ -20,8 +19,7 @@ TEST(Install, InstalledAndStartedThroughPath) {
   koala[0] = 0x00, koala[1] = 0x60;
   write_file(work.file("colours.kla"), koala);
   choose(app, "F3", "Select a picture file", work.file("colours.kla"), "colours.kla");
-  // The editor runs the cruncher before it handles the keys that open the About box; an error
-  // box would have the focus instead. Crunched, the program is smaller than its picture.
+  // The cruncher runs before the About box opens (an error box would have the focus instead).
   choose(app, "alt+f e", "Save executable file", work.file("demo"), "colours.kla");
   press_keys("alt+h a");
   ASSERT_TRUE(app.wait_focus("About Quillbar")) << "an error box?";

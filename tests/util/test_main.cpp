@@ -8,8 +8,7 @@
 
 int main(int argc, char **argv) {
   ::testing::InitGoogleTest(&argc, argv);
-  // The program's home and every XDG folder are fresh and private, never the user's own:
-  // the toolkit may keep files of its own there too.
+  // A fresh private home and XDG folders, never the user's own (the toolkit writes there too).
   static TempDir home;
   setenv("HOME", home.path().c_str(), 1);
   for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {

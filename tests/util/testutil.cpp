@@ -87,6 +87,17 @@ unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y) {
   return (p[0] << 16) | (p[1] << 8) | p[2];
 }
 
+std::vector<GtkWidget *> visible_dialogs(const char *title) {
+  std::vector<GtkWidget *> found;
+  GList *toplevels = gtk_window_list_toplevels();
+  for (GList *l = toplevels; l; l = l->next)
+    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) &&
+        (!title || g_strcmp0(gtk_window_get_title(GTK_WINDOW(l->data)), title) == 0))
+      found.push_back(GTK_WIDGET(l->data));
+  g_list_free(toplevels);
+  return found;
+}
+
 namespace {
 struct PendingAnswer {
   int response;
@@ -94,19 +105,13 @@ struct PendingAnswer {
   int tries = 0;
 };
 
-// Looks for the visible modal dialog every 10 ms, for 5 s at most, and answers it.
+// Looks for the newest visible dialog every 10 ms, for 5 s at most, and answers it.
 gboolean answer_dialog_cb(gpointer data) {
   auto *answer = static_cast<PendingAnswer *>(data);
-  GtkWidget *dialog = nullptr;
-  GList *toplevels = gtk_window_list_toplevels();
-  for (GList *l = toplevels; l; l = l->next)
-    if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)) &&
-        gtk_window_get_modal(GTK_WINDOW(l->data)))
-      dialog = GTK_WIDGET(l->data);
-  g_list_free(toplevels);
-  if (!dialog && ++answer->tries <= 500) return TRUE;
-  if (dialog && answer->inspect) answer->inspect(dialog);
-  if (dialog) gtk_dialog_response(GTK_DIALOG(dialog), answer->response);
+  const std::vector<GtkWidget *> dialogs = visible_dialogs();
+  if (dialogs.empty() && ++answer->tries <= 500) return TRUE;
+  if (!dialogs.empty() && answer->inspect) answer->inspect(dialogs.back());
+  if (!dialogs.empty()) gtk_dialog_response(GTK_DIALOG(dialogs.back()), answer->response);
   delete answer;
   return FALSE;
 }

@@ -44,7 +44,10 @@ GdkPixbuf *grab_widget(GtkWidget *widget);
 // The RGB value at (x, y) of an image, as 0xRRGGBB.
 unsigned int pixel_at(GdkPixbuf *pixbuf, int x, int y);
 
-// The next modal dialog that shows up receives `response`, after `inspect` (when given) saw it.
+// The visible dialogs, those with the given title when one is given.
+std::vector<GtkWidget *> visible_dialogs(const char *title = nullptr);
+
+// The next dialog that shows up receives `response`, after `inspect` (when given) saw it.
 void answer_next_dialog(int response, std::function<void(GtkWidget *)> inspect = nullptr);
 
 // A colour of the palette in force as 0xRRGGBB; the status bar's text; activating a menu
