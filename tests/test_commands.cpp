@@ -1,9 +1,8 @@
-// The File menu with real choosers and files; the picture chooser's preview; user feedback.
+// The File menu with real choosers and files; user feedback.
 #include <glib/gstdio.h>
 
 #include "bars_fixture.h"
 #include "file_commands.h"
-#include "fileopen.h"
 
 namespace {
 
@@ -116,37 +115,8 @@ TEST_F(Commands, SavingNeverOverwritesAFileThatWasNotReadAsAProject) {
   }
 }
 
-// The picture chooser previews C64 pictures only, at their own size.
-TEST_F(Commands, PreviewShowsC64PicturesOnly) {
-  write_text(dir.file("notes.art"), "not a picture");
-  g_mkdir(dir.file("folder.art").c_str(), 0700);
-  std::vector<int> active;
-  unsigned int shown = 0;
-  answer_next_dialog(GTK_RESPONSE_CANCEL, [&](GtkWidget *dialog) {
-    GtkFileChooser *chooser = GTK_FILE_CHOOSER(dialog);
-    for (const char *name : {"notes.art", "pic.art", "folder.art"}) {
-      const bool picture = std::string(name) == "pic.art";
-      // The preview follows the list's cursor, a selection behind one made from code: select twice.
-      choose_path(dialog, dir.file(name));
-      gtk_file_chooser_set_filename(chooser, dir.file(name).c_str());
-      settle([&] { return gtk_file_chooser_get_preview_widget_active(chooser) == picture; });
-      active.push_back(gtk_file_chooser_get_preview_widget_active(chooser));
-      GdkPixbuf *image = gtk_image_get_pixbuf(GTK_IMAGE(gtk_file_chooser_get_preview_widget(chooser)));
-      if (picture && image && gdk_pixbuf_get_width(image) == 320) shown = pixel_at(image, 319, 199);
-    }
-  });
-  char *path = nullptr;
-  fileopen_open_picture_file(&path);
-  EXPECT_EQ(active, (std::vector<int>{0, 1, 0}));
-  EXPECT_EQ(shown, rgb_of(14));
-}
-
-// The status bar keeps one message; a box shows "%" as given; names found from any widget or none.
+// A message box shows "%" as given; names are found from any widget, menu items too, or none.
 TEST_F(Commands, Feedback) {
-  controls_update_main_statusbar(" Info: Picture opened");
-  controls_update_main_statusbar(" Error: second");
-  EXPECT_EQ(g_slist_length(GTK_STATUSBAR(lookup_widget(window_main, "statusbar_main"))->messages), 1u);
-  EXPECT_EQ(status_text(), " Error: second");
   controls_show_message_dialog("100% of %s %d done", GTK_MESSAGE_ERROR);
   const std::vector<GtkWidget *> boxes = visible_dialogs("Error");
   ASSERT_EQ(boxes.size(), 1u);

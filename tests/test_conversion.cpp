@@ -10,14 +10,12 @@ constexpr const char *kModes[] = {"menuitem_interface_extended", "menuitem_inter
 // 51..250; each run of one colour a bar. Choosing the mode in force converts nothing.
 TEST_F(Conversion, SwitchingModeConvertsTheBars) {
   // What the lists hold, then what the arrays show and the lists hold again.
-  // clang-format off
   const std::tuple<const char *, Bars, Bars> cases[] = {
       {"overlap", {{60, 10, 2}, {65, 10, 5}}, {{60, 5, 2}, {65, 10, 5}}},
       {"touching, same colour", {{60, 5, 3}, {65, 5, 3}}, {{60, 10, 3}}},
       {"border colour", {{60, 10, 6}, {100, 5, 1}}, {{100, 5, 1}}},
       {"ends", {{51, 1, 0}, {52, 10, 1}, {240, 20, 4}}, {{51, 1, 0}, {52, 10, 1}, {240, 11, 4}}},
   };
-  // clang-format on
   for (int side : {1, 0}) {
     SCOPED_TRACE(side ? "left" : "right");
     for (const auto &[what, list, back] : cases) {

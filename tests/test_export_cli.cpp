@@ -11,11 +11,6 @@
 
 namespace {
 
-int run_cli(std::vector<std::string> args, std::string *output = nullptr, std::string *errors = nullptr) {
-  args.insert(args.begin(), QUILLBAR_EXPORT);
-  return run(args, output, errors);
-}
-
 class ExportCli : public ExportTest {
  protected:
   void SetUp() override {
@@ -85,13 +80,13 @@ TEST_F(ExportCli, WritesWhatTheEditorWrites) {
         ASSERT_EQ(export_bar_tables_to_file((ours + f.extension).c_str(), f), 1);
       ASSERT_EQ(export_disk_image_to_file((ours + ".d64").c_str()), 1);
 
-      std::vector<std::string> args = {"--prg",    theirs + ".prg",           "--png",     theirs + ".png",
-                                       "--tables", theirs + format.extension, "--format",  format.name,
-                                       "--d64",    theirs + ".d64",           "--palette", palettes[row % 4][1],
-                                       "--check",  machines[row % 3],         project};
-      if (row % 2) args.insert(args.begin(), "--reencode");
+      std::vector<std::string> args = {QUILLBAR_EXPORT,      "--prg",    theirs + ".prg",           "--png",
+                                       theirs + ".png",      "--tables", theirs + format.extension, "--format",
+                                       format.name,          "--d64",    theirs + ".d64",           "--palette",
+                                       palettes[row % 4][1], "--check",  machines[row % 3],         project};
+      if (row % 2) args.push_back("--reencode");
       std::string output, errors;
-      ASSERT_EQ(run_cli(args, &output, &errors), 0) << errors;
+      ASSERT_EQ(run(args, &output, &errors), 0) << errors;
       for (const std::string extension : {".prg", ".png", format.extension, ".d64"})
         EXPECT_EQ(read_bytes(theirs + extension), read_bytes(ours + extension)) << extension;
       EXPECT_NE(output.find(": Bars match the editor\n"), std::string::npos) << output;
@@ -118,6 +113,7 @@ TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
   write_text(dir.file("other.ini"), "[settings]\nzoom=2\n");
   write_text(dir.file("lost.ini"), "[image]\nfile=file:///nowhere/lost.kla\n");
   const std::string out = dir.file("out/old.prg");
+  const std::string cli = QUILLBAR_EXPORT;
   g_mkdir(dir.file("out").c_str(), 0755);
   const struct {
     const char *what;
@@ -125,19 +121,19 @@ TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
     int status;
     std::string message;
   } cases[] = {
-      {"missing project", {"--prg", out, dir.file("none.ini")}, 1, "none.ini: No such file"},
-      {"damaged project", {"--prg", out, dir.file("damaged.ini")}, 1, "damaged.ini: "},
-      {"no project", {"--prg", out, dir.file("other.ini")}, 1, "other.ini: The file is no Quillbar project"},
-      {"missing picture", {"--prg", out, dir.file("lost.ini")}, 1, "lost.ini: Failed to open file"},
-      {"unwritable output", {"--png", dir.file("gone/x.png"), good}, 1, "gone/x.png: Failed to create file"},
-      {"unknown format", {"--tables", out, "--format", "tass", good}, 2, "unknown value for --format: tass"},
-      {"nothing asked", {good}, 2, "nothing to do"},
-      {"no project given", {"--prg", out}, 2, "no project given"},
+      {"missing project", {cli, "--prg", out, dir.file("none.ini")}, 1, "none.ini: No such file"},
+      {"damaged project", {cli, "--prg", out, dir.file("damaged.ini")}, 1, "damaged.ini: "},
+      {"no project", {cli, "--prg", out, dir.file("other.ini")}, 1, "other.ini: The file is no Quillbar project"},
+      {"missing picture", {cli, "--prg", out, dir.file("lost.ini")}, 1, "lost.ini: Failed to open file"},
+      {"unwritable output", {cli, "--png", dir.file("gone/x.png"), good}, 1, "gone/x.png: Failed to create file"},
+      {"unknown format", {cli, "--tables", out, "--format", "tass", good}, 2, "unknown value for --format: tass"},
+      {"nothing asked", {cli, good}, 2, "nothing to do"},
+      {"no project given", {cli, "--prg", out}, 2, "no project given"},
   };
   for (const auto &c : cases) {
     write_text(out, "old");
     std::string errors;
-    EXPECT_EQ(run_cli(c.args, nullptr, &errors), c.status) << c.what;
+    EXPECT_EQ(run(c.args, nullptr, &errors), c.status) << c.what;
     EXPECT_NE(errors.find(c.message), std::string::npos) << c.what << ": " << errors;
     EXPECT_TRUE(c.status != 1 || std::count(errors.begin(), errors.end(), '\n') == 1) << c.what << ": " << errors;
     EXPECT_EQ(read_text(out), "old") << c.what;
@@ -148,9 +144,10 @@ TEST_F(ExportCli, BadInputsLeaveNothingBehind) {
   g_mkdir(dir.file("again").c_str(), 0755);
   write_text(dir.file("again/good.ini"), read_text(good));
   std::string errors;
-  EXPECT_EQ(run_cli({"--tables", dir.file("tables"), good, dir.file("lost.ini"), dir.file("again/good.ini")}, nullptr,
-                    &errors),
-            1);
+  EXPECT_EQ(
+      run({QUILLBAR_EXPORT, "--tables", dir.file("tables"), good, dir.file("lost.ini"), dir.file("again/good.ini")},
+          nullptr, &errors),
+      1);
   EXPECT_EQ(read_bytes(dir.file("tables/good.bin")).size(), 2u * picture_lines + 1) << errors;
   EXPECT_FALSE(g_file_test(dir.file("tables/lost.bin").c_str(), G_FILE_TEST_EXISTS));
   EXPECT_NE(errors.find("again/good.ini: its outputs would overwrite those of"), std::string::npos) << errors;

@@ -29,7 +29,6 @@ TEST(Options, LoadedValuesFollowTheRulesAndReachTheMenus) {
                {"[interface]\nexpansion=4", &options_expansion, 4, "menuitem_zoom_4x", true},
                {"[interface]\nexpansion=0", &options_expansion, 1, "menuitem_zoom_1x", true},
                {"[interface]\npalette=3", &options_palette, 3, "menuitem_palette_ccs64", true},
-               {"[interface]\npalette=-1", &options_palette, 0, "menuitem_palette_peptos", true},
                {"[interface]\ninput_mode=0", &options_input_mode, 0, "menuitem_interface_compact", true},
                {"[interface]\ninput_mode=2", &options_input_mode, 1, "menuitem_interface_extended", true},
                {"[misc]\nreencode_graphics=true", &options_reencode_graphics, 1, "menuitem_reencode_graphics", true},

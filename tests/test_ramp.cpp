@@ -21,12 +21,10 @@ TEST(Ramp, ShapesAndStretching) {
   const std::vector<int> blue{6, 14, 3, 1}, grey{0, 11, 12, 15, 1};
   // What; the ramp, its shape and the lines; the colours of the lines.
   const std::tuple<const char *, std::vector<int>, RampShape, int, std::vector<int>> cases[] = {
-      // clang-format off
       {"falling", blue, RampShape::Falling, 4, {1, 3, 14, 6}},
       {"odd count, one extra to the middle", grey, RampShape::Rising, 6, {0, 11, 12, 12, 15, 1}},
       {"fewer lines than colours: the middle ones", grey, RampShape::Rising, 3, {11, 12, 15}},
       {"no lines", blue, RampShape::Rising, 0, {}},
-      // clang-format on
   };
   for (const auto &[what, ramp, shape, lines, colours] : cases)
     EXPECT_EQ(colours_of(ramp_runs(ramp_shape(ramp, shape), 100, lines), 100), colours) << what;

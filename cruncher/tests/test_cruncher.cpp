@@ -164,12 +164,6 @@ TEST(Cruncher, StartAddressesAndSysLines) {
       EXPECT_EQ(value, row.value) << row.text;
     }
   }
-  struct Line {
-    Bytes prg;
-    long sys;
-  };
-  const Line lines[] = {{{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, ' ', '4', '9', '1', '5', '2', 0}, 49152},
-                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x99, '2', '0', 0}, -1},  // PRINT, not SYS
-                        {{0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, 0}, -1}};
-  for (const Line &line : lines) EXPECT_EQ(cruncher_sys_address(line.prg), line.sys);
+  // SYS 49152, as typed with a space (the round trips and refusals read the other SYS lines).
+  EXPECT_EQ(cruncher_sys_address({0x01, 0x08, 0x0B, 0x08, 0x0A, 0x00, 0x9E, ' ', '4', '9', '1', '5', '2', 0}), 49152);
 }

@@ -1,6 +1,5 @@
 // One user's session through the X server: a picture, bars in both modes, a border colour, saved,
 // reopened after a restart, exported as PNG (the executable export: test_install, test_exports).
-#include <array>
 #include <optional>
 
 #include "geometry.h"
@@ -45,14 +44,6 @@ View view(const App &app, int zoom, int border) {
   });
   EXPECT_TRUE(found) << "no screen at zoom " << zoom << " with border colour " << border;
   return found.value_or(View{});
-}
-
-// Lines 3..298 of a side: `base` except on the bars, given as first line, last line, colour.
-std::vector<int> lines_with(int base, const std::vector<std::array<int, 3>> &bars) {
-  std::vector<int> colours(vert_border_height, base);
-  for (auto [first, last, colour] : bars)
-    for (int line = first; line <= last; line++) colours[line - first_shown_line] = colour;
-  return colours;
 }
 
 // Whether each line 3..298 shows its palette index mid side border, left and right.
@@ -108,7 +99,9 @@ TEST(EndToEnd, BarsInBothModesSavedReopenedAndExported) {
   for (int button : {0, 0, 2}) click_at(buttons[button].first, buttons[button].second);
   click_at(v.left_x(), v.line_y(52));
   press_keys("3");
-  std::vector<int> left = lines_with(0, {{51, 51, 1}, {52, 52, 2}}), right = lines_with(0, {{51, 51, 1}});
+  std::vector<int> left(vert_border_height, 0), right(vert_border_height, 0);  // lines 3..298
+  left[51 - first_shown_line] = right[51 - first_shown_line] = 1;
+  left[52 - first_shown_line] = 2;
   EXPECT_TRUE(borders_show(*app, v, left, right));
   // Compact mode keeps the lines; painted with keys, a Shift+Down range repeated with keypad *.
   press_keys("alt+p i c");
