@@ -31,7 +31,12 @@ constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-code
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
 constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
 
-int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
+// A gamma number; from 256 on, a first piece of 128 + n % 128 in 16 bits, then the count of
+// the pieces of 128 after it.
+constexpr unsigned kPiece = 128, kLongGamma = 256;
+int gamma_bits(unsigned n) {
+  return n < kLongGamma ? 2 * (31 - __builtin_clz(n)) + 1 : 16 + gamma_bits(n / kPiece - 1);
+}
 
 // The decruncher adds 1 to the first piece of a new offset match's length less 1: that piece
 // must not become 256, as it would for 256 and every multiple of 128 from 384 on.
@@ -63,6 +68,14 @@ class BitWriter {
   }
   // The gamma code of n, without its first bit when `skip_first`.
   void gamma(unsigned n, bool skip_first = false) {
+    if (n >= kLongGamma) {
+      for (int i = 7; i >= 0; --i) {
+        if (!skip_first || i != 7) bit(1);
+        bit((kPiece + n % kPiece) >> i & 1);
+      }
+      gamma(n / kPiece - 1);
+      return;
+    }
     const int top = 31 - __builtin_clz(n);
     for (int i = top - 1; i >= 0; --i) {
       if (!skip_first || i != top - 1) bit(1);

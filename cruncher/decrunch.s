@@ -21,8 +21,10 @@
 ;                     ends the stream.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
-; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. Lengths
-; are at most 32767; copies of more than 255 bytes go in pieces.
+; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. A number
+; L of 256 or more is sent as a first piece P = 128 + L % 128 (its 8 bits, each after a 1,
+; and no 0), then the gamma number (L - P) / 128 of pieces of 128 after it. Lengths are at
+; most 32767.
         .setcpu "6502"
 
 PIECE   = $02                   ; the bytes of the piece being copied
@@ -156,20 +158,10 @@ gamma_bit:                      ; entered with the first bit in carry and A = 1
         get_bit
         rol a
         bcc gamma_next
-        rol LENHI               ; past 8 bits: slower from here on
-gamma_long:
-        jsr get
-        bcc gamma_pieces
-        jsr get
-        rol a
-        rol LENHI
-        bcc gamma_long          ; always
-gamma_pieces:                   ; a first piece of 128 + L % 128, then L / 128 - 1 of 128
-        asl a
-        rol LENHI
-        lsr a
-        ora #$80
-        dec LENHI
+        pha                     ; past 8 bits: A is the first piece (128 to 255), and a gamma
+        jsr gamma               ; number of its own counts the pieces of 128 after it
+        sta LENHI
+        pla
 gamma_end:
         rts
 
