@@ -195,6 +195,7 @@ class Parse {
   void put(size_t pos, int state, const Arrival &a) {
     Arrival *s = &at_[pos * kSlots + state * kArrivals];
     int q = kArrivals - 1;
+    if (s[q].cost <= a.cost) return;  // no dearer arrival to replace, of its repeat offset or another
     for (int k = 0; k < kArrivals; ++k)
       if (s[k].cost != kNone && s[k].repeat == a.repeat) {
         if (s[k].cost <= a.cost) return;

@@ -115,8 +115,7 @@ dst_ptr = * - 2
         jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
         bcs new_offset
         jsr gamma
-        ldx #1
-        bne piece               ; always
+        bcc match_piece         ; always
 after_match:
         get_bit                 ; after a match: 0 = literal run, 1 = new offset
         bcc literal
@@ -134,6 +133,7 @@ new_offset:
         lda #1
         jsr gamma_bit           ; the length less 1
         adc #1                  ; never 256: the cruncher sends no length that would give it
+match_piece:
         ldx #1
         bcc piece               ; always
 
