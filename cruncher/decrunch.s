@@ -114,8 +114,9 @@ dst_ptr = * - 2
         bne after_match
         jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
         bcs new_offset
+        inx                     ; a repeat match (X was 0)
         jsr gamma
-        bcc match_piece         ; always
+        bcc piece               ; always
 after_match:
         get_bit                 ; after a match: 0 = literal run, 1 = new offset
         bcc literal
@@ -130,11 +131,10 @@ new_offset:
         jsr next_byte
         ror a                   ; bit 0 of H - 1 above the low 7 bits; carry: a length bit
         sta OFF
-        lda #1
+        inx                     ; a match (X was 0), and A = 1 to start its length
+        txa
         jsr gamma_bit           ; the length less 1
         adc #1                  ; never 256: the cruncher sends no length that would give it
-match_piece:
-        ldx #1
         bcc piece               ; always
 
 done:   ldx #$00                ; patched: the bytes of the tail (at least 1)
