@@ -28,8 +28,7 @@ constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept 
 
 // The offsets as decrunch.s decodes them (new_offset).
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
-constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
-constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
+constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; a high part past 255 ends the stream
 
 // A gamma number; from 256 on, a first piece of 128 + n % 128 in 16 bits, then the count of
 // the pieces of 128 after it.
@@ -279,13 +278,13 @@ class Parse {
 };
 
 // Encodes the tokens of r; `reads[i]` = stream bytes read before output byte i is written.
-Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint32_t> *reads, CrunchStats *stats) {
+Bytes encode(const std::vector<Token> &tokens, const Bytes &r, size_t tail, std::vector<uint32_t> *reads,
+             CrunchStats *stats) {
   BitWriter w;
   size_t pos = 0;
   auto new_offset = [&w](unsigned offset, unsigned length) {
     w.bit(1);
     w.gamma(offset_high(offset));
-    if (offset_high(offset) == kEndHigh) return;
     w.byte(static_cast<uint8_t>(((offset - 1) & 0x7F) << 1 | (length - 1 > 1)));
     w.gamma(length - 1, true);
   };
@@ -309,7 +308,9 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     if (stats && k.kind == kLiteral) stats->literal_bytes += k.length;
     pos += k.length;
   }
-  new_offset((kEndHigh - 1) << kOffsetLowBits | 1, 2);  // the high part that ends the stream
+  // The end: a high part whose count of pieces after the first is the tail's length.
+  w.bit(1);
+  w.gamma(static_cast<unsigned>(kPiece * (tail + 1)));
   return w.bytes;
 }
 
@@ -442,7 +443,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
       l.coded = m > tail ? m - tail : m;
       const std::vector<Token> tokens = parse.tokens_to(l.coded);
       if (tokens.empty()) continue;  // no token ends there
-      l.stream = encode(tokens, r, &reads, &l.counted);
+      l.stream = encode(tokens, r, tail, &reads, &l.counted);
       const size_t p = l.stream.size();
       if (skip) {
         l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
@@ -488,7 +489,6 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   put16(file, core_at(kDecrunch_dst_ptr), end - 1);
   file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
   file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
-  file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
   put16(file, core_at(kDecrunch_tail_dst), static_cast<unsigned>(load + skip - 1));
   put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
   const auto tail_from = prg.begin() + 2 + static_cast<long>(skip);

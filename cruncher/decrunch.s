@@ -31,7 +31,7 @@ PIECE   = $02                   ; the bytes of the piece being copied
 OFF     = $03                   ; and $04: the offset less 1
 
         .export init, init_bytes, init_src, init_end, core, core_end
-        .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
+        .export dst_ptr, stream_lo, stream_hi, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A and X.
 .macro  get_bit
@@ -75,10 +75,12 @@ piece_match:
         sta z:src_ptr+1
         bne copy_piece          ; always: the source lies above the zero page
 
-entry:
-literal:
+after_match:
+        get_bit                 ; after a match: 0 = literal run, 1 = new offset
+        bcs new_offset
+        dex                     ; a literal run (X was 1)
+entry:                          ; X: 0 while copying a literal run, 1 a match
         jsr gamma
-        ldx #0                  ; X: 0 while copying a literal run, 1 a match
 ; Copies a piece of A bytes (1 to 255) down to the destination, then the LENHI pieces of
 ; 128 bytes after it.
 piece:  sta PIECE
@@ -117,9 +119,6 @@ dst_ptr = * - 2
         inx                     ; a repeat match (X was 0)
         jsr gamma
         bcc piece               ; always
-after_match:
-        get_bit                 ; after a match: 0 = literal run, 1 = new offset
-        bcc literal
 new_offset:
         jsr gamma               ; H, with carry clear
         ldx LENHI
@@ -137,14 +136,12 @@ new_offset:
         adc #1                  ; never 256: the cruncher sends no length that would give it
         bcc piece               ; always
 
-done:   ldx #$00                ; patched: the bytes of the tail (at least 1)
-tail_bytes = * - 1
-done_tail:
+done:                           ; X: the bytes of the tail (at least 1), sent as the end's count
         lda z:core_end - 1,x
         sta $ffff,x             ; patched: (program start) - 1
 tail_dst = * - 2
         dex
-        bne done_tail
+        bne done
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
