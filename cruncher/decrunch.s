@@ -27,8 +27,7 @@
 ; most 32767.
         .setcpu "6502"
 
-PIECE   = $02                   ; the bytes of the piece being copied
-OFF     = $03                   ; and $04: the offset less 1
+OFF     = $02                   ; and $03: the offset less 1
 
         .export init, init_bytes, init_src, init_end, core, core_end
         .export dst_ptr, stream_lo, stream_hi, tail_dst, start_addr
@@ -83,7 +82,7 @@ entry:                          ; X: 0 while copying a literal run, 1 a match
         jsr gamma
 ; Copies a piece of A bytes (1 to 255) down to the destination, then the LENHI pieces of
 ; 128 bytes after it.
-piece:  sta PIECE
+piece:  tay                     ; Y: the piece's length, kept for the copy
         eor #$ff
         sec
         adc z:dst_ptr
@@ -93,8 +92,9 @@ piece:  sta PIECE
         sec
 :       txa
         bne piece_match
-        lda z:stream_lo           ; a literal run: from the stream, which moves down with it
-        sbc PIECE
+        tya                     ; a literal run: from the stream, which moves down with it
+        eor #$ff
+        adc z:stream_lo
         sta z:stream_lo
         sta z:src_ptr
         bcs :+
@@ -102,7 +102,6 @@ piece:  sta PIECE
 :       lda z:stream_hi
         sta z:src_ptr+1
 copy_piece:
-        ldy PIECE
 copy_byte:
         lda $ffff,y
 src_ptr = * - 2
