@@ -119,10 +119,10 @@ constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
 // only a bit or two (and breaks ties between parses of one size towards fewer tokens). These
-// bring the editor's export programs from 35.1 to 34.4 cycles per byte for 33 bytes more;
-// see docs/performance.md for the trade.
+// bring the editor's export programs from 34.55 to 34.2 cycles per byte at the same size; see
+// docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralCharge = 8, kRepeatCharge = 4, kNewCharge = 12;
+constexpr uint32_t kLiteralCharge = 4, kRepeatCharge = 2, kNewCharge = 6;
 
 class Parse {
  public:

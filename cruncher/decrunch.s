@@ -65,14 +65,17 @@ next_piece:
         lda #$80
         bne piece               ; always
 
-piece_match:
-        lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
-        adc OFF
+piece_literal:
+        tya                     ; a literal run: from the stream, which moves down with it
+        eor #$ff
+        adc z:stream_lo
+        sta z:stream_lo
         sta z:src_ptr
-        lda z:dst_ptr+1
-        adc OFF+1
+        bcs :+
+        dec z:stream_hi
+:       lda z:stream_hi
         sta z:src_ptr+1
-        bne copy_piece          ; always: the source lies above the zero page
+        bne copy_piece          ; always: the stream lies above the zero page
 
 after_match:
         get_bit                 ; after a match: 0 = literal run, 1 = new offset
@@ -91,15 +94,12 @@ piece:  tay                     ; Y: the piece's length, kept for the copy
         dec z:dst_ptr+1
         sec
 :       txa
-        bne piece_match
-        tya                     ; a literal run: from the stream, which moves down with it
-        eor #$ff
-        adc z:stream_lo
-        sta z:stream_lo
+        beq piece_literal
+        lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
+        adc OFF
         sta z:src_ptr
-        bcs :+
-        dec z:stream_hi
-:       lda z:stream_hi
+        lda z:dst_ptr+1
+        adc OFF+1
         sta z:src_ptr+1
 copy_piece:
 copy_byte:
