@@ -65,20 +65,24 @@ next_piece:
         lda #$80
         bne piece               ; always
 
-piece_literal:
-        tya                     ; a literal run: from the stream, which moves down with it
-        eor #$ff
-        adc z:stream_lo
-        sta z:stream_lo
+piece_match:
+        lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
+        adc OFF
         sta z:src_ptr
-        bcs :+
-        dec z:stream_hi
-:       lda z:stream_hi
+        lda z:dst_ptr+1
+        adc OFF+1
         sta z:src_ptr+1
-        bne copy_piece          ; always: the stream lies above the zero page
-
+copy_byte:
+        lda $ffff,y
+src_ptr = * - 2
+        sta $ffff,y             ; patched: the program's last byte (the next one written)
+dst_ptr = * - 2
+        dey
+        bne copy_byte
+        lda LENHI
+        bne next_piece
 after_match:
-        get_bit                 ; after a match: 0 = literal run, 1 = new offset
+        jsr get                 ; after a match: 0 = literal run, 1 = new offset
         bcs new_offset
         dex                     ; a literal run (X was 1)
 entry:                          ; X: 0 while copying a literal run, 1 a match
@@ -94,25 +98,20 @@ piece:  tay                     ; Y: the piece's length, kept for the copy
         dec z:dst_ptr+1
         sec
 :       txa
-        beq piece_literal
-        lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
-        adc OFF
-        sta z:src_ptr
-        lda z:dst_ptr+1
-        adc OFF+1
-        sta z:src_ptr+1
-copy_piece:
-copy_byte:
-        lda $ffff,y
-src_ptr = * - 2
-        sta $ffff,y             ; patched: the program's last byte (the next one written)
-dst_ptr = * - 2
+        bne piece_match
+        tya                     ; a literal run: from the stream, which moves down with it
+        eor #$ff
+        adc z:stream_lo
+        sta z:stream_lo
+        bcs literal_byte
+        dec z:stream_hi
+literal_byte:                   ; read through the stream pointer, written through the copy's
+        lda (stream_lo),y
+        sta (dst_ptr),y
         dey
-        bne copy_byte
+        bne literal_byte
         lda LENHI
         bne next_piece
-        txa
-        bne after_match
         jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
         bcs new_offset
         inx                     ; a repeat match (X was 0)
