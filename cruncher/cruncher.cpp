@@ -96,22 +96,27 @@ class BitWriter {
 // arrivals of each state with different repeat offsets.
 struct Arrival {
   uint32_t cost = std::numeric_limits<uint32_t>::max();  // in kBit
-  uint32_t repeat = 0;                                   // 0: none yet
   uint32_t from = 0;                                     // position before the token
+  uint16_t repeat = 0;                                   // 0: none yet; a match's own offset
+  uint16_t length = 0;
   uint8_t from_slot = 0;
   Kind kind = kLiteral;
-  uint32_t length = 0, offset = 0;
 };
+Arrival arrival(uint32_t cost, unsigned repeat, size_t from, uint8_t from_slot, Kind kind, unsigned length) {
+  return {cost, static_cast<uint32_t>(from), static_cast<uint16_t>(repeat), static_cast<uint16_t>(length), from_slot,
+          kind};
+}
 struct Token {
   Kind kind;
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 20;               // per position and state
+constexpr int kArrivals = 24;               // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
+static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
 constexpr int kChainLimit = 2048;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
 constexpr int kExtraSteps = 32;      // chain steps whose offsets are candidates too, though no longer
@@ -170,7 +175,7 @@ class Parse {
     if (at_[length * kSlots + slot].cost == kNone) return tokens;
     for (size_t pos = length; pos > 0;) {
       const Arrival &a = at_[pos * kSlots + slot];
-      tokens.push_back({a.kind, a.length, a.offset});
+      tokens.push_back({a.kind, a.length, a.kind == kLiteral ? 0u : a.repeat});
       pos = a.from;
       slot = a.from_slot;
     }
@@ -223,7 +228,6 @@ class Parse {
   }
   void step(size_t i, const std::vector<std::pair<unsigned, size_t>> &found) {
     const Arrival *runs = &at_[i * kSlots], *matches = runs + kArrivals;
-    const uint32_t from = static_cast<uint32_t>(i);
     for (uint8_t q = 0; q < kArrivals; ++q) {
       const Arrival &run = runs[q];
       if (run.cost == kNone) continue;
@@ -235,8 +239,7 @@ class Parse {
       }
       if (run.repeat && run.repeat <= i)
         lengths(i, 1, match_length(i, run.repeat), [&](uint32_t k) {
-          put(i + k, 1,
-              {run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, from, q, kRepeat, k, run.repeat});
+          put(i + k, 1, arrival(run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, i, q, kRepeat, k));
         });
     }
     for (uint8_t q = 0; q < kArrivals; ++q) {
@@ -245,8 +248,8 @@ class Parse {
       const uint32_t most = static_cast<uint32_t>(std::min<size_t>(n_ - i, kLiteralRunsTried));
       for (uint32_t k = 1; k <= most; ++k)
         put(i + k, 0,
-            {m.cost + kBit * (1 + gamma_bits(k) + 8 * k) + kLiteralCharge, m.repeat, from,
-             static_cast<uint8_t>(kArrivals + q), kLiteral, k, 0});
+            arrival(m.cost + kBit * (1 + gamma_bits(k) + 8 * k) + kLiteralCharge, m.repeat, i,
+                    static_cast<uint8_t>(kArrivals + q), kLiteral, k));
     }
     uint8_t best = 0;  // a new offset costs the same after either state
     for (uint8_t s = 1; s < kSlots; ++s)
@@ -258,15 +261,15 @@ class Parse {
       lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
         if (!new_length_sendable(k)) --k;  // one byte shorter instead
         put(i + k, 1,
-            {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
+            arrival(runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, i, best, kNew, k));
       });
       shorter = candidate.second;
     }
     for (const auto &candidate : extra_) {
       const uint32_t k = static_cast<uint32_t>(candidate.second);
       put(i + k, 1,
-          {runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, from, best, kNew,
-           k, candidate.first});
+          arrival(runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, i, best,
+                  kNew, k));
     }
   }
 
