@@ -81,10 +81,12 @@ dst_ptr = * - 2
         bne copy_byte
         lda LENHI
         bne next_piece
-after_match:
-        jsr get                 ; after a match: 0 = literal run, 1 = new offset
+        dex                     ; a literal run if the selector says 0 (X was 1)
+; The selector: after a match, 0 = literal run; after a literal run, 0 = repeat match; 1 =
+; new offset.
+selector:
+        jsr get
         bcs new_offset
-        dex                     ; a literal run (X was 1)
 entry:                          ; X: 0 while copying a literal run, 1 a match
         jsr gamma
 ; Copies a piece of A bytes (1 to 255) down to the destination, then the LENHI pieces of
@@ -112,11 +114,8 @@ literal_byte:                   ; read through the stream pointer, written throu
         bne literal_byte
         lda LENHI
         bne next_piece
-        jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
-        bcs new_offset
-        inx                     ; a repeat match (X was 0)
-        jsr gamma
-        bcc piece               ; always
+        inx                     ; a repeat match if the selector says 0 (X was 0)
+        bne selector            ; always
 new_offset:
         jsr gamma               ; H, with carry clear
         ldx LENHI
