@@ -111,9 +111,9 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 24;               // per position and state
+constexpr int kArrivals = 32;               // per position and state
 constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
-constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
+constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
