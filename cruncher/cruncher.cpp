@@ -117,9 +117,9 @@ constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow 
 constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
 constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
 static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
-constexpr int kChainLimit = 2048;
+constexpr int kChainLimit = 8192;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
-constexpr int kExtraSteps = 32;      // chain steps whose offsets are candidates too, though no longer
+constexpr int kExtraSteps = 64;      // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
