@@ -1,7 +1,7 @@
 // The compressor behind cruncher.h: an optimal parse of the program read from its end, the
 // bit stream the decruncher in decrunch.s reads, and the layout of the crunched file. The
 // stream format and the decruncher's patch points come from decrunch.s (through the
-// generated decrunch_image.h); this file only follows them.
+// generated decrunch_image.h and decrunch_short_image.h); this file only follows them.
 #include "cruncher.h"
 
 #include <algorithm>
@@ -10,19 +10,33 @@
 #include <cstring>
 #include <limits>
 
-#include "decrunch_image.h"
+namespace {
+
+// An assembled decruncher: init, then the image of core (linked where it runs, in the zero
+// page, with the tail after it), and the addresses of its labels, as the generated headers
+// give them.
+struct DecrunchImage {
+  const unsigned char *bytes;
+  size_t size;
+  unsigned core, core_end, dst_ptr, init, init_bytes, init_end, init_src, start_addr, stream_hi, stream_lo, tail_dst;
+  constexpr unsigned init_size() const { return init_end - init; }
+  constexpr unsigned core_size() const { return core_end - core; }
+  constexpr unsigned tail_max() const { return std::min(0x100 - core_end, 0xFF - core_size()); }  // init copies 255
+};
+
+}  // namespace
+
+#include "decrunch_image.h"        // kDecrunch: literal runs of any length
+#include "decrunch_short_image.h"  // kDecrunchShort: literal runs of at most 255 bytes
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// kDecrunch holds init, then core (linked where it runs, in the zero page, with the tail
-// after it).
-constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
-constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr const uint8_t *kCore = kDecrunch + kInitBytes;
-constexpr unsigned kTailMax = std::min(0x100 - kDecrunch_core_end, 0xFF - kCoreBytes);  // init copies up to 255
-static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes && kDecrunch_core_end < 0x100);
+static_assert(kDecrunch.size == kDecrunch.init_size() + kDecrunch.core_size() && kDecrunch.core_end < 0x100);
+static_assert(kDecrunchShort.size == kDecrunchShort.init_size() + kDecrunchShort.core_size());
+constexpr unsigned kTailMax = std::min(kDecrunch.tail_max(), kDecrunchShort.tail_max());
+constexpr unsigned kShortLiteralsMax = 255;  // the longest literal run kDecrunchShort copies
 
 constexpr size_t kJumpBytes = 3;    // JMP init, where a program's own SYS line lands
 constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
@@ -111,11 +125,11 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 32;               // per position and state
-constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
+constexpr int kArrivals = 32;              // per position and state
+constexpr int kSlots = 2 * kArrivals;      // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
-constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
-constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
+constexpr size_t kLengthsTried = 64;       // of each match; beyond, only the longest
+constexpr size_t kMaxLength = 32767;       // of a token, as the decruncher counts its pieces
 static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
 constexpr int kChainLimit = 8192;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
@@ -442,6 +456,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     unsigned stream_at = 0, line_bytes = 0;
     Bytes stream;
     CrunchStats counted;
+    const DecrunchImage *image = nullptr;
   } best;
   for (const size_t skip : own_line ? std::vector<size_t>{own_line, 0} : std::vector<size_t>{0}) {
     const size_t m = n - skip;  // the bytes to restore: the tail and the coded part
@@ -453,6 +468,10 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
       const std::vector<Token> tokens = parse.tokens_to(l.coded);
       if (tokens.empty()) continue;  // no token ends there
       l.stream = encode(tokens, r, tail, &reads, &l.counted);
+      const bool long_literals = std::any_of(tokens.begin(), tokens.end(), [](const Token &t) {
+        return t.kind == kLiteral && t.length > kShortLiteralsMax;
+      });
+      l.image = long_literals ? &kDecrunch : &kDecrunchShort;
       const size_t p = l.stream.size();
       if (skip) {
         l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
@@ -465,7 +484,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
           digits_at = static_cast<unsigned>(l.stream_at + p);
         }
       }
-      l.size = l.stream_at + p + kInitBytes + kCoreBytes + l.kept;
+      l.size = l.stream_at + p + l.image->size + l.kept;
       const bool no_gap = l.stream_at == kBasicStart + l.line_bytes;
       if (!best.size || l.size < best.size) best = std::move(l);
       if (no_gap) break;  // a longer tail only adds bytes
@@ -489,17 +508,17 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   }
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
-  const size_t init_pos = file.size(), core_pos = init_pos + kInitBytes;
-  file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
-  file[init_pos + kDecrunch_init_bytes - kDecrunch_init] = static_cast<uint8_t>(kCoreBytes + kept);
-  put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, init_at + kInitBytes - 1);
-  file.insert(file.end(), kCore, kCore + kCoreBytes);
-  auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
-  put16(file, core_at(kDecrunch_dst_ptr), end - 1);
-  file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
-  file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
-  put16(file, core_at(kDecrunch_tail_dst), static_cast<unsigned>(load + skip - 1));
-  put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
+  const DecrunchImage &image = *best.image;
+  const size_t init_pos = file.size(), core_pos = init_pos + image.init_size();
+  file.insert(file.end(), image.bytes, image.bytes + image.size);
+  file[init_pos + image.init_bytes - image.init] = static_cast<uint8_t>(image.core_size() + kept);
+  put16(file, init_pos + image.init_src - image.init, init_at + image.init_size() - 1);
+  auto core_at = [&](unsigned label) { return core_pos + label - image.core; };
+  put16(file, core_at(image.dst_ptr), end - 1);
+  file[core_at(image.stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+  file[core_at(image.stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
+  put16(file, core_at(image.tail_dst), static_cast<unsigned>(load + skip - 1));
+  put16(file, core_at(image.start_addr), static_cast<unsigned>(start));
   const auto tail_from = prg.begin() + 2 + static_cast<long>(skip);
   file.insert(file.end(), tail_from, tail_from + static_cast<long>(kept));
 

@@ -112,8 +112,10 @@ literal_byte:                   ; read through the stream pointer, written throu
         sta (dst_ptr),y
         dey
         bne literal_byte
+.ifdef LONG_LITERALS
         lda LENHI
         bne next_piece
+.endif
         inx                     ; a repeat match if the selector says 0 (X was 0)
         bne selector            ; always
 new_offset:
