@@ -45,21 +45,31 @@ constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept 
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
 constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; a high part past 255 ends the stream
 
-// A gamma number; from 256 on, a first piece of 128 + n % 128 in 16 bits, then the count of
-// the pieces of 128 after it.
-constexpr unsigned kPiece = 128, kLongGamma = 256;
-int gamma_bits(unsigned n) {
-  return n < kLongGamma ? 2 * (31 - __builtin_clz(n)) + 1 : 16 + gamma_bits(n / kPiece - 1);
+// A gamma number n, the first piece of a length (at most `first_max`: 255, or 254 where the
+// decruncher adds 1). Past that, a first piece P of 1 to `first_max` in 16 bits (as the 8 bits
+// of a number from 256 on), then a gamma number K: pieces of K, K + 1, ... 254 follow, so that
+// n = P + (the sum of K to 254). long_split gives {P, K} for the largest K (P is 0 where none).
+constexpr unsigned kFirstPieceMax = 255, kPieceMax = 254;
+constexpr unsigned pieces_from(unsigned k) { return (kPieceMax * (kPieceMax + 1) - (k - 1) * k) / 2; }
+std::pair<unsigned, unsigned> long_split(unsigned n, unsigned first_max) {
+  unsigned k = kPieceMax;
+  while (k > 1 && n - pieces_from(k) > first_max) --k;
+  return {n > pieces_from(k) ? n - pieces_from(k) : 0, k};
+}
+int gamma_bits(unsigned n, unsigned first_max = kFirstPieceMax) {
+  return n <= first_max ? 2 * (31 - __builtin_clz(n)) + 1 : 16 + gamma_bits(long_split(n, first_max).second);
 }
 
-// The decruncher adds 1 to the first piece of a new offset match's length less 1: that piece
-// must not become 256, as it would for 256 and every multiple of 128 from 384 on.
-bool new_length_sendable(uint32_t length) { return length < 256 || length % 128 != 0; }
+// A new offset match's length less 1 has a first piece of at most 254 (the decruncher adds 1
+// to it), which every length allows but one.
+bool new_length_sendable(uint32_t length) {
+  return length - 1 <= kFirstPieceMax - 1 || long_split(length - 1, kFirstPieceMax - 1).first > 0;
+}
 unsigned offset_high(unsigned offset) { return ((offset - 1) >> kOffsetLowBits) + 1; }
 // A new offset match: the selector, the gamma high part, the low byte (whose spare bit starts
 // the length's gamma code) and the rest of the length's code.
 int new_match_bits(unsigned offset, unsigned length) {
-  return 1 + gamma_bits(offset_high(offset)) + 8 + gamma_bits(length - 1) - 1;
+  return 1 + gamma_bits(offset_high(offset)) + 8 + gamma_bits(length - 1, kFirstPieceMax - 1) - 1;
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
@@ -80,14 +90,11 @@ class BitWriter {
     --free_;
     if (b) bytes[at_] |= static_cast<uint8_t>(1 << free_);
   }
-  // The gamma code of n, without its first bit when `skip_first`.
-  void gamma(unsigned n, bool skip_first = false) {
-    if (n >= kLongGamma) {
-      for (int i = 7; i >= 0; --i) {
-        if (!skip_first || i != 7) bit(1);
-        bit((kPiece + n % kPiece) >> i & 1);
-      }
-      gamma(n / kPiece - 1);
+  // The gamma code of n (see gamma_bits), without its first bit when `skip_first`.
+  void gamma(unsigned n, bool skip_first = false, unsigned first_max = kFirstPieceMax) {
+    if (n > first_max) {
+      const auto [first, count] = long_split(n, first_max);
+      long_form(first, count, skip_first);
       return;
     }
     const int top = 31 - __builtin_clz(n);
@@ -96,6 +103,14 @@ class BitWriter {
       bit(n >> i & 1);
     }
     if (!skip_first || top > 0) bit(0);
+  }
+  // A first piece and the count after it, as gamma sends numbers past `first_max`.
+  void long_form(unsigned first, unsigned count, bool skip_first = false) {
+    for (int i = 7; i >= 0; --i) {
+      if (!skip_first || i != 7) bit(1);
+      bit(first >> i & 1);
+    }
+    gamma(count);
   }
   void byte(uint8_t b) { bytes.push_back(b); }
 
@@ -129,7 +144,7 @@ constexpr int kArrivals = 32;              // per position and state
 constexpr int kSlots = 2 * kArrivals;      // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 64;       // of each match; beyond, only the longest
-constexpr size_t kMaxLength = 32767;       // of a token, as the decruncher counts its pieces
+constexpr size_t kMaxLength = pieces_from(1) + kFirstPieceMax - 1;    // of a token, as the decruncher counts its pieces
 static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
 constexpr int kChainLimit = 8192;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
@@ -309,7 +324,7 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, size_t tail, std:
     w.bit(1);
     w.gamma(offset_high(offset));
     w.byte(static_cast<uint8_t>(((offset - 1) & 0x7F) << 1 | (length - 1 > 1)));
-    w.gamma(length - 1, true);
+    w.gamma(length - 1, true, kFirstPieceMax - 1);
   };
   for (size_t t = 0; t < tokens.size(); ++t) {
     const Token &k = tokens[t];
@@ -331,9 +346,9 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, size_t tail, std:
     if (stats && k.kind == kLiteral) stats->literal_bytes += k.length;
     pos += k.length;
   }
-  // The end: a high part whose count of pieces after the first is the tail's length.
+  // The end: a high part past 255, its count the tail's length.
   w.bit(1);
-  w.gamma(static_cast<unsigned>(kPiece * (tail + 1)));
+  w.long_form(1, static_cast<unsigned>(tail));
   return w.bytes;
 }
 

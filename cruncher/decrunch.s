@@ -22,9 +22,9 @@
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
 ; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. A number
-; L of 256 or more is sent as a first piece P = 128 + L % 128 (its 8 bits, each after a 1,
-; and no 0), then the gamma number (L - P) / 128 of pieces of 128 after it. Lengths are at
-; most 32767.
+; L of 256 or more is sent as a first piece P of 1 to 255 bytes (its 8 bits, each after a 1,
+; and no 0), then a gamma number K: pieces of K, K + 1, ... 254 bytes follow the first.
+; Lengths are at most 32639.
         .setcpu "6502"
 
 OFF     = $02                   ; and $03: the offset less 1
@@ -58,12 +58,7 @@ init_end:
         .segment "CORE": zeropage
 core:
 BITS:   .byte 0                 ; the bit register: empty, and no sentinel
-LENHI:  .byte 0                 ; pieces of 128 bytes still to copy after this one
-
-next_piece:
-        dec LENHI
-        lda #$80
-        bne piece               ; always
+LENHI:  .byte 0                 ; the next piece's bytes (0 or 255: none)
 
 piece_match:
         lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
@@ -79,8 +74,11 @@ src_ptr = * - 2
 dst_ptr = * - 2
         dey
         bne copy_byte
-        lda LENHI
-        bne next_piece
+        lda LENHI               ; pieces left: of LENHI bytes, then one more, up to 254
+        beq match_done
+        inc LENHI
+        bne piece               ; A: this piece's bytes
+match_done:
         dex                     ; a literal run if the selector says 0 (X was 1)
 ; The selector: after a match, 0 = literal run; after a literal run, 0 = repeat match; 1 =
 ; new offset.
@@ -89,8 +87,8 @@ selector:
         bcs new_offset
 entry:                          ; X: 0 while copying a literal run, 1 a match
         jsr gamma
-; Copies a piece of A bytes (1 to 255) down to the destination, then the LENHI pieces of
-; 128 bytes after it.
+; Copies a piece of A bytes (1 to 255) down to the destination, then pieces of LENHI bytes,
+; one more each time, up to 254.
 piece:  tay                     ; Y: the piece's length, kept for the copy
         eor #$ff
         sec
@@ -113,8 +111,11 @@ literal_byte:                   ; read through the stream pointer, written throu
         dey
         bne literal_byte
 .ifdef LONG_LITERALS
-        lda LENHI
-        bne next_piece
+        lda LENHI               ; as after a match
+        beq literal_done
+        inc LENHI
+        bne piece
+literal_done:
 .endif
         inx                     ; a repeat match if the selector says 0 (X was 0)
         bne selector            ; always
@@ -144,8 +145,8 @@ tail_dst = * - 2
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; Gamma number L: returns the first piece (L when below 256) in A and the pieces of 128
-; bytes after it in LENHI (0 on entry), with carry clear. Keeps X.
+; Gamma number L: returns the first piece (L when below 256) in A and the size of the piece
+; after it in LENHI (0 on entry), with carry clear. Keeps X.
 gamma:  lda #1
 gamma_next:
         get_bit
@@ -154,8 +155,8 @@ gamma_bit:                      ; entered with the first bit in carry and A = 1
         get_bit
         rol a
         bcc gamma_next
-        pha                     ; past 8 bits: A is the first piece (128 to 255), and a gamma
-        jsr gamma               ; number of its own counts the pieces of 128 after it
+        pha                     ; past 8 bits: A is the first piece, and a gamma number of its
+        jsr gamma               ; own is the size of the next
         sta LENHI
         pla
 gamma_end:
