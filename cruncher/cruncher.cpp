@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -52,8 +53,11 @@ constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; 
 constexpr unsigned kFirstPieceMax = 255, kPieceMax = 254;
 constexpr unsigned pieces_from(unsigned k) { return (kPieceMax * (kPieceMax + 1) - (k - 1) * k) / 2; }
 std::pair<unsigned, unsigned> long_split(unsigned n, unsigned first_max) {
-  unsigned k = kPieceMax;
-  while (k > 1 && n - pieces_from(k) > first_max) --k;
+  // The largest k with (k - 1) k <= room, from the square root, then made exact.
+  const long room = static_cast<long>(kPieceMax * (kPieceMax + 1)) - 2 * (static_cast<long>(n) - first_max);
+  unsigned k = room < 0 ? 1 : std::min(kPieceMax, static_cast<unsigned>((1 + std::sqrt(1.0 + 4.0 * room)) / 2));
+  while (k > 1 && static_cast<long>(k - 1) * k > room) --k;
+  while (k < kPieceMax && static_cast<long>(k) * (k + 1) <= room) ++k;
   return {n > pieces_from(k) ? n - pieces_from(k) : 0, k};
 }
 int gamma_bits(unsigned n, unsigned first_max = kFirstPieceMax) {
@@ -140,15 +144,15 @@ struct Token {
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 32;              // per position and state
+constexpr int kArrivals = 64;              // per position and state
 constexpr int kSlots = 2 * kArrivals;      // literal-run arrivals, then match arrivals
 constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
-constexpr size_t kLengthsTried = 64;       // of each match; beyond, only the longest
+constexpr size_t kLengthsTried = 128;      // of each match; beyond, only the longest
 constexpr size_t kMaxLength = pieces_from(1) + kFirstPieceMax - 1;    // of a token, as the decruncher counts its pieces
 static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
 constexpr int kChainLimit = 8192;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
-constexpr int kExtraSteps = 64;      // chain steps whose offsets are candidates too, though no longer
+constexpr int kExtraSteps = 128;     // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
@@ -156,6 +160,10 @@ constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // bring the editor's export programs from 34.55 to 34.2 cycles per byte at the same size; see
 // docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
+// An arrival dearer than the cheapest of its state at its position by more than this is not
+// kept: to pay off, its repeat offset would have to save more bits later than a repeat match
+// saves (on the sample programs: the same output as without the limit, in half the time).
+constexpr uint32_t kWorthMargin = 16 * kBit;
 constexpr uint32_t kLiteralCharge = 4, kRepeatCharge = 2, kNewCharge = 6;
 
 class Parse {
@@ -236,6 +244,7 @@ class Parse {
     Arrival *s = &at_[pos * kSlots + state * kArrivals];
     int q = kArrivals - 1;
     if (s[q].cost <= a.cost) return;  // no dearer arrival to replace, of its repeat offset or another
+    if (s[0].cost != kNone && a.cost > s[0].cost + kWorthMargin) return;
     for (int k = 0; k < kArrivals && s[k].cost != kNone; ++k)  // the empty ones come last
       if (s[k].repeat == a.repeat) {
         if (s[k].cost <= a.cost) return;
