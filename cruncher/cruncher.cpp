@@ -1,46 +1,79 @@
 // The compressor behind cruncher.h: an optimal parse of the program read from its end, the
 // bit stream the decruncher in decrunch.s reads, and the layout of the crunched file. The
 // stream format and the decruncher's patch points come from decrunch.s (through the
-// generated decrunch_image.h); this file only follows them.
+// generated decrunch_image.h and decrunch_short_image.h); this file only follows them.
 #include "cruncher.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
+#include <cstring>
 #include <limits>
 
-#include "decrunch_image.h"
+namespace {
+
+// An assembled decruncher: init, then the image of core (linked where it runs, in the zero
+// page, with the tail after it), and the addresses of its labels, as the generated headers
+// give them.
+struct DecrunchImage {
+  const unsigned char *bytes;
+  size_t size;
+  unsigned core, core_end, dst_ptr, init, init_bytes, init_end, init_src, start_addr, stream_hi, stream_lo, tail_dst;
+  constexpr unsigned init_size() const { return init_end - init; }
+  constexpr unsigned core_size() const { return core_end - core; }
+  constexpr unsigned tail_max() const { return std::min(0x100 - core_end, 0xFF - core_size()); }  // init copies 255
+};
+
+}  // namespace
+
+#include "decrunch_image.h"        // kDecrunch: literal runs of any length
+#include "decrunch_short_image.h"  // kDecrunchShort: literal runs of at most 255 bytes
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// kDecrunch holds init, then core (linked where it runs, in the zero page, with the tail
-// after it).
-constexpr unsigned kInitBytes = kDecrunch_init_end - kDecrunch_init;
-constexpr unsigned kCoreBytes = kDecrunch_core_end - kDecrunch_core;
-constexpr const uint8_t *kCore = kDecrunch + kInitBytes;
-constexpr unsigned kTailMax = std::min(0x100 - kDecrunch_core_end, 0xFF - kCoreBytes);  // init copies up to 255
-static_assert(sizeof(kDecrunch) == kInitBytes + kCoreBytes && kDecrunch_core_end < 0x100);
+static_assert(kDecrunch.size == kDecrunch.init_size() + kDecrunch.core_size() && kDecrunch.core_end < 0x100);
+static_assert(kDecrunchShort.size == kDecrunchShort.init_size() + kDecrunchShort.core_size());
+constexpr unsigned kTailMax = std::min(kDecrunch.tail_max(), kDecrunchShort.tail_max());
+constexpr unsigned kShortLiteralsMax = 255;  // the longest literal run kDecrunchShort copies
 
 constexpr size_t kJumpBytes = 3;    // JMP init, where a program's own SYS line lands
 constexpr size_t kOwnLineMax = 32;  // program bytes below its SYS address kept as they are, at most
 
 // The offsets as decrunch.s decodes them (new_offset).
 constexpr unsigned kOffsetLowBits = 7;                   // below the gamma-coded high part
-constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; the next high part ends the stream
-constexpr unsigned kEndHigh = (kOffsetEnd >> kOffsetLowBits) + 1;  // the high part that ends the stream
+constexpr unsigned kOffsetEnd = 255u << kOffsetLowBits;  // offsets up to here; a high part past 255 ends the stream
 
-int gamma_bits(unsigned n) { return 2 * (31 - __builtin_clz(n)) + 1; }
+// A gamma number n, the first piece of a length (at most `first_max`: 255, or 254 where the
+// decruncher adds 1). Past that, a first piece P of 1 to `first_max` in 16 bits (as the 8 bits
+// of a number from 256 on), then a gamma number K: pieces of K, K + 1, ... 254 follow, so that
+// n = P + (the sum of K to 254). long_split gives {P, K} for the largest K (P is 0 where none).
+constexpr unsigned kFirstPieceMax = 255, kPieceMax = 254;
+constexpr unsigned pieces_from(unsigned k) { return (kPieceMax * (kPieceMax + 1) - (k - 1) * k) / 2; }
+std::pair<unsigned, unsigned> long_split(unsigned n, unsigned first_max) {
+  // The largest k with (k - 1) k <= room, from the square root, then made exact.
+  const long room = static_cast<long>(kPieceMax * (kPieceMax + 1)) - 2 * (static_cast<long>(n) - first_max);
+  unsigned k = room < 0 ? 1 : std::min(kPieceMax, static_cast<unsigned>((1 + std::sqrt(1.0 + 4.0 * room)) / 2));
+  while (k > 1 && static_cast<long>(k - 1) * k > room) --k;
+  while (k < kPieceMax && static_cast<long>(k) * (k + 1) <= room) ++k;
+  return {n > pieces_from(k) ? n - pieces_from(k) : 0, k};
+}
+int gamma_bits(unsigned n, unsigned first_max = kFirstPieceMax) {
+  return n <= first_max ? 2 * (31 - __builtin_clz(n)) + 1 : 16 + gamma_bits(long_split(n, first_max).second);
+}
 
-// The decruncher adds 1 to the first piece of a new offset match's length less 1: that piece
-// must not become 256, as it would for 256 and every multiple of 128 from 384 on.
-bool new_length_sendable(uint32_t length) { return length < 256 || length % 128 != 0; }
+// A new offset match's length less 1 has a first piece of at most 254 (the decruncher adds 1
+// to it), which every length allows but one.
+bool new_length_sendable(uint32_t length) {
+  return length - 1 <= kFirstPieceMax - 1 || long_split(length - 1, kFirstPieceMax - 1).first > 0;
+}
 unsigned offset_high(unsigned offset) { return ((offset - 1) >> kOffsetLowBits) + 1; }
 // A new offset match: the selector, the gamma high part, the low byte (whose spare bit starts
 // the length's gamma code) and the rest of the length's code.
 int new_match_bits(unsigned offset, unsigned length) {
-  return 1 + gamma_bits(offset_high(offset)) + 8 + gamma_bits(length - 1) - 1;
+  return 1 + gamma_bits(offset_high(offset)) + 8 + gamma_bits(length - 1, kFirstPieceMax - 1) - 1;
 }
 
 enum Kind : uint8_t { kLiteral, kRepeat, kNew };
@@ -61,14 +94,27 @@ class BitWriter {
     --free_;
     if (b) bytes[at_] |= static_cast<uint8_t>(1 << free_);
   }
-  // The gamma code of n, without its first bit when `skip_first`.
-  void gamma(unsigned n, bool skip_first = false) {
+  // The gamma code of n (see gamma_bits), without its first bit when `skip_first`.
+  void gamma(unsigned n, bool skip_first = false, unsigned first_max = kFirstPieceMax) {
+    if (n > first_max) {
+      const auto [first, count] = long_split(n, first_max);
+      long_form(first, count, skip_first);
+      return;
+    }
     const int top = 31 - __builtin_clz(n);
     for (int i = top - 1; i >= 0; --i) {
       if (!skip_first || i != top - 1) bit(1);
       bit(n >> i & 1);
     }
     if (!skip_first || top > 0) bit(0);
+  }
+  // A first piece and the count after it, as gamma sends numbers past `first_max`.
+  void long_form(unsigned first, unsigned count, bool skip_first = false) {
+    for (int i = 7; i >= 0; --i) {
+      if (!skip_first || i != 7) bit(1);
+      bit(first >> i & 1);
+    }
+    gamma(count);
   }
   void byte(uint8_t b) { bytes.push_back(b); }
 
@@ -83,32 +129,42 @@ class BitWriter {
 // arrivals of each state with different repeat offsets.
 struct Arrival {
   uint32_t cost = std::numeric_limits<uint32_t>::max();  // in kBit
-  uint32_t repeat = 0;                                   // 0: none yet
   uint32_t from = 0;                                     // position before the token
+  uint16_t repeat = 0;                                   // 0: none yet; a match's own offset
+  uint16_t length = 0;
   uint8_t from_slot = 0;
   Kind kind = kLiteral;
-  uint32_t length = 0, offset = 0;
 };
+Arrival arrival(uint32_t cost, unsigned repeat, size_t from, uint8_t from_slot, Kind kind, unsigned length) {
+  return {cost, static_cast<uint32_t>(from), static_cast<uint16_t>(repeat), static_cast<uint16_t>(length), from_slot,
+          kind};
+}
 struct Token {
   Kind kind;
   unsigned length, offset;
 };
 
-constexpr int kArrivals = 16;               // per position and state
-constexpr int kSlots = 2 * kArrivals;       // literal-run arrivals, then match arrivals
-constexpr unsigned kLiteralRunsTried = 32;  // from each match; longer runs grow one byte at a time
-constexpr size_t kLengthsTried = 64;        // of each match; beyond, only the longest
-constexpr size_t kMaxLength = 32767;        // of a token, as the decruncher counts its pieces
-constexpr int kChainLimit = 2048;
-constexpr int kExtraSteps = 32;  // chain steps whose offsets are candidates too, though no longer
+constexpr int kArrivals = 64;              // per position and state
+constexpr int kSlots = 2 * kArrivals;      // literal-run arrivals, then match arrivals
+constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
+constexpr size_t kLengthsTried = 128;      // of each match; beyond, only the longest
+constexpr size_t kMaxLength = pieces_from(1) + kFirstPieceMax - 1;    // of a token, as the decruncher counts its pieces
+static_assert(kOffsetEnd <= UINT16_MAX && kMaxLength <= UINT16_MAX);  // as an arrival keeps them
+constexpr int kChainLimit = 8192;
+constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
+constexpr int kExtraSteps = 128;     // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
 // Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
 // decoding time, by kind: the parse then trades a little size for speed where a token saves
 // only a bit or two (and breaks ties between parses of one size towards fewer tokens). These
-// bring the editor's export programs from 34.8 to 34.45 cycles per byte for 41 bytes more;
-// see docs/performance.md for the trade.
+// bring the editor's export programs from 34.55 to 34.2 cycles per byte at the same size; see
+// docs/performance.md for the trade.
 constexpr uint32_t kBit = 16;
-constexpr uint32_t kLiteralCharge = 8, kRepeatCharge = 4, kNewCharge = 12;
+// An arrival dearer than the cheapest of its state at its position by more than this is not
+// kept: to pay off, its repeat offset would have to save more bits later than a repeat match
+// saves (on the sample programs: the same output as without the limit, in half the time).
+constexpr uint32_t kWorthMargin = 16 * kBit;
+constexpr uint32_t kLiteralCharge = 4, kRepeatCharge = 2, kNewCharge = 6;
 
 class Parse {
  public:
@@ -137,7 +193,7 @@ class Parse {
           if (k > best) {
             found.push_back({offset, k});
             best = k;
-            if (i + k == n_) break;
+            if (i + k == n_ || k >= kLongEnough) break;
           }
         }
         prev[i] = head[pair];
@@ -156,7 +212,7 @@ class Parse {
     if (at_[length * kSlots + slot].cost == kNone) return tokens;
     for (size_t pos = length; pos > 0;) {
       const Arrival &a = at_[pos * kSlots + slot];
-      tokens.push_back({a.kind, a.length, a.offset});
+      tokens.push_back({a.kind, a.length, a.kind == kLiteral ? 0u : a.repeat});
       pos = a.from;
       slot = a.from_slot;
     }
@@ -174,6 +230,11 @@ class Parse {
       return known.length;
     }
     size_t k = 0;
+    for (uint64_t a, b; i + k + 8 <= n_; k += 8) {  // eight bytes at a time, then the rest
+      std::memcpy(&a, &r_[i + k], 8);
+      std::memcpy(&b, &r_[i + k - offset], 8);
+      if (a != b) break;
+    }
     while (i + k < n_ && r_[i + k] == r_[i + k - offset]) ++k;
     known = {offset, i, k};
     return k;
@@ -182,13 +243,14 @@ class Parse {
   void put(size_t pos, int state, const Arrival &a) {
     Arrival *s = &at_[pos * kSlots + state * kArrivals];
     int q = kArrivals - 1;
-    for (int k = 0; k < kArrivals; ++k)
-      if (s[k].cost != kNone && s[k].repeat == a.repeat) {
+    if (s[q].cost <= a.cost) return;  // no dearer arrival to replace, of its repeat offset or another
+    if (s[0].cost != kNone && a.cost > s[0].cost + kWorthMargin) return;
+    for (int k = 0; k < kArrivals && s[k].cost != kNone; ++k)  // the empty ones come last
+      if (s[k].repeat == a.repeat) {
         if (s[k].cost <= a.cost) return;
         q = k;
         break;
       }
-    if (s[q].cost <= a.cost && s[q].cost != kNone && s[q].repeat != a.repeat) return;
     for (; q > 0 && s[q - 1].cost > a.cost; --q) s[q] = s[q - 1];
     s[q] = a;
   }
@@ -204,7 +266,6 @@ class Parse {
   }
   void step(size_t i, const std::vector<std::pair<unsigned, size_t>> &found) {
     const Arrival *runs = &at_[i * kSlots], *matches = runs + kArrivals;
-    const uint32_t from = static_cast<uint32_t>(i);
     for (uint8_t q = 0; q < kArrivals; ++q) {
       const Arrival &run = runs[q];
       if (run.cost == kNone) continue;
@@ -216,8 +277,7 @@ class Parse {
       }
       if (run.repeat && run.repeat <= i)
         lengths(i, 1, match_length(i, run.repeat), [&](uint32_t k) {
-          put(i + k, 1,
-              {run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, from, q, kRepeat, k, run.repeat});
+          put(i + k, 1, arrival(run.cost + kBit * (1 + gamma_bits(k)) + kRepeatCharge, run.repeat, i, q, kRepeat, k));
         });
     }
     for (uint8_t q = 0; q < kArrivals; ++q) {
@@ -226,8 +286,8 @@ class Parse {
       const uint32_t most = static_cast<uint32_t>(std::min<size_t>(n_ - i, kLiteralRunsTried));
       for (uint32_t k = 1; k <= most; ++k)
         put(i + k, 0,
-            {m.cost + kBit * (1 + gamma_bits(k) + 8 * k) + kLiteralCharge, m.repeat, from,
-             static_cast<uint8_t>(kArrivals + q), kLiteral, k, 0});
+            arrival(m.cost + kBit * (1 + gamma_bits(k) + 8 * k) + kLiteralCharge, m.repeat, i,
+                    static_cast<uint8_t>(kArrivals + q), kLiteral, k));
     }
     uint8_t best = 0;  // a new offset costs the same after either state
     for (uint8_t s = 1; s < kSlots; ++s)
@@ -239,15 +299,15 @@ class Parse {
       lengths(i, shorter + 1, candidate.second, [&](uint32_t k) {
         if (!new_length_sendable(k)) --k;  // one byte shorter instead
         put(i + k, 1,
-            {runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, from, best, kNew, k, offset});
+            arrival(runs[best].cost + kBit * new_match_bits(offset, k) + kNewCharge, offset, i, best, kNew, k));
       });
       shorter = candidate.second;
     }
     for (const auto &candidate : extra_) {
       const uint32_t k = static_cast<uint32_t>(candidate.second);
       put(i + k, 1,
-          {runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, from, best, kNew,
-           k, candidate.first});
+          arrival(runs[best].cost + kBit * new_match_bits(candidate.first, k) + kNewCharge, candidate.first, i, best,
+                  kNew, k));
     }
   }
 
@@ -265,15 +325,15 @@ class Parse {
 };
 
 // Encodes the tokens of r; `reads[i]` = stream bytes read before output byte i is written.
-Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint32_t> *reads, CrunchStats *stats) {
+Bytes encode(const std::vector<Token> &tokens, const Bytes &r, size_t tail, std::vector<uint32_t> *reads,
+             CrunchStats *stats) {
   BitWriter w;
   size_t pos = 0;
   auto new_offset = [&w](unsigned offset, unsigned length) {
     w.bit(1);
     w.gamma(offset_high(offset));
-    if (offset_high(offset) == kEndHigh) return;
     w.byte(static_cast<uint8_t>(((offset - 1) & 0x7F) << 1 | (length - 1 > 1)));
-    w.gamma(length - 1, true);
+    w.gamma(length - 1, true, kFirstPieceMax - 1);
   };
   for (size_t t = 0; t < tokens.size(); ++t) {
     const Token &k = tokens[t];
@@ -295,7 +355,9 @@ Bytes encode(const std::vector<Token> &tokens, const Bytes &r, std::vector<uint3
     if (stats && k.kind == kLiteral) stats->literal_bytes += k.length;
     pos += k.length;
   }
-  new_offset((kEndHigh - 1) << kOffsetLowBits | 1, 2);  // the high part that ends the stream
+  // The end: a high part past 255, its count the tail's length.
+  w.bit(1);
+  w.long_form(1, static_cast<unsigned>(tail));
   return w.bytes;
 }
 
@@ -418,6 +480,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
     unsigned stream_at = 0, line_bytes = 0;
     Bytes stream;
     CrunchStats counted;
+    const DecrunchImage *image = nullptr;
   } best;
   for (const size_t skip : own_line ? std::vector<size_t>{own_line, 0} : std::vector<size_t>{0}) {
     const size_t m = n - skip;  // the bytes to restore: the tail and the coded part
@@ -428,7 +491,11 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
       l.coded = m > tail ? m - tail : m;
       const std::vector<Token> tokens = parse.tokens_to(l.coded);
       if (tokens.empty()) continue;  // no token ends there
-      l.stream = encode(tokens, r, &reads, &l.counted);
+      l.stream = encode(tokens, r, tail, &reads, &l.counted);
+      const bool long_literals = std::any_of(tokens.begin(), tokens.end(), [](const Token &t) {
+        return t.kind == kLiteral && t.length > kShortLiteralsMax;
+      });
+      l.image = long_literals ? &kDecrunch : &kDecrunchShort;
       const size_t p = l.stream.size();
       if (skip) {
         l.line_bytes = static_cast<unsigned>(skip + kJumpBytes);
@@ -441,7 +508,7 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
           digits_at = static_cast<unsigned>(l.stream_at + p);
         }
       }
-      l.size = l.stream_at + p + kInitBytes + kCoreBytes + l.kept;
+      l.size = l.stream_at + p + l.image->size + l.kept;
       const bool no_gap = l.stream_at == kBasicStart + l.line_bytes;
       if (!best.size || l.size < best.size) best = std::move(l);
       if (no_gap) break;  // a longer tail only adds bytes
@@ -465,18 +532,17 @@ bool cruncher_crunch(const std::vector<uint8_t> &prg, long start, std::vector<ui
   }
   file.resize(2 + stream_at - kBasicStart, 0);
   file.insert(file.end(), stream.rbegin(), stream.rend());
-  const size_t init_pos = file.size(), core_pos = init_pos + kInitBytes;
-  file.insert(file.end(), kDecrunch, kDecrunch + kInitBytes);
-  file[init_pos + kDecrunch_init_bytes - kDecrunch_init] = static_cast<uint8_t>(kCoreBytes + kept);
-  put16(file, init_pos + kDecrunch_init_src - kDecrunch_init, init_at + kInitBytes - 1);
-  file.insert(file.end(), kCore, kCore + kCoreBytes);
-  auto core_at = [core_pos](unsigned label) { return core_pos + label - kDecrunch_core; };
-  put16(file, core_at(kDecrunch_dst_ptr), end - 1);
-  file[core_at(kDecrunch_stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
-  file[core_at(kDecrunch_stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
-  file[core_at(kDecrunch_tail_bytes)] = static_cast<uint8_t>(kept);
-  put16(file, core_at(kDecrunch_tail_dst), static_cast<unsigned>(load + skip - 1));
-  put16(file, core_at(kDecrunch_start_addr), static_cast<unsigned>(start));
+  const DecrunchImage &image = *best.image;
+  const size_t init_pos = file.size(), core_pos = init_pos + image.init_size();
+  file.insert(file.end(), image.bytes, image.bytes + image.size);
+  file[init_pos + image.init_bytes - image.init] = static_cast<uint8_t>(image.core_size() + kept);
+  put16(file, init_pos + image.init_src - image.init, init_at + image.init_size() - 1);
+  auto core_at = [&](unsigned label) { return core_pos + label - image.core; };
+  put16(file, core_at(image.dst_ptr), end - 1);
+  file[core_at(image.stream_lo)] = static_cast<uint8_t>(stream_at + p - 1);
+  file[core_at(image.stream_hi)] = static_cast<uint8_t>((stream_at + p - 1) >> 8);
+  put16(file, core_at(image.tail_dst), static_cast<unsigned>(load + skip - 1));
+  put16(file, core_at(image.start_addr), static_cast<unsigned>(start));
   const auto tail_from = prg.begin() + 2 + static_cast<long>(skip);
   file.insert(file.end(), tail_from, tail_from + static_cast<long>(kept));
 

@@ -21,15 +21,16 @@
 ;                     ends the stream.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
-; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. Lengths
-; are at most 32767; copies of more than 255 bytes go in pieces.
+; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. A number
+; L of 256 or more is sent as a first piece P of 1 to 255 bytes (its 8 bits, each after a 1,
+; and no 0), then a gamma number K: pieces of K, K + 1, ... 254 bytes follow the first.
+; Lengths are at most 32639.
         .setcpu "6502"
 
-PIECE   = $02                   ; the bytes of the piece being copied
-OFF     = $03                   ; and $04: the offset less 1
+OFF     = $02                   ; and $03: the offset less 1
 
         .export init, init_bytes, init_src, init_end, core, core_end
-        .export dst_ptr, stream_lo, stream_hi, tail_bytes, tail_dst, start_addr
+        .export dst_ptr, stream_lo, stream_hi, tail_dst, start_addr
 
 ; One bit of the stream into carry; keeps A and X.
 .macro  get_bit
@@ -57,12 +58,7 @@ init_end:
         .segment "CORE": zeropage
 core:
 BITS:   .byte 0                 ; the bit register: empty, and no sentinel
-LENHI:  .byte 0                 ; pieces of 128 bytes still to copy after this one
-
-next_piece:
-        dec LENHI
-        lda #$80
-        bne piece               ; always
+LENHI:  .byte 0                 ; the next piece's bytes (0 or 255: none)
 
 piece_match:
         lda z:dst_ptr             ; a match: from the offset above (carry is set: + 1)
@@ -71,15 +67,29 @@ piece_match:
         lda z:dst_ptr+1
         adc OFF+1
         sta z:src_ptr+1
-        bne copy_piece          ; always: the source lies above the zero page
-
-entry:
-literal:
+copy_byte:
+        lda $ffff,y
+src_ptr = * - 2
+        sta $ffff,y             ; patched: the program's last byte (the next one written)
+dst_ptr = * - 2
+        dey
+        bne copy_byte
+        lda LENHI               ; pieces left: of LENHI bytes, then one more, up to 254
+        beq match_done
+        inc LENHI
+        bne piece               ; A: this piece's bytes
+match_done:
+        dex                     ; a literal run if the selector says 0 (X was 1)
+; The selector: after a match, 0 = literal run; after a literal run, 0 = repeat match; 1 =
+; new offset.
+selector:
+        jsr get
+        bcs new_offset
+entry:                          ; X: 0 while copying a literal run, 1 a match
         jsr gamma
-        ldx #0                  ; X: 0 while copying a literal run, 1 a match
-; Copies a piece of A bytes (1 to 255) down to the destination, then the LENHI pieces of
-; 128 bytes after it.
-piece:  sta PIECE
+; Copies a piece of A bytes (1 to 255) down to the destination, then pieces of LENHI bytes,
+; one more each time, up to 254.
+piece:  tay                     ; Y: the piece's length, kept for the copy
         eor #$ff
         sec
         adc z:dst_ptr
@@ -89,35 +99,26 @@ piece:  sta PIECE
         sec
 :       txa
         bne piece_match
-        lda z:stream_lo           ; a literal run: from the stream, which moves down with it
-        sbc PIECE
+        tya                     ; a literal run: from the stream, which moves down with it
+        eor #$ff
+        adc z:stream_lo
         sta z:stream_lo
-        sta z:src_ptr
-        bcs :+
+        bcs literal_byte
         dec z:stream_hi
-:       lda z:stream_hi
-        sta z:src_ptr+1
-copy_piece:
-        ldy PIECE
-copy_byte:
-        lda $ffff,y
-src_ptr = * - 2
-        sta $ffff,y             ; patched: the program's last byte (the next one written)
-dst_ptr = * - 2
+literal_byte:                   ; read through the stream pointer, written through the copy's
+        lda (stream_lo),y
+        sta (dst_ptr),y
         dey
-        bne copy_byte
-        lda LENHI
-        bne next_piece
-        txa
-        bne after_match
-        jsr get                 ; after a literal run: 0 = repeat match, 1 = new offset (called: 4 bytes less)
-        bcs new_offset
-        jsr gamma
-        ldx #1
-        bne piece               ; always
-after_match:
-        get_bit                 ; after a match: 0 = literal run, 1 = new offset
-        bcc literal
+        bne literal_byte
+.ifdef LONG_LITERALS
+        lda LENHI               ; as after a match
+        beq literal_done
+        inc LENHI
+        bne piece
+literal_done:
+.endif
+        inx                     ; a repeat match if the selector says 0 (X was 0)
+        bne selector            ; always
 new_offset:
         jsr gamma               ; H, with carry clear
         ldx LENHI
@@ -129,25 +130,23 @@ new_offset:
         jsr next_byte
         ror a                   ; bit 0 of H - 1 above the low 7 bits; carry: a length bit
         sta OFF
-        lda #1
+        inx                     ; a match (X was 0), and A = 1 to start its length
+        txa
         jsr gamma_bit           ; the length less 1
         adc #1                  ; never 256: the cruncher sends no length that would give it
-        ldx #1
         bcc piece               ; always
 
-done:   ldx #$00                ; patched: the bytes of the tail (at least 1)
-tail_bytes = * - 1
-done_tail:
+done:                           ; X: the bytes of the tail (at least 1), sent as the end's count
         lda z:core_end - 1,x
         sta $ffff,x             ; patched: (program start) - 1
 tail_dst = * - 2
         dex
-        bne done_tail
+        bne done
         jmp $ffff               ; patched: start address
 start_addr = * - 2
 
-; Gamma number L: returns the first piece (L when below 256) in A and the pieces of 128
-; bytes after it in LENHI (0 on entry), with carry clear. Keeps X.
+; Gamma number L: returns the first piece (L when below 256) in A and the size of the piece
+; after it in LENHI (0 on entry), with carry clear. Keeps X.
 gamma:  lda #1
 gamma_next:
         get_bit
@@ -156,20 +155,10 @@ gamma_bit:                      ; entered with the first bit in carry and A = 1
         get_bit
         rol a
         bcc gamma_next
-        rol LENHI               ; past 8 bits: slower from here on
-gamma_long:
-        jsr get
-        bcc gamma_pieces
-        jsr get
-        rol a
-        rol LENHI
-        bcc gamma_long          ; always
-gamma_pieces:                   ; a first piece of 128 + L % 128, then L / 128 - 1 of 128
-        asl a
-        rol LENHI
-        lsr a
-        ora #$80
-        dec LENHI
+        pha                     ; past 8 bits: A is the first piece, and a gamma number of its
+        jsr gamma               ; own is the size of the next
+        sta LENHI
+        pla
 gamma_end:
         rts
 
