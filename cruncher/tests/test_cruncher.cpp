@@ -53,6 +53,11 @@ Bytes shaped(size_t n, unsigned alphabet, size_t distance, size_t repeat, unsign
   return b;
 }
 
+Bytes concat(Bytes a, const Bytes &b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
 // Crunches and runs; checks everything a freshly started program may rely on.
 void expect_round_trip(const std::string &what, const Bytes &prg, long start) {
   SCOPED_TRACE(what);
@@ -97,14 +102,14 @@ TEST(Cruncher, RestoresEveryKindOfProgram) {
       {"one byte", prg_at(kBasicStart, {0x60}), kBasicStart},
       {"one byte high up", prg_at(0x9D00, {0x60}), 0x9D00},
       {"noise", prg_at(kBasicStart, random_bytes(1000, 2)), 0x0900},
-      {"noise, large, past every literal piece", prg_at(0x1000, random_bytes(12000, 1)), 0x1000 + 11999},
+      {"noise, large: literal runs past 255 bytes", prg_at(0x1000, random_bytes(12000, 1)), 0x1000 + 11999},
       {"one byte repeated, longer than one token may be", prg_at(kBasicStart, Bytes(38000, 0)), kBasicStart},
       {"a period of 3, longer than one piece", prg_at(kBasicStart, shaped(20000, 0, 3, 20000, 8)), 0x2000},
       {"short alphabet", prg_at(kBasicStart, shaped(9000, 3, 0, 1, 4)), 0x2000},
       {"near repeats", prg_at(kBasicStart, shaped(9000, 0, 3, 40, 5)), kBasicStart},
       {"far repeats, lengths past 256", prg_at(kBasicStart, shaped(30000, 0, 20000, 700, 6)), kBasicStart},
-      {"repeats of 384 bytes, a length split in whole pieces", prg_at(kBasicStart, shaped(6000, 0, 1000, 384, 9)),
-       kBasicStart},
+      {"repeats of 510 and 384 bytes, lengths past a first piece",
+       prg_at(kBasicStart, concat(shaped(3000, 0, 1000, 510, 10), shaped(6000, 0, 1000, 384, 9))), kBasicStart},
       {"incompressible stretches of 300 between repeats", prg_at(kBasicStart, shaped(9000, 0, 1000, 300, 7)),
        kBasicStart},
       {"picture-like", prg_at(kBasicStart, bitmap_like(15000)), 2061},
