@@ -17,14 +17,16 @@
 ;   literal run       gamma length, then that many bytes
 ;   repeat match      gamma length; copy from the last offset
 ;   new offset match  gamma H, then a whole byte B: the offset is (H - 1) * 128 + B / 2 + 1;
-;                     bit 0 of B is the first bit of the gamma length less 1. H = 256
-;                     ends the stream.
+;                     bit 0 of B is the first bit of the gamma length less 1. A long H
+;                     (below) ends the stream; its K is the tail's length.
 ; The first token is a literal run. After a literal run one bit picks a repeat match (0) or
 ; a new offset match (1); after a match it picks a literal run (0) or a new offset match (1).
-; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. A number
-; L of 256 or more is sent as a first piece P of 1 to 255 bytes (its 8 bits, each after a 1,
-; and no 0), then a gamma number K: pieces of K, K + 1, ... 254 bytes follow the first.
-; Lengths are at most 32639.
+; Gamma: a 1 is followed by the number's next bit below its leading 1, a 0 ends it. A long
+; number (past 255, or past 254 for a new match's length less 1, to which core adds 1) is
+; sent as a first piece P of 1 to 255 bytes (its 8 bits, each after a 1, and no 0), then a
+; gamma number K: pieces of K, K + 1, ... 254 bytes follow the first. Lengths are at most
+; 32639. Assembled twice: with LONG_LITERALS defined, literal runs may be long too; without,
+; core is 8 bytes shorter and takes literal runs of at most 255 bytes.
         .setcpu "6502"
 
 OFF     = $02                   ; and $03: the offset less 1
@@ -122,7 +124,7 @@ literal_done:
 new_offset:
         jsr gamma               ; H, with carry clear
         ldx LENHI
-        bne done                ; H = 256
+        bne done                ; a long H: the end
         sbc #0                  ; H - 1
         lsr a
         sta OFF+1
