@@ -154,16 +154,16 @@ constexpr int kChainLimit = 8192;
 constexpr size_t kLongEnough = 256;  // a match this long ends the search for longer ones
 constexpr int kExtraSteps = 128;     // chain steps whose offsets are candidates too, though no longer
 constexpr uint32_t kNone = std::numeric_limits<uint32_t>::max();
-// Costs in the parse are in sixteenths of a bit. Each token is charged extra for its
-// decoding time, by kind: the parse then trades a little size for speed where a token saves
-// only a bit or two (and breaks ties between parses of one size towards fewer tokens). These
-// bring the editor's export programs from 34.55 to 34.2 cycles per byte at the same size; see
-// docs/performance.md for the trade.
+// Costs in the parse are in sixteenths of a bit.
 constexpr uint32_t kBit = 16;
 // An arrival dearer than the cheapest of its state at its position by more than this is not
 // kept: to pay off, its repeat offset would have to save more bits later than a repeat match
 // saves (on the sample programs: the same output as without the limit, in half the time).
 constexpr uint32_t kWorthMargin = 16 * kBit;
+// Each token is charged extra for its decoding time, by kind: the parse then trades a little
+// size for speed where a token saves only a bit or two, and breaks ties between parses of one
+// size towards fewer tokens. These bring the editor's export programs from 34.9 to 34.4
+// cycles per byte for 1 byte more; see docs/performance.md for the trade.
 constexpr uint32_t kLiteralCharge = 4, kRepeatCharge = 2, kNewCharge = 6;
 
 class Parse {
