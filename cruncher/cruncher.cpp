@@ -146,6 +146,7 @@ struct Token {
 
 constexpr int kArrivals = 64;              // per position and state
 constexpr int kSlots = 2 * kArrivals;      // literal-run arrivals, then match arrivals
+static_assert(kSlots <= 256);              // an arrival keeps its source slot in a byte
 constexpr unsigned kLiteralRunsTried = 4;  // from each match; longer runs grow one byte at a time
 constexpr size_t kLengthsTried = 128;      // of each match; beyond, only the longest
 constexpr size_t kMaxLength = pieces_from(1) + kFirstPieceMax - 1;    // of a token, as the decruncher counts its pieces
